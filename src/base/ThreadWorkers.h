@@ -1,0 +1,20 @@
+#pragma once
+
+#include "base/Workers.h"
+
+#include <QThreadPool>
+
+/// Real threads, started when needed and ended after half a minute without work.
+class ThreadWorkers final : public Workers
+{
+public:
+    ThreadWorkers();
+    /// Drops work that has not begun and gives the rest a second to end. A
+    /// thread that hangs in a dead network mount is left behind: the process
+    /// is about to end.
+    ~ThreadWorkers() override;
+    void run(WorkerPriority priority, std::function<void()> work) override;
+
+private:
+    QThreadPool *m_pool;
+};

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QByteArray>
+
+/// The user's folders as absolute native paths, without a slash at the end.
+/// Bytes, because a home folder's name need not be valid UTF-8.
+struct Directories
+{
+    QByteArray home;
+    QByteArray data; // Where programs keep the user's data (XDG_DATA_HOME).
+    QByteArray config; // XDG_CONFIG_HOME
+    QByteArray state; // XDG_STATE_HOME
+    QByteArray downloads; // Empty if the desktop names none.
+};

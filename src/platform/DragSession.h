@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QIcon>
+#include <QList>
+#include <QRectF>
+#include <QUrl>
+
+#include <functional>
+
+/// One dragged object and where its icon stands when the drag begins, in points
+/// of the window from which it is dragged.
+struct DraggingItem
+{
+    QUrl url;
+    QIcon icon;
+    QRectF frame;
+};
+
+/// A drag from a window of ours into other programs. Only copying is offered,
+/// and windows of this program refuse it.
+class DragSession
+{
+public:
+    virtual ~DragSession() = default;
+    /// Starts the drag for the press that is being handled, at that point of the
+    /// window. Calls onEnd once, with whether a target took it; a target that has
+    /// not said so 10 seconds after the release has not.
+    virtual void begin(const QList<DraggingItem> &items, const QPointF &at,
+                       std::function<void(bool accepted)> onEnd)
+        = 0;
+};

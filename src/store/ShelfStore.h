@@ -1,0 +1,144 @@
+#pragma once
+
+#include "base/MainQueue.h"
+#include "base/Observable.h"
+#include "base/Workers.h"
+#include "platform/Modifiers.h"
+#include "platform/Sounds.h"
+#include "store/AppPaths.h"
+#include "store/Shelf.h"
+
+#include <QHash>
+#include <QImage>
+#include <QMimeType>
+#include <QSet>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+class Localizer;
+
+/// The one owner of all shelf data. Every operation changes `items` first, then
+/// mirrors it into `shelves`, then saves, and publishes its notice last; saving
+/// is synchronous, so the state on disk follows every persistent change and
+/// nothing is left to do at the end of the process.
+///
+/// Unknown ids are ignored; failures of the disk are swallowed, and memory stays
+/// authoritative. Main thread only.
+class ShelfStore
+{
+public:
+    /// Loads the state of the data folder, or makes one empty shelf.
+    ShelfStore(const AppPaths &paths, MainQueue &queue, Workers &workers, Sounds &sounds,
+               const Localizer &texts);
+    ~ShelfStore();
+    ShelfStore(const ShelfStore &) = delete;
+    ShelfStore &operator=(const ShelfStore &) = delete;
+
+    // What views show. Written by the operations below only.
+    Observable<QList<ShelfItem>> items; // The working list of the current shelf.
+    Observable<QList<Shelf>> shelves; // Open shelves; the current one equals `items`.
+    Observable<QUuid> currentID;
+    Observable<QList<Shelf>> closed;
+    Observable<QSet<QUuid>> uploading;
+    Observable<QHash<QUuid, double>> progress; // 0 to 1, by entry.
+    Observable<QSet<QUuid>> selection; // May hold ids that have no entry any more.
+    Observable<std::optional<QUuid>> focus; // Moving end of a range, and the keyboard's row.
+    Observable<std::optional<ShelfNotice>> notice;
+
+    std::optional<QUuid> pressedID; // The row under a press that may become a drag.
+    std::function<void(const QList<ShelfItem> &)> onRemoved;
+    std::function<void(const QList<ShelfItem> &)> onRestored;
+
+    // Adding: always at the end of the current shelf.
+
+    /// References to the user's own files, each address once.
+    void add(const QList<QUrl> &urls);
+    /// A snippet, or a link where the text is nothing but a web address.
+    void addText(const QString &text);
+    void addLink(const QUrl &url);
+    /// Both write their file on a worker and then add it.
+    void addImage(const QImage &image);
+    void addImageData(const QByteArray &data, const QMimeType &type);
+    /// The host without "www." and the path; at most 80 characters.
+    static QString linkTitle(const QUrl &url);
+    /// The sample file of the tour; made where it is missing.
+    QUrl makeDemoFile();
+
+    // Removing: entries leave at once, and undo brings them back for 60 seconds.
+
+    void removeIds(const QSet<QUuid> &ids);
+    /// Matches an entry's file as well as its web address.
+    void removeUrls(const QList<QUrl> &urls);
+    void clear();
+    /// Whether entries came back.
+    bool undoRemove();
+    /// Removes for good what is older than that many seconds on open shelves that are not pinned.
+    void pruneExpired(double maxAge);
+
+    // Shelves.
+
+    QList<ShelfInfo> shelfInfos() const;
+    std::optional<Shelf> currentShelf() const;
+    QString currentTitle() const;
+    QString title(const Shelf &shelf) const;
+    void switchTo(const QUuid &id);
+
+    // Selection: never persisted.
+
+    /// A click with EventModifier bits.
+    void click(const QUuid &id, Modifiers modifiers);
+    enum class Extend { No, Yes };
+    void moveSelection(int step, Extend extend);
+    void selectAll();
+    void deselectAll();
+    QList<ShelfItem> selectedItems() const;
+    /// What a command given on one row acts on: the selection if the row is part
+    /// of one of several, else the row alone.
+    QList<ShelfItem> targets(const ShelfItem &item) const;
+    /// What a drag from the pressed row carries; none without such a row.
+    std::optional<QList<QUrl>> dragURLs() const;
+
+    /// Files of the store's own: deleted with their entry, and never any other.
+    bool isManaged(const QUrl &url) const;
+
+    /// Cancels the transfer of an entry that leaves; set by whoever starts one.
+    QHash<QUuid, std::function<void()>> uploadCancels;
+
+private:
+    using Removed = std::pair<qsizetype, ShelfItem>; // Position before the removal.
+    enum class Loaded { Nothing, State };
+
+    Loaded load();
+    void adopt(QList<Shelf> open, QList<Shelf> closedShelves, const QUuid &current);
+    void save();
+    void mirrorCurrent();
+    void sweepOrphans();
+    QList<ShelfItem> located(const QList<ShelfItem> &list) const;
+    QList<ShelfItem> rehome(QList<ShelfItem> list) const;
+    void discardManaged(const QList<ShelfItem> &list) const;
+
+    void commit(QList<ShelfItem> next);
+    ShelfItem newItem(const QUrl &url) const;
+    void insertDropped(const QUrl &fileUrl, const std::optional<QString> &preview,
+                       const std::optional<QUrl> &link);
+    void forgetUploads(const QSet<QUuid> &ids);
+    void stashForUndo(QList<Removed> removed);
+    void commitRemoval();
+    void publish(const QString &text);
+
+    AppPaths m_paths;
+    MainQueue &m_queue;
+    Workers &m_workers;
+    Sounds &m_sounds;
+    const Localizer &m_texts;
+
+    std::optional<QUuid> m_anchor; // Fixed end of a range.
+    int m_noticeSeq = 0;
+    QList<Removed> m_lastRemoved; // The one stash.
+    std::optional<QUuid> m_lastRemovedShelf;
+    Ticket m_purge;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Results that come back later ask it first.
+};
