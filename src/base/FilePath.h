@@ -21,13 +21,14 @@ QUrl toUrl(const QByteArray &path, Kind kind = Kind::File);
 QByteArray fromUrl(const QUrl &url);
 
 /// A file URL as this program stores it: the canonical spelling of the lexically
-/// standardised path, with a slash at the end if it had one or `kind` says so.
-/// An invalid URL for anything that is not an absolute file URL.
+/// standardised path, with a slash at the end if it had one. An invalid URL for
+/// anything that fromUrl does not take.
 QUrl canonical(const QUrl &url);
 
 /// Without ".", "..", repeated slashes and a slash at the end; purely lexical.
 QByteArray standardized(const QByteArray &path);
 
+/// "/" is its own parent, and its own last component.
 QByteArray parent(const QByteArray &path);
 QByteArray lastComponent(const QByteArray &path);
 /// Whether the path lies below that folder; both are standardised first.
@@ -36,7 +37,9 @@ bool isBelow(const QByteArray &path, const QByteArray &folder);
 /// For people: UTF-8, with U+FFFD for bytes that are none.
 QString display(const QByteArray &path);
 
-/// Whether something has this name. A link counts, wherever it points.
+/// Whether something has this name. A link counts, wherever it points, and so
+/// does what cannot be told (no permission to look, a failing disk): only a name
+/// that is known to be free does not exist.
 bool exists(const QByteArray &path);
 
 }

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+class QWidget;
+
 enum class WindowButtonEvent { LeftDown, LeftDragged, LeftUp };
 
 /// A frameless window above all others, on every desktop, that is shown without
@@ -16,6 +18,11 @@ class PanelWindow
 {
 public:
     virtual ~PanelWindow() = default;
+
+    static constexpr QSizeF smallestSize { 210, 240 }; // The user cannot make it smaller.
+
+    /// What the window shows; it fills the frame and stays its owner's.
+    virtual void setRootView(QWidget *view) = 0;
 
     virtual QRectF frame() const = 0;
     virtual void setFrame(const QRectF &frame) = 0;

@@ -31,7 +31,7 @@ class ShelfStore
 {
 public:
     /// Loads the state of the data folder, or makes one empty shelf.
-    ShelfStore(const AppPaths &paths, MainQueue &queue, Workers &workers, Sounds &sounds,
+    ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Sounds &sounds,
                const Localizer &texts);
     ~ShelfStore();
     ShelfStore(const ShelfStore &) = delete;
@@ -69,7 +69,7 @@ public:
 
     // Removing: entries leave at once, and undo brings them back for 60 seconds.
 
-    void removeIds(const QSet<QUuid> &ids);
+    void removeIds(const QSet<QUuid> &given);
     /// Matches an entry's file as well as its web address.
     void removeUrls(const QList<QUrl> &urls);
     void clear();
@@ -84,7 +84,7 @@ public:
     std::optional<Shelf> currentShelf() const;
     QString currentTitle() const;
     QString title(const Shelf &shelf) const;
-    void switchTo(const QUuid &id);
+    void switchTo(const QUuid &given);
 
     // Selection: never persisted.
 
@@ -113,21 +113,34 @@ private:
 
     Loaded load();
     void adopt(QList<Shelf> open, QList<Shelf> closedShelves, const QUuid &current);
-    void save();
+    bool save();
     void mirrorCurrent();
-    void sweepOrphans();
-    QList<ShelfItem> located(const QList<ShelfItem> &list) const;
+    void sweepOrphans() const;
     QList<ShelfItem> rehome(QList<ShelfItem> list) const;
     void discardManaged(const QList<ShelfItem> &list) const;
+    QByteArray droppedDir() const { return m_paths.dataDir + "/dropped"; }
 
     void commit(QList<ShelfItem> next);
     ShelfItem newItem(const QUrl &url) const;
-    void insertDropped(const QUrl &fileUrl, const std::optional<QString> &preview,
-                       const std::optional<QUrl> &link);
+    void insertDropped(const QByteArray &path, const std::optional<QString> &preview = std::nullopt,
+                       const std::optional<QUrl> &link = std::nullopt);
+    QByteArray newFilePath(const QString &base, const QString &extension) const;
+    using Bytes = std::function<std::optional<QByteArray>()>;
+    void addFromWorker(const QString &extension, Bytes bytes);
+
     void forgetUploads(const QSet<QUuid> &ids);
+    void deselect(const QSet<QUuid> &ids);
     void stashForUndo(QList<Removed> removed);
     void commitRemoval();
+    QList<ShelfItem> putBack(const QList<Removed> &removed);
+    QList<ShelfItem> takeExpiredElsewhere(double cutoff);
+    QList<ShelfItem> takeExpiredHere(double cutoff);
+    QList<ShelfItem> takeExpired(QList<ShelfItem> &list, double cutoff) const;
     void publish(const QString &text);
+
+    qsizetype itemIndex(const std::optional<QUuid> &id) const;
+    qsizetype shelfIndex(const QUuid &id) const;
+    void selectRange(qsizetype from, qsizetype to);
 
     AppPaths m_paths;
     MainQueue &m_queue;
@@ -140,5 +153,6 @@ private:
     QList<Removed> m_lastRemoved; // The one stash.
     std::optional<QUuid> m_lastRemovedShelf;
     Ticket m_purge;
-    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Results that come back later ask it first.
+    // Results that come back later ask it first.
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

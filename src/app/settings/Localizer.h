@@ -17,9 +17,10 @@ class Localizer
 public:
     /// bundle: the folder itself. languages: the desktop's languages in the
     /// user's order, as BCP 47 tags ("de-AT", "zh-TW").
-    Localizer(QString bundle, QStringList languages);
+    Localizer(QString bundle, const QStringList &languages);
 
-    /// The first of the places that holds the bundle; none if no place does.
+    /// The bundle's folder in the first of the places that has one; none if no
+    /// place does.
     static std::optional<QString> findBundle(const QStringList &places);
 
     /// The chosen language's code, or "system".
@@ -38,11 +39,12 @@ public:
 private:
     using Table = QHash<QString, QString>;
 
-    QString resolvedCode() const;
+    const QString &resolvedCode() const;
     const Table &table(const QString &code) const;
 
     QString m_bundle;
-    QStringList m_languages;
+    QStringList m_codes; // Of the languages that the bundle has.
+    QString m_systemCode;
     std::optional<QString> m_override;
     mutable QHash<QString, Table> m_tables; // Read once each.
 };

@@ -1,0 +1,188 @@
+#include "app/AppDelegate.h"
+
+#include "platform/Autostart.h"
+#include "platform/DragSelection.h"
+#include "platform/DragSession.h"
+#include "platform/DropTarget.h"
+#include "platform/FrontApplication.h"
+#include "platform/Icons.h"
+#include "platform/PanelWindow.h"
+#include "platform/PointerMonitor.h"
+#include "platform/Preferences.h"
+#include "platform/Screens.h"
+#include "platform/StatusItem.h"
+
+#include <optional>
+
+namespace {
+
+constexpr double cleanupPeriod = 60; // Seconds.
+constexpr double dropGrace = 0.4; // Seconds in which a drop may still land after the release.
+
+/// The modifier that a drag must hold down to summon; 0 where none is asked for.
+Modifiers requiredModifier(const QString &setting)
+{
+    if (setting == QLatin1String("command"))
+        return EventModifier::Command;
+    if (setting == QLatin1String("option"))
+        return EventModifier::Option;
+    if (setting == QLatin1String("control"))
+        return EventModifier::Control;
+    if (setting == QLatin1String("shift"))
+        return EventModifier::Shift;
+    return 0;
+}
+
+/// The age in seconds at which entries expire; none where they do not.
+std::optional<double> expiryAge(const QString &setting)
+{
+    if (setting == QLatin1String("1h"))
+        return 3600;
+    if (setting == QLatin1String("1d"))
+        return 86400;
+    if (setting == QLatin1String("1w"))
+        return 604800;
+    return {};
+}
+
+}
+
+AppDelegate::AppDelegate(const Desktop &desktop, Localizer &texts)
+    : m_desktop(desktop)
+    , m_texts(texts)
+    , m_store(AppPaths(desktop.directories), desktop.queue, desktop.workers, desktop.sounds, texts)
+    , m_settings(desktop.preferences, desktop.autostart, texts, desktop.directories.downloads)
+    , m_monitor(desktop.pointer, desktop.dragSelection, desktop.frontApplication, desktop.screens,
+                desktop.queue)
+{
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    connectPanel();
+    connectStatusItem();
+    connectMonitor();
+    connectSettings();
+    m_monitor.start();
+    runCleanup();
+    m_cleanupTimer = m_desktop.queue.every(
+        cleanupPeriod, [this] { runCleanup(); }, MainQueue::Precision::Coarse);
+}
+
+void AppDelegate::connectPanel()
+{
+    m_view = std::make_unique<ShelfView>(m_store, m_settings, m_texts, m_ql, m_desktop.icons,
+                                         m_desktop.dragSession, m_desktop.queue,
+                                         m_desktop.resources);
+    m_desktop.panelWindow.setRootView(m_view.get());
+    m_panel = std::make_unique<ShelfPanel>(m_desktop.panelWindow, m_desktop.screens,
+                                           m_desktop.pointer, m_desktop.preferences,
+                                           m_desktop.dragSession, m_desktop.icons, m_desktop.queue,
+                                           m_ql);
+    m_panel->positionMode = m_settings.summonPosition.value();
+    m_panel->onKey = [this](const KeyEvent &event) { return handleKey(event); };
+    m_panel->beginPress = [this] { m_store.pressedID.reset(); };
+    m_panel->dragURLs = [this] { return m_store.dragURLs(); };
+    m_panel->onDraggedOut = [this](const QList<QUrl> &urls) { draggedOut(urls); };
+    m_view->onDraggedOut = m_panel->onDraggedOut;
+    m_view->onClose = [this] { m_panel->hide(); };
+    m_view->onMoveWindow = [this] { m_desktop.panelWindow.performDrag(); };
+    m_desktop.dropTarget.onTargeted = [this](bool targeted) { m_view->setTargeted(targeted); };
+    m_desktop.dropTarget.onDrop
+        = [this](const ItemProviders &providers) { m_view->handleDrop(providers); };
+}
+
+void AppDelegate::connectStatusItem()
+{
+    const QString image = m_desktop.resources + QStringLiteral("/icons/tray-full.svg");
+    m_desktop.statusItem.setImage(QIcon(image), m_texts.text(QStringLiteral("app_name")));
+    m_desktop.statusItem.onActivate = [this] { toggle(); };
+    rebuildMenu();
+}
+
+void AppDelegate::connectMonitor()
+{
+    m_monitor.onDragStart = [this] { handleDragStart(); };
+    m_monitor.onDragEnd = [this] { handleDragEnd(); };
+    whenSet(m_settings.shakeToSummon, [this](bool enabled) { m_monitor.dragEnabled = enabled; });
+    whenSet(m_settings.cornerToSummon,
+            [this](bool enabled) { m_monitor.cornerEnabled = enabled; });
+    whenSet(m_settings.dragModifier, [this](const QString &modifier) {
+        m_monitor.requiredModifier = requiredModifier(modifier);
+    });
+    whenSet(m_settings.ignoredApps, [this](const QStringList &applications) {
+        m_monitor.ignoredBundleIDs = QSet(applications.begin(), applications.end());
+    });
+    whenSet(m_settings.summonPosition,
+            [this](const QString &mode) { m_panel->positionMode = mode; });
+}
+
+void AppDelegate::connectSettings()
+{
+    // Settings announce a change before they store it: what reads the stored value waits a turn.
+    whenSet(
+        m_settings.autoCleanup,
+        [this](const QString &) { m_desktop.queue.post([this] { runCleanup(); }); },
+        Deliver::ChangesOnly);
+    whenSet(
+        m_settings.language,
+        [this](const QString &code) {
+            m_texts.setOverride(code);
+            rebuildMenu();
+        },
+        Deliver::ChangesOnly);
+}
+
+void AppDelegate::toggle()
+{
+    if (m_panel->isVisible() && !m_panel->isDocked())
+        m_panel->hide();
+    else
+        m_panel->summon();
+}
+
+void AppDelegate::activate()
+{
+    m_panel->summonWithFocus();
+}
+
+void AppDelegate::runCleanup()
+{
+    if (const auto age = expiryAge(m_settings.autoCleanup.value()))
+        m_store.pruneExpired(*age);
+}
+
+void AppDelegate::handleDragStart()
+{
+    // A panel that is up stays as it is, and the drag must not change how it goes away.
+    if (m_panel->isVisible() && !m_panel->isDocked())
+        return;
+    m_dropBaseline = m_store.items.value().size();
+    m_autoShown = true;
+    m_panel->summon();
+}
+
+void AppDelegate::handleDragEnd()
+{
+    if (!m_autoShown)
+        return;
+    m_pendingEnds.push_back(m_desktop.queue.after(dropGrace, [this, baseline = m_dropBaseline] {
+        finishDrag(baseline);
+        m_pendingEnds.pop_front(); // All wait equally long, so the oldest is the one that runs.
+    }));
+}
+
+void AppDelegate::finishDrag(qsizetype baseline)
+{
+    if (m_autoShown && m_store.items.value().size() == baseline)
+        m_panel->hide();
+    m_autoShown = false;
+}
+
+void AppDelegate::draggedOut(const QList<QUrl> &urls)
+{
+    if (m_settings.removeAfterDragOut.value())
+        m_store.removeUrls(urls);
+}

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "app/settings/AppSettings.h"
+#include "app/settings/Localizer.h"
+#include "base/MainQueue.h"
+#include "panel/ShelfPanel.h"
+#include "panel/SummonMonitor.h"
+#include "platform/KeyEvent.h"
+#include "store/QuickLookController.h"
+#include "store/ShelfStore.h"
+#include "views/ShelfView.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class Autostart;
+class DragSelection;
+class DragSession;
+class DropTarget;
+class FrontApplication;
+class Icons;
+class PanelWindow;
+class PointerMonitor;
+class Preferences;
+class Screens;
+class Sounds;
+class StatusItem;
+class Workers;
+
+/// What the desktop does for the program. All of it outlives the delegate.
+struct Desktop
+{
+    MainQueue &queue;
+    Workers &workers;
+    Sounds &sounds;
+    Preferences &preferences;
+    Autostart &autostart;
+    Screens &screens;
+    PointerMonitor &pointer;
+    DragSelection &dragSelection;
+    FrontApplication &frontApplication;
+    Icons &icons;
+    PanelWindow &panelWindow;
+    DropTarget &dropTarget;
+    DragSession &dragSession;
+    StatusItem &statusItem;
+    Directories directories;
+    QString resources; // The folder with icons, sounds and texts.
+};
+
+/// Owns every long-lived part and connects them. No part knows another except
+/// through a callback or a subscription that is installed here, in the order in
+/// which applicationDidFinishLaunching lists them. Main thread.
+class AppDelegate
+{
+public:
+    /// Loads the shelves, then the settings, which give the texts their language.
+    AppDelegate(const Desktop &desktop, Localizer &texts);
+    ~AppDelegate();
+    AppDelegate(const AppDelegate &) = delete;
+    AppDelegate &operator=(const AppDelegate &) = delete;
+
+    void applicationDidFinishLaunching();
+
+    /// Hides a panel that is up, summons one that is not.
+    void toggle();
+    /// A second start of the program, or the desktop's request: the panel comes
+    /// up and takes the keyboard.
+    void activate();
+
+    std::function<void()> onQuit;
+
+private:
+    void connectPanel();
+    void connectStatusItem();
+    void connectMonitor();
+    void connectSettings();
+    void rebuildMenu();
+    void runCleanup();
+    void handleDragStart();
+    void handleDragEnd();
+    void finishDrag(qsizetype baseline);
+    void draggedOut(const QList<QUrl> &urls);
+    bool handleKey(const KeyEvent &event);
+    bool handleCommandKey(const KeyEvent &event);
+
+    template<typename T>
+    void whenSet(Observable<T> &property, typename Observable<T>::Handler handler,
+                 Deliver deliver = Deliver::CurrentFirst)
+    {
+        m_subscriptions.push_back(property.subscribe(std::move(handler), deliver));
+    }
+
+    Desktop m_desktop;
+    Localizer &m_texts;
+    ShelfStore m_store;
+    AppSettings m_settings;
+    QuickLookController m_ql;
+    std::unique_ptr<ShelfView> m_view; // Before the panel: the panel shows it.
+    std::unique_ptr<ShelfPanel> m_panel;
+    SummonMonitor m_monitor;
+    std::vector<Ticket> m_subscriptions;
+    Ticket m_cleanupTimer;
+
+    bool m_autoShown = false; // The panel is up only because a drag summoned it.
+    qsizetype m_dropBaseline = 0; // Entries on the shelf when that drag began.
+    std::deque<Ticket> m_pendingEnds; // Drag ends whose 0.4 seconds run, oldest first.
+};

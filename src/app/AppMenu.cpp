@@ -1,0 +1,14 @@
+#include "app/AppDelegate.h"
+
+#include "platform/ShortcutText.h"
+#include "platform/StatusItem.h"
+
+void AppDelegate::rebuildMenu()
+{
+    const QString shortcut = shortcutText(m_settings.hotKeyLabel.value());
+    m_desktop.statusItem.setMenu({
+        { m_texts.text(QStringLiteral("menu_toggle"), { shortcut }), [this] { toggle(); } },
+        {}, // A separator.
+        { m_texts.text(QStringLiteral("menu_quit")), [this] { onQuit(); } },
+    });
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+
+/// Replacing a file in one step: after a crash at any moment the file holds
+/// either all of the old bytes or all of the new ones.
+namespace AtomicFile {
+
+/// The bytes are on the disk when this returns true. A file that exists keeps
+/// its permissions, a new one is the user's alone; of a symbolic link the target
+/// is replaced. On failure the old file is untouched and errno says why.
+bool write(const QByteArray &path, const QByteArray &bytes);
+
+/// The path that a symbolic link finally names, whether or not anything is
+/// there; the path itself if it is no link, nothing for links that go in circles.
+QByteArray linkTarget(const QByteArray &path);
+
+}

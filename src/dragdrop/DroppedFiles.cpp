@@ -1,0 +1,174 @@
+#include "dragdrop/DroppedFiles.h"
+
+#include "base/MainQueue.h"
+#include "store/DroppedImage.h"
+#include "store/ShelfStore.h"
+
+#include <QMimeDatabase>
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+
+void DroppedFiles::add(const QUrl &url, int index)
+{
+    const std::lock_guard guard(m_lock);
+    m_found.emplace_back(index, url);
+}
+
+QList<QUrl> DroppedFiles::inOrder() const
+{
+    const std::lock_guard guard(m_lock);
+    auto sorted = m_found;
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    QList<QUrl> urls;
+    urls.reserve(static_cast<qsizetype>(sorted.size()));
+    for (const auto &found : sorted)
+        urls.append(found.second);
+    return urls;
+}
+
+namespace {
+
+/// Calls its notification when everybody who entered has left. Whoever makes it
+/// counts as having entered.
+class Group
+{
+public:
+    explicit Group(std::function<void()> notify)
+        : m_notify(std::move(notify))
+    {
+    }
+    void enter() { ++m_inside; }
+    void leave()
+    {
+        if (--m_inside == 0)
+            m_notify();
+    }
+
+private:
+    std::atomic<int> m_inside = 1;
+    std::function<void()> m_notify;
+};
+
+/// One drop on its way into the store. The completions that are still to come
+/// hold it.
+class Drop : public std::enable_shared_from_this<Drop>
+{
+public:
+    Drop(ShelfStore &store, MainQueue &queue, std::weak_ptr<const void> whileAlive)
+        : m_store(store)
+        , m_queue(queue)
+        , m_whileAlive(std::move(whileAlive))
+    {
+    }
+    void take(const ItemProviders &providers);
+
+private:
+    void takeFile(ItemProvider &provider, int index, const std::shared_ptr<Group> &group);
+    void takeImage(ItemProvider &provider, const QMimeType &type);
+    void takeText(ItemProvider &provider);
+    void takeUrl(ItemProvider &provider);
+    void reach(std::function<void(ShelfStore &)> addition);
+
+    ShelfStore &m_store;
+    MainQueue &m_queue;
+    std::weak_ptr<const void> m_whileAlive;
+    DroppedFiles m_files;
+};
+
+void Drop::take(const ItemProviders &providers)
+{
+    auto group = std::make_shared<Group>([self = shared_from_this()] {
+        self->reach([self](ShelfStore &store) {
+            const QList<QUrl> urls = self->m_files.inOrder();
+            if (!urls.isEmpty())
+                store.add(urls);
+        });
+    });
+    int index = 0;
+    for (const auto &provider : providers) {
+        if (provider->hasFileUrl())
+            takeFile(*provider, index, group);
+        else if (const auto type = DroppedImage::bestType(provider->registeredTypes()))
+            takeImage(*provider, *type);
+        else if (provider->hasText())
+            takeText(*provider);
+        else if (provider->hasUrl())
+            takeUrl(*provider);
+        ++index;
+    }
+    group->leave();
+}
+
+void Drop::takeFile(ItemProvider &provider, int index, const std::shared_ptr<Group> &group)
+{
+    group->enter();
+    provider.loadUrl([self = shared_from_this(), index, group](const std::optional<QUrl> &url) {
+        if (url && url->isLocalFile())
+            self->m_files.add(*url, index);
+        group->leave();
+    });
+}
+
+/// The name under which the source offers a type: the type database knows most
+/// types by several names.
+QString offeredName(const QStringList &offered, const QMimeType &type)
+{
+    const QMimeDatabase types;
+    for (const QString &name : offered) {
+        if (types.mimeTypeForName(name) == type)
+            return name;
+    }
+    return type.name();
+}
+
+void Drop::takeImage(ItemProvider &provider, const QMimeType &type)
+{
+    provider.loadData(offeredName(provider.registeredTypes(), type),
+                      [self = shared_from_this(), type](const std::optional<QByteArray> &data) {
+                          if (!data)
+                              return;
+                          self->reach([data = *data, type](ShelfStore &store) {
+                              store.addImageData(data, type);
+                          });
+                      });
+}
+
+void Drop::takeText(ItemProvider &provider)
+{
+    provider.loadText([self = shared_from_this()](const std::optional<QString> &text) {
+        if (text)
+            self->reach([text = *text](ShelfStore &store) { store.addText(text); });
+    });
+}
+
+void Drop::takeUrl(ItemProvider &provider)
+{
+    provider.loadUrl([self = shared_from_this()](const std::optional<QUrl> &url) {
+        if (!url)
+            return;
+        self->reach([text = QString::fromLatin1(url->toEncoded())](ShelfStore &store) {
+            store.addText(text);
+        });
+    });
+}
+
+/// Completions come on any thread, and the store may have gone by the time the
+/// main thread gets to them.
+void Drop::reach(std::function<void(ShelfStore &)> addition)
+{
+    m_queue.post([self = shared_from_this(), addition = std::move(addition)] {
+        if (self->m_whileAlive.lock())
+            addition(self->m_store);
+    });
+}
+
+}
+
+void handleDrop(const ItemProviders &providers, ShelfStore &store, MainQueue &queue,
+                const std::weak_ptr<const void> &whileAlive)
+{
+    std::make_shared<Drop>(store, queue, whileAlive)->take(providers);
+}

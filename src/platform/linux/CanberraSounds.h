@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/Sounds.h"
+
+#include <QByteArray>
+
+#include <memory>
+
+/// Plays sound files through the session's sound server, if the desktop has
+/// event sounds switched on. All of it happens on a thread of its own, which
+/// starts with the first sound.
+class CanberraSounds final : public Sounds
+{
+public:
+    /// The folder holds "pop.wav", "tink.wav" and "beep.wav".
+    explicit CanberraSounds(QByteArray folder);
+    ~CanberraSounds() override;
+    CanberraSounds(const CanberraSounds &) = delete;
+    CanberraSounds &operator=(const CanberraSounds &) = delete;
+
+    void play(Sound sound) override;
+
+private:
+    struct Shared;
+    static void run(const std::shared_ptr<Shared> &shared);
+
+    std::shared_ptr<Shared> m_shared; // With the thread, which may outlive us.
+    bool m_started = false;
+};

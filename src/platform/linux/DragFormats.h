@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QUrl>
+
+/// In what forms a drag offers its addresses to other programs.
+namespace DragFormats {
+
+struct Format
+{
+    QString type;
+    QByteArray data;
+};
+
+/// In the order in which targets should prefer them. Text is offered for links
+/// only: many targets take text before files, and a path is not what they want.
+QList<Format> formatsFor(const QList<QUrl> &urls);
+
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class ApplicationService;
+
+/// One process a user: a lock in the state folder, and behind it the name
+/// app.vantleapp.Vantle on the session bus, over which a second start asks the
+/// first to come up. The lock goes with the process, however it ends. Main
+/// thread; needs a QCoreApplication.
+class SingleInstance
+{
+public:
+    enum class Result {
+        First, // Go on.
+        HandedOver, // Another process comes up instead: end, with success.
+        HeldElsewhere, // Another process runs and cannot be asked; standard error says so.
+    };
+
+    /// `stateFolder` is XDG_STATE_HOME; `connection` names a bus connection that is
+    /// not the session's.
+    explicit SingleInstance(QByteArray stateFolder, QString connection = {});
+    ~SingleInstance();
+    SingleInstance(const SingleInstance &) = delete;
+    SingleInstance &operator=(const SingleInstance &) = delete;
+
+    /// To be called before anything else touches a file. Waits for the bus and
+    /// for a first process that is just starting, 2 seconds at most for each.
+    Result acquire();
+
+    /// Sets who answers requests to come up, those that came earlier included.
+    void deliverTo(std::function<void()> onActivate);
+
+private:
+    enum class Lock { Ours, Others, Impossible };
+    enum class HandOver { Done, NobodyThere, NoAnswer };
+
+    Lock lock();
+    Result becomeFirst();
+    bool serve();
+    HandOver handOver() const;
+
+    QByteArray m_folder;
+    QString m_connection;
+    int m_lock = -1;
+    std::unique_ptr<ApplicationService> m_service;
+};

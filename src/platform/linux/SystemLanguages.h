@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QStringList>
+
+namespace SystemLanguages {
+
+/// The user's languages in order, as BCP 47 tags ("de-AT", "sr-Latn-RS"), from
+/// the environment as gettext reads it. Empty where no language is set.
+QStringList fromEnvironment();
+
+}

@@ -1,0 +1,66 @@
+#include "platform/linux/x11/ModifierBits.h"
+
+#include "platform/linux/x11/WatchConnection.h"
+
+#include <xcb/xcb_keysyms.h>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+// From keysymdef.h, which comes with a library that nothing else here needs.
+constexpr std::array<xcb_keysym_t, 4> optionKeys { 0xffe9, 0xffea, 0xffe7, 0xffe8 }; // Alt, Meta.
+constexpr std::array<xcb_keysym_t, 2> controlKeys { 0xffeb, 0xffec }; // Super.
+
+struct FreeSymbols
+{
+    void operator()(xcb_key_symbols_t *symbols) const { xcb_key_symbols_free(symbols); }
+};
+
+template<typename Keys>
+bool isAmong(xcb_key_symbols_t *symbols, xcb_keycode_t key, const Keys &keys)
+{
+    return key != XCB_NO_SYMBOL
+        && std::find(keys.begin(), keys.end(), xcb_key_symbols_get_keysym(symbols, key, 0))
+        != keys.end();
+}
+
+}
+
+ModifierBits ModifierBits::read(xcb_connection_t *connection)
+{
+    ModifierBits bits;
+    const XcbPointer<xcb_get_modifier_mapping_reply_t> map(
+        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
+    const std::unique_ptr<xcb_key_symbols_t, FreeSymbols> symbols(
+        xcb_key_symbols_alloc(connection));
+    if (!map || !symbols)
+        return bits;
+    const int width = map->keycodes_per_modifier;
+    const xcb_keycode_t *keys = xcb_get_modifier_mapping_keycodes(map.get());
+    // From the last modifier to the first: of several with the same key the lowest counts.
+    for (int modifier = XCB_MAP_INDEX_5; modifier >= XCB_MAP_INDEX_1; --modifier) {
+        for (int key = modifier * width; key < (modifier + 1) * width; ++key) {
+            if (isAmong(symbols.get(), keys[key], optionKeys))
+                bits.option = static_cast<uint16_t>(1U << modifier);
+            if (isAmong(symbols.get(), keys[key], controlKeys))
+                bits.control = static_cast<uint16_t>(1U << modifier);
+        }
+    }
+    return bits;
+}
+
+Modifiers ModifierBits::modifiers(uint16_t state) const
+{
+    Modifiers modifiers = 0;
+    if ((state & XCB_MOD_MASK_SHIFT) != 0)
+        modifiers |= EventModifier::Shift;
+    if ((state & XCB_MOD_MASK_CONTROL) != 0)
+        modifiers |= EventModifier::Command;
+    if ((state & option) != 0)
+        modifiers |= EventModifier::Option;
+    if ((state & control) != 0)
+        modifiers |= EventModifier::Control;
+    return modifiers;
+}

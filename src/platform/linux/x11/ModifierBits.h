@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/Modifiers.h"
+
+#include <xcb/xcb.h>
+
+/// Which bits of a key state the keyboard layout gives to Alt and to Super.
+struct ModifierBits
+{
+    uint16_t option = XCB_MOD_MASK_1;
+    uint16_t control = XCB_MOD_MASK_4;
+
+    /// Waits for the server. What the layout does not bind keeps its usual bit.
+    static ModifierBits read(xcb_connection_t *connection);
+    /// EventModifier bits of a key and button state.
+    Modifiers modifiers(uint16_t state) const;
+};

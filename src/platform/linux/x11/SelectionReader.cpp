@@ -1,0 +1,187 @@
+#include "platform/linux/x11/SelectionReader.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::chrono::seconds silenceLimit(3);
+
+xcb_window_t makeWindow(xcb_connection_t *connection)
+{
+    const auto window = xcb_generate_id(connection);
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0,
+                      XCB_CW_EVENT_MASK, &events);
+    return window;
+}
+
+}
+
+SelectionReader::SelectionReader(quint32 time, Clock::time_point deadline)
+    : m_connection(xcb_connect(nullptr, nullptr))
+    , m_atoms(m_connection)
+    , m_time(time)
+    , m_deadline(deadline)
+{
+    if (xcb_connection_has_error(m_connection))
+        return;
+    m_atoms.fetch({ "XdndSelection", "INCR" });
+    m_window = makeWindow(m_connection);
+    watchOwner();
+}
+
+SelectionReader::~SelectionReader()
+{
+    xcb_disconnect(m_connection);
+}
+
+/// The notice of its destruction tells a source's death at once.
+void SelectionReader::watchOwner()
+{
+    m_owner = selectionOwner();
+    const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_connection, m_owner, XCB_CW_EVENT_MASK, &events);
+    m_ownerGone = m_owner == Xcb::none || selectionOwner() != m_owner;
+}
+
+xcb_window_t SelectionReader::selectionOwner()
+{
+    const auto cookie = xcb_get_selection_owner(m_connection, m_atoms("XdndSelection"));
+    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
+    return reply ? reply->owner : Xcb::none;
+}
+
+SelectionReader::Clock::time_point SelectionReader::patience() const
+{
+    return std::min(Clock::now() + silenceLimit, m_deadline);
+}
+
+/// The next event; null when there was none until then, or when there will be none.
+SelectionReader::Event SelectionReader::nextEvent(Clock::time_point until)
+{
+    xcb_flush(m_connection);
+    while (!m_ownerGone && Clock::now() < m_deadline) {
+        Event event(xcb_poll_for_event(m_connection));
+        if (event) {
+            const auto type = event->response_type & 0x7f;
+            if (type == XCB_DESTROY_NOTIFY
+                && reinterpret_cast<xcb_destroy_notify_event_t *>(event.get())->window == m_owner)
+                m_ownerGone = true;
+            else if (type != 0)
+                return event;
+            continue;
+        }
+        if (xcb_connection_has_error(m_connection)) {
+            m_ownerGone = true;
+            break;
+        }
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
+        if (left.count() <= 0)
+            return nullptr;
+        pollfd socket { xcb_get_file_descriptor(m_connection), POLLIN, 0 };
+        poll(&socket, 1, static_cast<int>(left.count()));
+    }
+    return nullptr;
+}
+
+SelectionReader::Answer SelectionReader::read(const QByteArray &type, qsizetype cap)
+{
+    if (m_ownerGone || m_window == Xcb::none || selectionOwner() != m_owner)
+        return {};
+    // A property of its own, so that the late answer to an earlier question is
+    // not taken for the answer to this one.
+    const auto property = m_atoms("VANTLE_DROP_" + QByteArray::number(m_reads++));
+    const Outcome outcome = convert(m_atoms(type), property);
+    return outcome == Outcome::Data ? take(property, cap) : Answer { outcome, {} };
+}
+
+SelectionReader::Outcome SelectionReader::convert(xcb_atom_t target, xcb_atom_t property)
+{
+    xcb_convert_selection(m_connection, m_window, m_atoms("XdndSelection"), target, property,
+                          m_time);
+    const auto until = patience();
+    while (const Event event = nextEvent(until)) {
+        if ((event->response_type & 0x7f) != XCB_SELECTION_NOTIFY)
+            continue;
+        const auto *notify = reinterpret_cast<xcb_selection_notify_event_t *>(event.get());
+        if (notify->target != target)
+            continue;
+        if (notify->property == Xcb::none)
+            return Outcome::Refused;
+        if (notify->property == property)
+            return Outcome::Data;
+    }
+    return m_ownerGone ? Outcome::Gone : Outcome::Silent;
+}
+
+SelectionReader::Answer SelectionReader::take(xcb_atom_t property, qsizetype cap)
+{
+    const auto cookie
+        = xcb_get_property(m_connection, 0, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
+    const Xcb::Owned<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(m_connection, cookie, nullptr));
+    if (!reply)
+        return {};
+    if (reply->type == m_atoms("INCR"))
+        return takeIncrementally(property, cap);
+    Answer answer;
+    switch (appendChunk(property, answer.data, cap)) {
+    case Chunk::Data:
+    case Chunk::Last:
+        answer.outcome = Outcome::Data;
+        return answer;
+    case Chunk::TooLarge:
+        return { Outcome::TooLarge, {} };
+    case Chunk::Gone:
+        break;
+    }
+    return {};
+}
+
+/// Each deletion of the property asks for the next piece; an empty one is the last.
+SelectionReader::Answer SelectionReader::takeIncrementally(xcb_atom_t property, qsizetype cap)
+{
+    QByteArray data;
+    xcb_delete_property(m_connection, m_window, property);
+    auto until = patience();
+    while (const Event event = nextEvent(until)) {
+        if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
+            continue;
+        const auto *notify = reinterpret_cast<xcb_property_notify_event_t *>(event.get());
+        if (notify->atom != property || notify->state != XCB_PROPERTY_NEW_VALUE)
+            continue;
+        switch (appendChunk(property, data, cap)) {
+        case Chunk::Data:
+            until = patience();
+            break;
+        case Chunk::Last:
+            return { Outcome::Data, data };
+        case Chunk::TooLarge:
+            return { Outcome::TooLarge, {} };
+        case Chunk::Gone:
+            return {};
+        }
+    }
+    return { m_ownerGone ? Outcome::Gone : Outcome::Silent, {} };
+}
+
+SelectionReader::Chunk SelectionReader::appendChunk(xcb_atom_t property, QByteArray &data,
+                                                    qsizetype cap)
+{
+    const auto room = static_cast<quint32>((cap - data.size()) / 4 + 1); // In units of four bytes.
+    const auto cookie
+        = xcb_get_property(m_connection, 1, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, room);
+    const Xcb::Owned<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(m_connection, cookie, nullptr));
+    if (!reply)
+        return Chunk::Gone;
+    const auto size = xcb_get_property_value_length(reply.get());
+    if (reply->bytes_after > 0 || data.size() + size > cap)
+        return Chunk::TooLarge;
+    data.append(static_cast<const char *>(xcb_get_property_value(reply.get())), size);
+    return size == 0 ? Chunk::Last : Chunk::Data;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/linux/x11/Xcb.h"
+
+#include <QByteArray>
+
+#include <chrono>
+#include <memory>
+
+/// Reads what another program drags, on a connection of its own. Every call
+/// waits for that program, which may hang, die, stutter or never stop sending:
+/// for worker threads only.
+class SelectionReader
+{
+public:
+    using Clock = std::chrono::steady_clock;
+    enum class Outcome {
+        Data,
+        Refused,
+        Silent, // No byte for three seconds, or the deadline has passed.
+        Gone, // The source, or the X server, or it drags something else by now.
+        TooLarge,
+    };
+    struct Answer
+    {
+        Outcome outcome = Outcome::Gone;
+        QByteArray data;
+    };
+
+    /// time: the server time of the drop. Sources may answer no other.
+    SelectionReader(quint32 time, Clock::time_point deadline);
+    ~SelectionReader();
+    SelectionReader(const SelectionReader &) = delete;
+    SelectionReader &operator=(const SelectionReader &) = delete;
+
+    Answer read(const QByteArray &type, qsizetype cap);
+
+private:
+    using Event = Xcb::Owned<xcb_generic_event_t>;
+    enum class Chunk { Data, Last, TooLarge, Gone };
+
+    void watchOwner();
+    xcb_window_t selectionOwner();
+    Event nextEvent(Clock::time_point until);
+    Outcome convert(xcb_atom_t target, xcb_atom_t property);
+    Answer take(xcb_atom_t property, qsizetype cap);
+    Answer takeIncrementally(xcb_atom_t property, qsizetype cap);
+    Chunk appendChunk(xcb_atom_t property, QByteArray &data, qsizetype cap);
+    Clock::time_point patience() const;
+
+    xcb_connection_t *m_connection;
+    Xcb::Atoms m_atoms;
+    xcb_window_t m_window = Xcb::none;
+    xcb_window_t m_owner = Xcb::none;
+    quint32 m_time;
+    Clock::time_point m_deadline;
+    int m_reads = 0;
+    bool m_ownerGone = false;
+};

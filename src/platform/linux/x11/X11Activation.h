@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/MainQueue.h"
+
+#include <QWidget>
+
+#include <xcb/xcb.h>
+
+/// Gives one window of ours the keyboard, although the user did not act in it
+/// just now: window managers grant that to a request that comes as a pager's and
+/// bears the X server's present time.
+class X11Activation
+{
+public:
+    X11Activation(QWidget &window, xcb_connection_t *connection, xcb_window_t root,
+                  MainQueue &queue);
+
+    /// For a window that is shown; waits until the window manager has mapped it.
+    void request();
+    void cancel();
+    /// Each native event of the window.
+    void handleEvent(const xcb_generic_event_t &event);
+
+private:
+    xcb_window_t native() const { return static_cast<xcb_window_t>(m_window.internalWinId()); }
+    void askTime();
+    void activate(xcb_timestamp_t time);
+
+    QWidget &m_window;
+    xcb_connection_t *m_connection;
+    xcb_window_t m_root;
+    MainQueue &m_queue;
+    xcb_atom_t m_timeProperty;
+    xcb_atom_t m_activeWindow;
+    bool m_mapped = false;
+    bool m_wanted = false;
+    Ticket m_fallback;
+};

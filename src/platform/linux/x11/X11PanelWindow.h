@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/PanelWindow.h"
+#include "platform/linux/WindowGrip.h"
+#include "platform/linux/x11/X11Activation.h"
+#include "platform/linux/x11/X11Compositor.h"
+#include "platform/linux/x11/Xcb.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class QMouseEvent;
+
+/// The panel as an X11 window that the window manager manages: that is what
+/// keeps it above the others and lets it have the keyboard. The program must run
+/// on the toolkit's xcb platform.
+class X11PanelWindow final : public QWidget, public PanelWindow
+{
+public:
+    explicit X11PanelWindow(MainQueue &queue);
+    ~X11PanelWindow() override;
+
+    void setRootView(QWidget *view) override;
+    QRectF frame() const override;
+    void setFrame(const QRectF &frame) override;
+    bool isVisible() const override { return QWidget::isVisible(); }
+    void orderFront() override;
+    void orderOut() override;
+    void focus() override;
+    bool canFade() const override;
+    void setOpacity(double opacity) override;
+    void setSlide(const QPointF &offset) override;
+    void performDrag() override;
+
+protected:
+    bool eventFilter(QObject *object, QEvent *event) override;
+    bool nativeEvent(const QByteArray &type, void *message, qintptr *result) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void moveEvent(QMoveEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    xcb_window_t native() const { return static_cast<xcb_window_t>(internalWinId()); }
+    xcb_window_t createNative();
+    void writeHints();
+    void askForPlace();
+    void applyShape();
+    void layoutRootView();
+    void noteFrame();
+    bool filterMouse(const QMouseEvent &event);
+
+    MainQueue &m_queue;
+    xcb_connection_t *m_connection;
+    xcb_window_t m_root;
+    Xcb::Atoms m_atoms;
+    X11Compositor m_compositor;
+    X11Activation m_activation;
+    WindowGrip m_grip;
+    QPointer<QWidget> m_rootView;
+    QPointF m_slide;
+    QRect m_knownGeometry; // The last that was set or reported.
+    double m_settledAt = 0; // Uptime until which the desktop may still answer a frame that we set.
+};

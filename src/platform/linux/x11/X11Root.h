@@ -1,0 +1,19 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <initializer_list>
+
+/// The root window, through which a client talks to the window manager.
+namespace X11Root {
+
+/// Waits for the X server.
+xcb_window_t of(xcb_connection_t *connection, xcb_window_t window);
+/// The n of selections that exist once a screen ("_NET_WM_CM_Sn").
+int screenNumber(xcb_connection_t *connection, xcb_window_t root);
+/// Asks the window manager for something about a window of ours.
+void send(xcb_connection_t *connection, xcb_window_t root, xcb_window_t about, xcb_atom_t type,
+          std::initializer_list<uint32_t> data);
+
+}

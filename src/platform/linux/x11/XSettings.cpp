@@ -1,0 +1,140 @@
+#include "platform/linux/x11/XSettings.h"
+
+#include "platform/linux/x11/Xcb.h"
+
+#include <QtEndian>
+
+#include <optional>
+
+namespace {
+
+constexpr quint32 longestProperty = 1 << 16; // 32-bit units.
+
+enum Type { Integer = 0, String = 1, Colour = 2 };
+
+/// Takes values from the front of the property, each padded to four bytes; none
+/// when it is too short for them.
+class Reader
+{
+public:
+    explicit Reader(const QByteArray &bytes)
+        : m_bytes(bytes)
+        , m_bigEndian(bytes.startsWith('\1'))
+    {
+    }
+
+    template<typename T>
+    std::optional<T> number()
+    {
+        if (m_bytes.size() - m_position < qsizetype(sizeof(T)))
+            return {};
+        const char *from = m_bytes.constData() + m_position;
+        m_position += sizeof(T);
+        return m_bigEndian ? qFromBigEndian<T>(from) : qFromLittleEndian<T>(from);
+    }
+
+    std::optional<QByteArray> text(quint32 length)
+    {
+        const qsizetype padded = (qsizetype(length) + 3) & ~qsizetype(3);
+        if (m_bytes.size() - m_position < padded)
+            return {};
+        const QByteArray result = m_bytes.mid(m_position, length);
+        m_position += padded;
+        return result;
+    }
+
+private:
+    const QByteArray &m_bytes;
+    bool m_bigEndian;
+    qsizetype m_position = 0;
+};
+
+std::optional<QVariant> value(Reader &reader, quint8 type)
+{
+    switch (type) {
+    case Integer:
+        if (const auto number = reader.number<qint32>())
+            return QVariant(*number);
+        return {};
+    case String:
+        if (const auto length = reader.number<quint32>()) {
+            if (const auto text = reader.text(*length))
+                return QVariant(QString::fromUtf8(*text));
+        }
+        return {};
+    case Colour:
+        return reader.number<quint64>() ? std::optional(QVariant()) : std::nullopt;
+    default:
+        return {};
+    }
+}
+
+template<typename Reply>
+Xcb::Owned<Reply> owned(Reply *reply)
+{
+    return Xcb::Owned<Reply>(reply);
+}
+
+xcb_atom_t atom(xcb_connection_t *connection, const QByteArray &name)
+{
+    const auto cookie
+        = xcb_intern_atom(connection, 1, static_cast<quint16>(name.size()), name.constData());
+    const auto reply = owned(xcb_intern_atom_reply(connection, cookie, nullptr));
+    return reply ? reply->atom : Xcb::none;
+}
+
+QByteArray property(xcb_connection_t *connection, int screen)
+{
+    // Neither atom exists before a manager made it.
+    const auto selection = atom(connection, "_XSETTINGS_S" + QByteArray::number(screen));
+    const auto name = atom(connection, "_XSETTINGS_SETTINGS");
+    if (selection == Xcb::none || name == Xcb::none)
+        return {};
+    const auto owner = owned(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, selection), nullptr));
+    if (!owner || owner->owner == Xcb::none)
+        return {};
+    const auto reply = owned(xcb_get_property_reply(
+        connection,
+        xcb_get_property(connection, 0, owner->owner, name, name, 0, longestProperty), nullptr));
+    if (!reply || reply->format != 8)
+        return {};
+    return QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
+                      xcb_get_property_value_length(reply.get()));
+}
+
+}
+
+XSettings::Settings XSettings::parse(const QByteArray &property)
+{
+    Reader reader(property);
+    Settings result;
+    reader.number<quint32>(); // Byte order, which the reader has looked at.
+    reader.number<quint32>(); // Serial number.
+    const quint32 count = reader.number<quint32>().value_or(0);
+    for (quint32 i = 0; i < count; ++i) {
+        const auto type = reader.number<quint8>();
+        reader.number<quint8>(); // Unused.
+        const auto length = reader.number<quint16>();
+        const auto name = reader.text(length.value_or(0));
+        const auto serial = reader.number<quint32>();
+        if (!type || !length || !name || !serial)
+            break;
+        const auto setting = value(reader, *type);
+        if (!setting)
+            break;
+        result.insert(*name, *setting);
+    }
+    return result;
+}
+
+XSettings::Settings XSettings::read()
+{
+    int screen = 0;
+    xcb_connection_t *connection = xcb_connect(nullptr, &screen);
+    Settings result;
+    if (xcb_connection_has_error(connection) == 0)
+        result = parse(property(connection, screen));
+    xcb_disconnect(connection);
+    return result;
+}

@@ -1,0 +1,87 @@
+#include "platform/linux/x11/Xcb.h"
+
+#include <QGuiApplication>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+xcb_connection_t *Xcb::toolkitConnection()
+{
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
+}
+
+QList<quint32> Xcb::property32(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
+                               xcb_atom_t type, quint32 limit)
+{
+    const auto cookie = xcb_get_property(connection, 0, window, name, type, 0, limit);
+    const Owned<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection, cookie, nullptr));
+    if (!reply || reply->format != 32)
+        return {};
+    const auto *values = static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
+    return { values, values + reply->value_len };
+}
+
+void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
+                      std::initializer_list<quint32> data, xcb_window_t about)
+{
+    xcb_client_message_event_t message {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = about;
+    message.type = type;
+    std::copy(data.begin(), data.end(), message.data.data32);
+    // Checked and discarded, so that the error does not reach the toolkit's log.
+    const auto cookie = xcb_send_event_checked(connection, 0, to, XCB_EVENT_MASK_NO_EVENT,
+                                               reinterpret_cast<const char *>(&message));
+    xcb_discard_reply(connection, cookie.sequence);
+    xcb_flush(connection);
+}
+
+void Xcb::Atoms::fetch(std::initializer_list<const char *> names)
+{
+    std::vector<std::pair<QByteArray, xcb_intern_atom_cookie_t>> asked;
+    for (const QByteArray name : names) {
+        if (!m_atoms.contains(name))
+            asked.emplace_back(name,
+                               xcb_intern_atom(m_connection, 0, static_cast<quint16>(name.size()),
+                                               name.constData()));
+    }
+    for (const auto &[name, cookie] : asked) {
+        const Owned<xcb_intern_atom_reply_t> reply(
+            xcb_intern_atom_reply(m_connection, cookie, nullptr));
+        m_atoms.insert(name, reply ? reply->atom : none);
+    }
+}
+
+xcb_atom_t Xcb::Atoms::operator()(const QByteArray &name)
+{
+    if (!m_atoms.contains(name))
+        fetch({ name.constData() });
+    return m_atoms.value(name);
+}
+
+QStringList Xcb::Atoms::names(const QList<xcb_atom_t> &atoms)
+{
+    std::vector<std::pair<xcb_atom_t, xcb_get_atom_name_cookie_t>> asked;
+    for (const xcb_atom_t atom : atoms) {
+        if (!m_names.contains(atom))
+            asked.emplace_back(atom, xcb_get_atom_name(m_connection, atom));
+    }
+    for (const auto &[atom, cookie] : asked) {
+        const Owned<xcb_get_atom_name_reply_t> reply(
+            xcb_get_atom_name_reply(m_connection, cookie, nullptr));
+        if (reply)
+            m_names.insert(atom,
+                           QString::fromUtf8(xcb_get_atom_name_name(reply.get()),
+                                             xcb_get_atom_name_name_length(reply.get())));
+    }
+    QStringList names;
+    for (const xcb_atom_t atom : atoms) {
+        if (m_names.contains(atom))
+            names.append(m_names.value(atom));
+    }
+    return names;
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QStringList>
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <initializer_list>
+#include <memory>
+
+namespace Xcb {
+
+inline constexpr quint32 none = 0; // No window, no atom.
+
+struct Free
+{
+    void operator()(void *memory) const { std::free(memory); }
+};
+
+/// Replies and events belong to whoever gets them.
+template<typename T>
+using Owned = std::unique_ptr<T, Free>;
+
+/// The connection of the toolkit; null when it does not run on X11.
+xcb_connection_t *toolkitConnection();
+
+/// The 32-bit values of a property, at most that many; none if the window or the
+/// property does not exist. Waits for the X server.
+QList<quint32> property32(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
+                          xcb_atom_t type, quint32 limit);
+
+/// Sends a client message whose failure nobody needs to know: the window may have gone.
+void sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
+                 std::initializer_list<quint32> data, xcb_window_t about);
+
+/// Names and numbers of atoms on one connection; each is asked of the X server once.
+class Atoms
+{
+public:
+    explicit Atoms(xcb_connection_t *connection)
+        : m_connection(connection)
+    {
+    }
+    /// Asks for many in one go.
+    void fetch(std::initializer_list<const char *> names);
+    xcb_atom_t operator()(const QByteArray &name);
+    QStringList names(const QList<xcb_atom_t> &atoms);
+
+private:
+    xcb_connection_t *m_connection;
+    QHash<QByteArray, xcb_atom_t> m_atoms;
+    QHash<xcb_atom_t, QString> m_names;
+};
+
+}

@@ -1,0 +1,257 @@
+#include "platform/linux/x11/XdndTarget.h"
+
+#include "base/MainQueue.h"
+#include "platform/linux/DropFormats.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace {
+
+constexpr quint32 newestVersion = 5;
+constexpr quint32 oldestVersion = 3;
+constexpr quint32 mostTypes = 256; // Of one source. Real ones offer some twenty.
+constexpr double dropLimit = 30; // Seconds for all of a drop.
+
+}
+
+XdndTarget::XdndTarget(MainQueue &queue)
+    : m_queue(queue)
+    , m_connection(Xcb::toolkitConnection())
+    , m_atoms(m_connection)
+{
+    m_atoms.fetch({ "XdndAware", "XdndEnter", "XdndPosition", "XdndStatus", "XdndLeave", "XdndDrop",
+                    "XdndFinished", "XdndTypeList", "XdndActionList", "XdndActionCopy",
+                    "XdndActionMove", "XdndActionLink" });
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+XdndTarget::~XdndTarget()
+{
+    for (const Drop &drop : m_drops) {
+        drop.reading->giveUp();
+        drop.reading->waitForEnd(std::chrono::milliseconds(500));
+    }
+}
+
+void XdndTarget::attach(WId window)
+{
+    endHover();
+    m_window = static_cast<xcb_window_t>(window);
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, m_atoms("XdndAware"),
+                        XCB_ATOM_ATOM, 32, 1, &newestVersion);
+    xcb_flush(m_connection);
+}
+
+bool XdndTarget::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
+{
+    if (type != "xcb_generic_event_t")
+        return false;
+    const auto *event = static_cast<xcb_generic_event_t *>(message);
+    const auto code = event->response_type & 0x7f;
+    if (code == XCB_CLIENT_MESSAGE)
+        return handleMessage(*static_cast<xcb_client_message_event_t *>(message));
+    if (code == XCB_DESTROY_NOTIFY)
+        sourceGone(static_cast<xcb_destroy_notify_event_t *>(message)->window);
+    return false;
+}
+
+/// Whether the message was one of a drag over the window: then the toolkit does not get it.
+bool XdndTarget::handleMessage(const xcb_client_message_event_t &message)
+{
+    if (message.window != m_window || message.format != 32)
+        return false;
+    const quint32 *data = message.data.data32;
+    if (message.type == m_atoms("XdndPosition"))
+        position(data);
+    else if (message.type == m_atoms("XdndEnter"))
+        enter(data);
+    else if (message.type == m_atoms("XdndLeave"))
+        leave(data);
+    else if (message.type == m_atoms("XdndDrop"))
+        drop(data);
+    else
+        return false;
+    return true;
+}
+
+void XdndTarget::enter(const quint32 *data)
+{
+    endHover(); // Of a source that went without a word.
+    const quint32 version = data[1] >> 24;
+    if (version < oldestVersion || version > newestVersion || isOurs(data[0]) || !watch(data[0]))
+        return;
+    Hover hover;
+    hover.source = data[0];
+    hover.version = version;
+    hover.types = offeredTypes(data);
+    hover.isWanted = DropFormats::canHold(hover.types);
+    m_hover = hover;
+}
+
+QStringList XdndTarget::offeredTypes(const quint32 *data)
+{
+    QList<xcb_atom_t> atoms;
+    if (data[1] & 1) // More than fit into the message.
+        atoms = Xcb::property32(m_connection, data[0], m_atoms("XdndTypeList"), XCB_ATOM_ATOM,
+                                mostTypes);
+    else
+        atoms = { data[2], data[3], data[4] };
+    atoms.removeAll(Xcb::none);
+    return m_atoms.names(atoms);
+}
+
+void XdndTarget::position(const quint32 *data)
+{
+    const bool known = m_hover && m_hover->source == data[0];
+    if (known && m_hover->isWanted && m_hover->requested != data[4]) {
+        m_hover->requested = data[4];
+        m_hover->action = chosenAction(data[4]);
+    }
+    const xcb_atom_t action = known ? m_hover->action : Xcb::none;
+    constexpr quint32 accept = 1;
+    constexpr quint32 tellEveryMove = 2;
+    const quint32 flags = (action ? accept : 0) | tellEveryMove;
+    Xcb::sendMessage(m_connection, data[0], m_atoms("XdndStatus"),
+                     { m_window, flags, 0, 0, action }, data[0]);
+    if (known)
+        setTargeted(action != Xcb::none);
+}
+
+/// Copy wherever the source lets us, else a link; never Move, after which a source
+/// deletes what it gave. What it offers besides the action it asks for stands in
+/// a list on its window, which may change with the modifier keys.
+xcb_atom_t XdndTarget::chosenAction(xcb_atom_t requested)
+{
+    const xcb_atom_t copy = m_atoms("XdndActionCopy");
+    const xcb_atom_t move = m_atoms("XdndActionMove");
+    const xcb_atom_t link = m_atoms("XdndActionLink");
+    if (requested == copy)
+        return copy;
+    const auto others = Xcb::property32(m_connection, m_hover->source, m_atoms("XdndActionList"),
+                                        XCB_ATOM_ATOM, mostTypes);
+    if (others.contains(copy))
+        return copy;
+    if (requested == link || others.contains(link))
+        return link;
+    const bool onlyMove = requested == move || others.contains(move);
+    return onlyMove ? Xcb::none : copy;
+}
+
+void XdndTarget::leave(const quint32 *data)
+{
+    if (m_hover && m_hover->source == data[0])
+        endHover();
+}
+
+void XdndTarget::drop(const quint32 *data)
+{
+    if (!m_hover || m_hover->source != data[0] || m_hover->action == Xcb::none) {
+        Xcb::sendMessage(m_connection, data[0], m_atoms("XdndFinished"), { m_window, 0, 0 },
+                         data[0]);
+        endHover();
+        return;
+    }
+    const Hover hover = *m_hover;
+    startReading(hover, data[2]);
+    endHover();
+}
+
+void XdndTarget::startReading(const Hover &hover, quint32 time)
+{
+    auto known = std::make_shared<const DropReading *>(nullptr);
+    DropReading::Listener listener {
+        [this](const ItemProviders &objects) {
+            if (onDrop)
+                onDrop(objects);
+        },
+        [this, known](DropReading::Gain gain) { endDrop(*known, gain); },
+    };
+    auto reading
+        = std::make_shared<DropReading>(m_queue, hover.types, time, dropLimit, std::move(listener));
+    *known = reading.get();
+    auto deadline = m_queue.after(dropLimit, [this, late = std::weak_ptr(reading)] {
+        if (const auto open = late.lock()) {
+            open->giveUp();
+            endDrop(open.get(), DropReading::Gain::Nothing);
+        }
+    });
+    m_drops.push_back({ hover.source, m_window, hover.action, reading, std::move(deadline) });
+    reading->start();
+}
+
+void XdndTarget::endDrop(const DropReading *reading, DropReading::Gain gain)
+{
+    const auto drop = std::find_if(m_drops.begin(), m_drops.end(),
+                                   [&](const Drop &open) { return open.reading.get() == reading; });
+    if (drop == m_drops.end())
+        return;
+    const Drop ended = *drop;
+    m_drops.erase(drop);
+    if (ended.source != Xcb::none) {
+        const bool taken = gain == DropReading::Gain::Something;
+        Xcb::sendMessage(m_connection, ended.source, m_atoms("XdndFinished"),
+                         { ended.window, taken, taken ? ended.action : Xcb::none }, ended.source);
+    }
+    landed();
+}
+
+void XdndTarget::sourceGone(xcb_window_t source)
+{
+    if (source == Xcb::none)
+        return;
+    for (Drop &drop : m_drops) {
+        if (drop.source == source)
+            drop.source = Xcb::none; // Its reader learns it by itself.
+    }
+    if (m_hover && m_hover->source == source)
+        endHover();
+}
+
+/// Has the X server tell when that window goes; whether it is there at all.
+bool XdndTarget::watch(xcb_window_t source)
+{
+    const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    const auto cookie
+        = xcb_change_window_attributes_checked(m_connection, source, XCB_CW_EVENT_MASK, &events);
+    const Xcb::Owned<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie));
+    return !error;
+}
+
+/// A drag of this program; the X server gives each of its clients a range of numbers.
+bool XdndTarget::isOurs(xcb_window_t window) const
+{
+    const auto *setup = xcb_get_setup(m_connection);
+    return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+}
+
+void XdndTarget::setTargeted(bool targeted)
+{
+    if (!m_hover || m_hover->isTargeted == targeted)
+        return;
+    m_hover->isTargeted = targeted;
+    if (onTargeted)
+        onTargeted(targeted);
+    if (!targeted)
+        landed();
+}
+
+void XdndTarget::endHover()
+{
+    if (!m_hover)
+        return;
+    const bool wasTargeted = m_hover->isTargeted;
+    m_hover.reset();
+    if (!wasTargeted)
+        return;
+    if (onTargeted)
+        onTargeted(false);
+    landed();
+}
+
+void XdndTarget::landed()
+{
+    if (!isLanding() && onLandingEnded)
+        onLandingEnded();
+}

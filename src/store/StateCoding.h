@@ -1,0 +1,19 @@
+#pragma once
+
+#include "store/Shelf.h"
+
+/// The JSON form of the records. Reading is all or nothing: a key that is
+/// missing or a value of the wrong type spoils the whole file; only unknown keys
+/// are passed over, and null counts as absent where a field may be absent.
+///
+/// Written compactly: "\/" for a slash, UUIDs in upper case, dates as seconds
+/// since 2001-01-01 UTC, bytes as Base64, and absent fields left out.
+namespace StateCoding {
+
+QByteArray encode(const ShelfState &state);
+std::optional<ShelfState> decodeState(const QByteArray &json);
+
+/// The format of the time before there were several shelves: a bare list.
+std::optional<QList<ShelfItem>> decodeItems(const QByteArray &json);
+
+}

@@ -1,0 +1,112 @@
+#include "views/DragHandle.h"
+
+#include "views/Brand.h"
+#include "views/Look.h"
+#include "views/Symbols.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
+
+namespace {
+constexpr int capsuleHeight = 20;
+constexpr int sidePadding = 8;
+constexpr double symbolSize = 11; // Drawn as high as a capital letter of 9.5 points is meant to be.
+constexpr int symbolGap = 4;
+}
+
+DragHandle::DragHandle(Symbols &symbols, DragSession &session, Icons &icons, QWidget *parent)
+    : QWidget(parent)
+    , m_symbols(symbols)
+    , m_drag(session, icons)
+{
+    setCursor(Qt::OpenHandCursor);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+void DragHandle::setContent(Carries carries, int count)
+{
+    m_carries = carries;
+    m_count = QString::number(count);
+    updateGeometry();
+    update();
+}
+
+void DragHandle::setHelp(const QString &text)
+{
+    setToolTip(text);
+    setAccessibleName(text);
+}
+
+QFont DragHandle::countFont() const
+{
+    return Look::font(font(), 11, QFont::DemiBold);
+}
+
+/// All digits take the room of the widest, so that the capsule does not tremble
+/// while the count runs.
+int DragHandle::digitWidth() const
+{
+    const QFontMetrics metrics(countFont());
+    int widest = 0;
+    for (char16_t digit = u'0'; digit <= u'9'; ++digit)
+        widest = std::max(widest, metrics.horizontalAdvance(QChar(digit)));
+    return widest;
+}
+
+QSize DragHandle::sizeHint() const
+{
+    const int width = 2 * sidePadding + int(symbolSize) + symbolGap
+        + digitWidth() * static_cast<int>(m_count.size());
+    return { width, std::max(capsuleHeight, QFontMetrics(countFont()).height() + 4) };
+}
+
+void DragHandle::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const bool selection = m_carries == Carries::Selection;
+    painter.setPen(Qt::NoPen);
+    if (selection)
+        painter.setBrush(Brand::gradient(rect(), layoutDirection()));
+    else
+        painter.setBrush(Look::faded(Look::secondary(palette()), 0.18));
+    painter.drawRoundedRect(rect(), height() / 2.0, height() / 2.0);
+
+    const QColor color = selection ? QColor(Qt::white) : Look::text(palette());
+    const auto place = [&](int left, int width) {
+        return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
+    };
+    m_symbols.paint(painter, Symbol::Documents, place(sidePadding, int(symbolSize)), symbolSize,
+                    color);
+    painter.setPen(color);
+    painter.setFont(countFont());
+    // The number reads from the left, also where the layout is mirrored.
+    const int digit = digitWidth();
+    QRect cell = place(sidePadding + int(symbolSize) + symbolGap,
+                       digit * static_cast<int>(m_count.size()));
+    cell.setWidth(digit);
+    for (const QChar c : m_count) {
+        painter.drawText(cell, Qt::AlignCenter, c);
+        cell.translate(digit, 0);
+    }
+}
+
+void DragHandle::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        m_drag.mouseDown(event->scenePosition());
+}
+
+void DragHandle::mouseMoveEvent(QMouseEvent *event)
+{
+    if (event->buttons() & Qt::LeftButton)
+        m_drag.mouseDragged(event->scenePosition());
+}
+
+void DragHandle::mouseReleaseEvent(QMouseEvent *)
+{
+    m_drag.mouseUp();
+}

@@ -1,0 +1,67 @@
+#include "views/EmptyState.h"
+
+#include "views/Brand.h"
+#include "views/Look.h"
+#include "views/Symbols.h"
+
+#include <QPainter>
+
+namespace {
+constexpr int symbolSize = 56;
+constexpr int symbolGap = 10;
+constexpr int lineGap = 4;
+constexpr int margin = 18; // At both sides.
+}
+
+EmptyState::EmptyState(Symbols &symbols, QWidget *parent)
+    : QWidget(parent)
+    , m_symbols(symbols)
+{
+}
+
+void EmptyState::setTexts(const QString &title, const QString &hint)
+{
+    m_title = title;
+    m_hint = hint;
+    setAccessibleName(title);
+    setAccessibleDescription(hint);
+    update();
+}
+
+void EmptyState::setTargeted(bool targeted)
+{
+    m_targeted = targeted;
+    update();
+}
+
+void EmptyState::setOpacity(double opacity)
+{
+    m_opacity = opacity;
+    update();
+}
+
+void EmptyState::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setOpacity(m_opacity);
+    const QFont titleFont = Look::font(font(), 13, QFont::Medium);
+    const QFont hintFont = Look::font(font(), 10.5);
+    constexpr int flags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
+    const QRect room(margin, 0, width() - 2 * margin, height());
+    const int titleHeight = QFontMetrics(titleFont).boundingRect(room, flags, m_title).height();
+    const int hintHeight = QFontMetrics(hintFont).boundingRect(room, flags, m_hint).height();
+    const int block = symbolSize + symbolGap + titleHeight + lineGap + hintHeight;
+    // A little above the middle, where the eye expects it.
+    int top = std::max(0, (height() - block) * 9 / 20);
+
+    m_symbols.paint(painter, Symbol::Tray, QRect(0, top, width(), symbolSize), symbolSize,
+                    m_targeted ? Brand::accent : Look::faded(Look::text(palette()), 0.4));
+    top += symbolSize + symbolGap;
+    painter.setFont(titleFont);
+    painter.setPen(Look::text(palette()));
+    painter.drawText(QRect(margin, top, room.width(), titleHeight), flags, m_title);
+    top += titleHeight + lineGap;
+    painter.setFont(hintFont);
+    painter.setPen(Look::secondary(palette()));
+    painter.drawText(QRect(margin, top, room.width(), hintHeight), flags, m_hint);
+}

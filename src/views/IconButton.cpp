@@ -1,0 +1,38 @@
+#include "views/IconButton.h"
+
+#include "views/Look.h"
+
+#include <QPainter>
+
+IconButton::IconButton(Symbols &symbols, Symbol symbol, double symbolSize, QWidget *parent)
+    : QAbstractButton(parent)
+    , m_symbols(symbols)
+    , m_symbol(symbol)
+    , m_symbolSize(symbolSize)
+{
+    setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
+    setFixedSize(sizeHint());
+}
+
+void IconButton::setHelp(const QString &text)
+{
+    setToolTip(text);
+    setAccessibleName(text);
+}
+
+void IconButton::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor text = Look::text(palette());
+    const QRectF shape = QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75);
+    painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 1.5) : Qt::NoPen);
+    painter.setBrush(isDown()           ? Look::faded(text, 0.16)
+                         : underMouse() ? Look::faded(text, 0.08)
+                                        : QColor(Qt::transparent));
+    painter.drawRoundedRect(shape, 6, 6);
+    const bool clear = underMouse() || isDown() || hasFocus();
+    m_symbols.paint(painter, m_symbol, rect(), m_symbolSize,
+                    clear ? text : Look::secondary(palette()));
+}

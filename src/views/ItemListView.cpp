@@ -1,0 +1,447 @@
+#include "views/ItemListView.h"
+
+#include "app/settings/Localizer.h"
+#include "store/ShelfStore.h"
+#include "views/SlimScrollBar.h"
+
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int spacingBetween = 5;
+constexpr int padding = 8; // Around all rows.
+constexpr double dragDistance = 3; // From here on a press is no click.
+constexpr double changeDuration = 0.3;
+constexpr double scrollDuration = 0.15;
+
+static_assert(padding == SlimScrollBar::thickness, "The scroll bar lies in the padding.");
+
+}
+
+Modifiers eventModifiers(Qt::KeyboardModifiers modifiers)
+{
+    Modifiers result = 0;
+    if (modifiers & Qt::ShiftModifier)
+        result |= EventModifier::Shift;
+    if (modifiers & Qt::MetaModifier)
+        result |= EventModifier::Control;
+    if (modifiers & Qt::AltModifier)
+        result |= EventModifier::Option;
+    if (modifiers & Qt::ControlModifier)
+        result |= EventModifier::Command;
+    return result;
+}
+
+ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &icons,
+                           Symbols &symbols, MainQueue &queue, QWidget *parent)
+    : QListView(parent)
+    , m_store(store)
+    , m_texts(texts)
+    , m_queue(queue)
+    , m_delegate(new ItemRowDelegate(m_model, icons, symbols, *this))
+    , m_change(queue)
+    , m_scroll(queue)
+{
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setSelectionMode(NoSelection);
+    setEditTriggers(NoEditTriggers);
+    setDragDropMode(NoDragDrop);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBar(new SlimScrollBar(this));
+    viewport()->setAutoFillBackground(false);
+    viewport()->setMouseTracking(true);
+    setItemDelegate(m_delegate);
+    setModel(&m_model);
+
+    m_model.update(m_store.items.value());
+    m_subscriptions.push_back(m_store.items.subscribe(
+        [this](const QList<ShelfItem> &next) { change(next); }, Deliver::ChangesOnly));
+    m_subscriptions.push_back(m_store.selection.subscribe(
+        [this](const QSet<QUuid> &) { viewport()->update(); }, Deliver::ChangesOnly));
+    m_subscriptions.push_back(m_store.focus.subscribe(
+        [this](const std::optional<QUuid> &) {
+            m_queue.post([this, alive = std::weak_ptr(m_alive)] {
+                if (alive.lock())
+                    focusChanged();
+            });
+        },
+        Deliver::ChangesOnly));
+}
+
+int ItemListView::rowTop(int row) const
+{
+    return padding + row * (m_delegate->height() + spacingBetween);
+}
+
+QRect ItemListView::rowRect(int row) const
+{
+    // Where there is a scroll bar, it takes the place of the padding at that side.
+    const int barRoom = verticalScrollBar()->isVisibleTo(this) ? 0 : padding;
+    const bool mirrored = isRightToLeft();
+    return { mirrored ? barRoom : padding, rowTop(row) - verticalOffset(),
+             viewport()->width() - padding - barRoom, m_delegate->height() };
+}
+
+std::pair<int, int> ItemListView::visibleRows(int margin) const
+{
+    const int pitch = m_delegate->height() + spacingBetween;
+    const int first = (verticalOffset() - margin - padding) / pitch;
+    const int last = (verticalOffset() + viewport()->height() + margin - padding) / pitch;
+    return { std::max(0, first), std::min(m_model.rowCount(), last + 1) };
+}
+
+QRect ItemListView::visualRect(const QModelIndex &index) const
+{
+    return index.isValid() ? rowRect(index.row()) : QRect();
+}
+
+QModelIndex ItemListView::indexAt(const QPoint &point) const
+{
+    const int pitch = m_delegate->height() + spacingBetween;
+    const int y = point.y() + verticalOffset() - padding;
+    const int row = y / pitch;
+    if (y < 0 || row >= m_model.rowCount() || !rowRect(row).contains(point))
+        return {};
+    return m_model.index(row);
+}
+
+int ItemListView::verticalOffset() const
+{
+    return verticalScrollBar()->value();
+}
+
+void ItemListView::doItemsLayout()
+{
+    QAbstractItemView::doItemsLayout();
+}
+
+void ItemListView::updateGeometries()
+{
+    const int pitch = m_delegate->height() + spacingBetween;
+    const int contents
+        = m_model.rowCount() == 0 ? 0 : rowTop(m_model.rowCount()) + padding - spacingBetween;
+    verticalScrollBar()->setSingleStep(pitch / 2);
+    verticalScrollBar()->setPageStep(viewport()->height());
+    verticalScrollBar()->setRange(0, std::max(0, contents - viewport()->height()));
+    QAbstractItemView::updateGeometries();
+}
+
+void ItemListView::scrollContentsBy(int, int)
+{
+    setPointer(m_pointer);
+    viewport()->update();
+}
+
+void ItemListView::resizeEvent(QResizeEvent *event)
+{
+    QAbstractItemView::resizeEvent(event);
+    updateGeometries();
+}
+
+void ItemListView::changeEvent(QEvent *event)
+{
+    QListView::changeEvent(event);
+    switch (event->type()) {
+    case QEvent::FontChange:
+    case QEvent::StyleChange:
+    case QEvent::PaletteChange:
+    case QEvent::LayoutDirectionChange:
+        m_delegate->refresh();
+        updateGeometries();
+        break;
+    default:
+        break;
+    }
+}
+
+void ItemListView::scrollTo(const QModelIndex &index, ScrollHint)
+{
+    if (!index.isValid())
+        return;
+    QScrollBar *bar = verticalScrollBar();
+    const int top = rowTop(index.row()) - padding;
+    const int bottom = rowTop(index.row()) + m_delegate->height() + padding;
+    const int from = bar->value();
+    const int to = std::clamp(std::clamp(from, bottom - viewport()->height(),
+                                         std::max(top, bottom - viewport()->height())),
+                              bar->minimum(), bar->maximum());
+    if (to == from)
+        return;
+    if (m_motion == Motion::Reduced || !isVisible()) {
+        bar->setValue(to);
+        return;
+    }
+    m_scroll.begin(scrollDuration, AnimationCurve::EaseOut, [bar, from, to](double progress) {
+        bar->setValue(from + qRound((to - from) * progress));
+    });
+}
+
+void ItemListView::focusChanged()
+{
+    if (const auto focus = m_store.focus.value())
+        scrollTo(m_model.index(m_model.rowOf(*focus)));
+}
+
+void ItemListView::change(const QList<ShelfItem> &next)
+{
+    const auto before = m_model.items();
+    const double scrolledBefore = verticalOffset();
+    const auto changes = m_model.update(next);
+    doItemsLayout();
+    setPointer(m_pointer);
+    const bool moved = changes && std::ranges::any_of(*changes, [](const RowChange &change) {
+                           return change.kind != RowChange::Kind::Update;
+                       });
+    if (changes && !moved)
+        return;
+    // Another shelf, or most of the list: motion would only blur what is new.
+    const bool replaced = !changes
+        || (!before.isEmpty() && !next.isEmpty()
+            && changes->front() == RowChange { RowChange::Kind::Remove, 0, int(before.size()), 0 });
+    if (replaced || m_motion == Motion::Reduced || !isVisible())
+        stopMotion();
+    else
+        animate(before, *changes, scrolledBefore);
+}
+
+/// Every row starts from where it was seen last, new ones appear in their place,
+/// and those that left fade out in theirs.
+void ItemListView::animate(const QList<ShelfItem> &before, const RowChanges &changes,
+                           double scrolledBefore)
+{
+    const double reach = viewport()->height();
+    const auto seenAt
+        = [&](int row) { return rowTop(row) - scrolledBefore + shiftOf(before[row].id); };
+    std::vector<Ghost> ghosts;
+    for (const auto &ghost : m_ghosts)
+        ghosts.push_back({ ghost.item, ghost.top, ghost.opacity * remaining() });
+    for (const auto &change : changes) {
+        if (change.kind != RowChange::Kind::Remove)
+            continue;
+        for (int row = change.first; row < change.first + change.count; ++row) {
+            const double top = seenAt(row);
+            if (top > -m_delegate->height() && top < reach)
+                ghosts.push_back({ before[row], top, opacityOf(before[row].id) });
+        }
+    }
+    QHash<QUuid, double> shifts;
+    QHash<QUuid, double> fresh;
+    const auto [first, end] = visibleRows(viewport()->height());
+    for (int row = first; row < end; ++row) {
+        const auto &id = m_model.item(row).id;
+        const auto previous = previousRow(changes, row);
+        if (previous)
+            shifts.insert(id, std::clamp(seenAt(*previous) - rowRect(row).top(), -reach, reach));
+        const double opacity = previous ? opacityOf(id) : 0;
+        if (opacity < 1)
+            fresh.insert(id, opacity);
+    }
+    m_ghosts = std::move(ghosts);
+    m_shifts = std::move(shifts);
+    m_fresh = std::move(fresh);
+    m_changed = 0;
+    const auto step = [this](double progress) {
+        m_changed = progress;
+        viewport()->update();
+    };
+    m_change.begin(changeDuration, AnimationCurve::Spring, step, [this] { stopMotion(); });
+}
+
+double ItemListView::shown() const
+{
+    return std::min(m_changed, 1.0);
+}
+
+/// Gone by half of the way, before other rows take their place.
+double ItemListView::remaining() const
+{
+    return std::max(0.0, 1 - 2 * m_changed);
+}
+
+double ItemListView::shiftOf(const QUuid &id) const
+{
+    return m_shifts.value(id, 0) * (1 - m_changed);
+}
+
+double ItemListView::opacityOf(const QUuid &id) const
+{
+    const double from = m_fresh.value(id, 1);
+    return from + (1 - from) * shown();
+}
+
+void ItemListView::stopMotion()
+{
+    m_change.cancel();
+    m_changed = 1;
+    m_shifts.clear();
+    m_fresh.clear();
+    m_ghosts.clear();
+    viewport()->update();
+}
+
+RowLook ItemListView::lookOf(int row) const
+{
+    const auto &id = m_model.item(row).id;
+    RowLook look;
+    look.selected = m_store.selection.value().contains(id);
+    look.hovered = m_pointer && rowRect(row).contains(*m_pointer);
+    if (look.hovered) {
+        const bool pressed = m_press && m_press->part == Press::Part::Button && m_press->id == id;
+        look.button = !overButton(row) ? RowLook::Button::Shown
+            : pressed                  ? RowLook::Button::Pressed
+                                       : RowLook::Button::Hovered;
+    }
+    return look;
+}
+
+void ItemListView::paintEvent(QPaintEvent *event)
+{
+    QPainter painter(viewport());
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    for (const auto &ghost : m_ghosts) {
+        painter.setOpacity(ghost.opacity * remaining());
+        auto rect = rowRect(0);
+        rect.moveTop(qRound(ghost.top));
+        const bool selected = m_store.selection.value().contains(ghost.item.id);
+        m_delegate->paintRow(painter, rect, ghost.item, { selected, false, {} });
+    }
+    const auto [first, end] = visibleRows(m_changed != 1 ? viewport()->height() : 0);
+    for (int row = first; row < end; ++row) {
+        const auto &item = m_model.item(row);
+        const QRect rect = rowRect(row).translated(0, qRound(shiftOf(item.id)));
+        if (!rect.intersects(event->rect()))
+            continue;
+        painter.setOpacity(opacityOf(item.id));
+        m_delegate->paintRow(painter, rect, item, lookOf(row));
+    }
+}
+
+bool ItemListView::overButton(int row) const
+{
+    return m_pointer && m_delegate->buttonRect(rowRect(row)).contains(*m_pointer);
+}
+
+void ItemListView::setPointer(std::optional<QPoint> position)
+{
+    m_pointer = position;
+    viewport()->update();
+}
+
+bool ItemListView::viewportEvent(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::Leave:
+    case QEvent::Hide:
+        setPointer(std::nullopt);
+        break;
+    case QEvent::ToolTip: {
+        const auto *help = static_cast<QHelpEvent *>(event);
+        const auto index = indexAt(help->pos());
+        const auto button = m_delegate->buttonRect(visualRect(index));
+        if (index.isValid() && button.contains(help->pos()))
+            QToolTip::showText(help->globalPos(), m_texts.text(QStringLiteral("remove")),
+                               viewport(), button);
+        else
+            QToolTip::hideText();
+        return true;
+    }
+    default:
+        break;
+    }
+    return QListView::viewportEvent(event);
+}
+
+void ItemListView::mousePressEvent(QMouseEvent *event)
+{
+    beginPress(event, Press::Count::Single);
+}
+
+void ItemListView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    beginPress(event, Press::Count::Double);
+}
+
+void ItemListView::beginPress(QMouseEvent *event, Press::Count count)
+{
+    m_press.reset();
+    const QPoint at = event->position().toPoint();
+    setPointer(at);
+    const auto index = indexAt(at);
+    if (event->button() != Qt::LeftButton || !index.isValid()) {
+        event->ignore(); // The widget around the list may move the window by it.
+        return;
+    }
+    event->accept();
+    m_scroll.cancel();
+    const auto &id = m_model.item(index.row()).id;
+    if (overButton(index.row())) {
+        m_press = Press { Press::Part::Button, id, at, count };
+        return;
+    }
+    m_press = Press { Press::Part::Row, id, at, count };
+    m_store.pressedID = id;
+}
+
+void ItemListView::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint at = event->position().toPoint();
+    setPointer(at);
+    if (m_press && QLineF(m_press->at, at).length() >= dragDistance)
+        m_press->moved = true;
+    event->setAccepted(m_press.has_value());
+}
+
+void ItemListView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || !m_press) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    setPointer(event->position().toPoint());
+    const Press press = *m_press;
+    m_press.reset();
+    endPress(press, event);
+}
+
+void ItemListView::endPress(const Press &press, QMouseEvent *event)
+{
+    const auto index = indexAt(event->position().toPoint());
+    if (!index.isValid() || m_model.item(index.row()).id != press.id)
+        return;
+    if (press.part == Press::Part::Button) {
+        m_lastClicked.reset();
+        if (overButton(index.row()))
+            m_store.removeIds({ press.id });
+        return;
+    }
+    if (press.moved)
+        return;
+    if (press.count == Press::Count::Double && m_lastClicked == press.id) {
+        m_lastClicked.reset();
+        const ShelfItem item = m_model.item(index.row());
+        if (onActivate)
+            onActivate(item);
+        return;
+    }
+    m_lastClicked = press.id;
+    m_store.click(press.id, eventModifiers(event->modifiers()));
+}
+
+void ItemListView::wheelEvent(QWheelEvent *event)
+{
+    m_scroll.cancel();
+    QAbstractItemView::wheelEvent(event);
+}
+
+void ItemListView::keyPressEvent(QKeyEvent *event)
+{
+    event->ignore();
+}

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "base/Ticket.h"
+#include "panel/Animation.h"
+#include "platform/Modifiers.h"
+#include "views/ItemListModel.h"
+#include "views/ItemRowDelegate.h"
+#include "views/Motion.h"
+
+#include <QHash>
+#include <QListView>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+class Localizer;
+class MainQueue;
+class ShelfStore;
+
+/// EventModifier bits of a Qt event.
+Modifiers eventModifiers(Qt::KeyboardModifiers modifiers);
+
+/// The list of entries: rows of one height, their mouse behaviour, and the short
+/// motion with which changes of the list are shown. It handles no keys, and a
+/// press outside the rows is left to the widget around it.
+///
+/// Rows lie where arithmetic puts them, so that a list of any length costs only
+/// what is visible.
+class ItemListView final : public QListView
+{
+public:
+    ItemListView(ShelfStore &store, const Localizer &texts, Icons &icons, Symbols &symbols,
+                 MainQueue &queue, QWidget *parent = nullptr);
+
+    /// A double click on a row.
+    std::function<void(const ShelfItem &)> onActivate;
+
+    void setMotion(Motion motion) { m_motion = motion; }
+
+    QRect visualRect(const QModelIndex &index) const override;
+    QModelIndex indexAt(const QPoint &point) const override;
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
+    void doItemsLayout() override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void updateGeometries() override;
+    void scrollContentsBy(int dx, int dy) override;
+    int verticalOffset() const override;
+    int horizontalOffset() const override { return 0; }
+
+    bool viewportEvent(QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    /// A left press on a row, until its release.
+    struct Press
+    {
+        enum class Part { Row, Button };
+        enum class Count { Single, Double };
+
+        Part part = Part::Row;
+        QUuid id;
+        QPoint at;
+        Count count = Count::Single;
+        bool moved = false;
+    };
+
+    /// A row that left and still fades, where it stood in the viewport.
+    struct Ghost
+    {
+        ShelfItem item;
+        double top = 0;
+        double opacity = 1; // When its fading began.
+    };
+
+    int rowTop(int row) const; // In the contents.
+    QRect rowRect(int row) const; // In the viewport.
+    std::pair<int, int> visibleRows(int margin) const; // First and one past the last.
+    RowLook lookOf(int row) const;
+
+    void change(const QList<ShelfItem> &next);
+    void animate(const QList<ShelfItem> &before, const RowChanges &changes, double scrolledBefore);
+    double shown() const; // How far new rows have appeared.
+    double remaining() const; // What is left of rows that went.
+    double shiftOf(const QUuid &id) const;
+    double opacityOf(const QUuid &id) const;
+    void stopMotion();
+    void focusChanged();
+
+    void beginPress(QMouseEvent *event, Press::Count count);
+    void endPress(const Press &press, QMouseEvent *event);
+    void setPointer(std::optional<QPoint> position);
+    bool overButton(int row) const;
+
+    ShelfStore &m_store;
+    const Localizer &m_texts;
+    MainQueue &m_queue;
+    ItemListModel m_model;
+    ItemRowDelegate *m_delegate;
+    Motion m_motion = Motion::Full;
+
+    std::optional<QPoint> m_pointer; // In the viewport, while it is there.
+    std::optional<Press> m_press;
+    std::optional<QUuid> m_lastClicked; // A double click counts where both clicks hit one row.
+
+    Animation m_change;
+    double m_changed = 1; // How far the rows are on their way; a little beyond 1 at times.
+    QHash<QUuid, double> m_shifts; // Distance from its place that a row starts at.
+    QHash<QUuid, double> m_fresh; // Opacity that a row which appears starts from.
+    std::vector<Ghost> m_ghosts;
+    Animation m_scroll;
+
+    std::vector<Ticket> m_subscriptions;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+};

@@ -1,0 +1,190 @@
+#include "views/ItemRowDelegate.h"
+
+#include "platform/Icons.h"
+#include "views/ItemListModel.h"
+#include "views/Look.h"
+#include "views/Symbols.h"
+
+#include <QPainter>
+#include <QStyleOptionViewItem>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int sidePadding = 9;
+constexpr int endPadding = 6; // Above and below.
+constexpr int iconSize = 32;
+constexpr int gap = 9; // Between icon and text.
+constexpr int lineGap = 1;
+constexpr int buttonSize = 15;
+constexpr int buttonArea = 22; // What takes presses is larger than what is drawn.
+constexpr double radius = 8;
+constexpr qsizetype longestText = 600; // More than any row can show; the middle goes first anyway.
+constexpr int rowsKept = 300;
+
+/// One line: no line breaks, and not longer than a row could ever show.
+QString singleLine(QString text)
+{
+    if (text.size() > longestText)
+        text = text.first(longestText / 2) + u'…' + text.last(longestText / 2);
+    for (QChar &c : text) {
+        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator
+            || c == QChar::ParagraphSeparator)
+            c = u' ';
+    }
+    return text;
+}
+
+bool sameContent(const ShelfItem &one, const ShelfItem &other)
+{
+    return one.url == other.url && one.preview == other.preview && one.link == other.link;
+}
+
+}
+
+ItemRowDelegate::ItemRowDelegate(const ItemListModel &model, Icons &icons, Symbols &symbols,
+                                 QWidget &view)
+    : QAbstractItemDelegate(&view)
+    , m_model(model)
+    , m_icons(icons)
+    , m_symbols(symbols)
+    , m_view(view)
+    , m_prepared(rowsKept)
+{
+    refresh();
+}
+
+void ItemRowDelegate::refresh()
+{
+    m_titleFont = Look::font(m_view.font(), 12.5, QFont::Medium);
+    m_subtitleFont = Look::font(m_view.font(), 10);
+    m_titleHeight = QFontMetrics(m_titleFont).height();
+    m_subtitleHeight = QFontMetrics(m_subtitleFont).height();
+    m_height = std::max(iconSize, m_titleHeight + lineGap + m_subtitleHeight) + 2 * endPadding;
+    m_prepared.clear();
+}
+
+QRect ItemRowDelegate::buttonRect(const QRect &row) const
+{
+    // The drawn circle ends where the padding begins.
+    const int right = row.right() + 1 - sidePadding + (buttonArea - buttonSize) / 2;
+    return mirrored(
+        { right - buttonArea, row.top() + (row.height() - buttonArea) / 2, buttonArea, buttonArea },
+        row);
+}
+
+QRect ItemRowDelegate::mirrored(const QRect &rect, const QRect &row) const
+{
+    return QStyle::visualRect(m_view.layoutDirection(), row, rect);
+}
+
+void ItemRowDelegate::paintRow(QPainter &painter, const QRect &row, const ShelfItem &item,
+                               const RowLook &look)
+{
+    const QPalette &palette = m_view.palette();
+    if (look.selected || look.hovered) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(look.selected ? Look::faded(palette.color(QPalette::Highlight), 0.2)
+                                       : Look::faded(Look::text(palette), 0.07));
+        painter.drawRoundedRect(row, radius, radius);
+    }
+    const int textLeft = row.left() + sidePadding + iconSize + gap;
+    const int buttonRoom = look.button == RowLook::Button::Hidden ? 0 : buttonSize + 6;
+    const QRect text(textLeft, row.top(), row.right() + 1 - sidePadding - buttonRoom - textLeft,
+                     row.height());
+    const auto &content = prepared(item, text.width(), Look::pixelRatio(painter));
+
+    const QRect icon = mirrored(
+        { row.left() + sidePadding, row.top() + (row.height() - iconSize) / 2, iconSize, iconSize },
+        row);
+    const QSizeF iconExtent = content.icon.deviceIndependentSize();
+    painter.drawPixmap(QPointF(icon.left() + (iconSize - iconExtent.width()) / 2,
+                               icon.top() + (iconSize - iconExtent.height()) / 2),
+                       content.icon);
+    paintText(painter, mirrored(text, row), content);
+    if (look.button != RowLook::Button::Hidden)
+        paintButton(painter, row, look.button);
+}
+
+void ItemRowDelegate::paintText(QPainter &painter, const QRect &area, const Prepared &content) const
+{
+    const bool rightAligned = m_view.layoutDirection() == Qt::RightToLeft;
+    const auto leftOf = [&](const QStaticText &text) {
+        return rightAligned ? area.right() + 1 - text.size().width() : double(area.left());
+    };
+    const int block = m_titleHeight + lineGap + m_subtitleHeight;
+    const int top = area.top() + (area.height() - block) / 2;
+    painter.setPen(Look::text(m_view.palette()));
+    painter.setFont(m_titleFont);
+    painter.drawStaticText(QPointF(leftOf(content.title), top), content.title);
+    painter.setPen(Look::secondary(m_view.palette()));
+    painter.setFont(m_subtitleFont);
+    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + m_titleHeight + lineGap),
+                           content.subtitle);
+}
+
+void ItemRowDelegate::paintButton(QPainter &painter, const QRect &row, RowLook::Button button)
+{
+    const QPalette &palette = m_view.palette();
+    QColor color = Look::secondary(palette);
+    if (button == RowLook::Button::Hovered)
+        color = Look::faded(Look::text(palette), 0.85);
+    else if (button == RowLook::Button::Pressed)
+        color = Look::text(palette);
+    m_symbols.paint(painter, Symbol::Remove, buttonRect(row), buttonSize, color);
+}
+
+const ItemRowDelegate::Prepared &ItemRowDelegate::prepared(const ShelfItem &item, int width,
+                                                           double ratio)
+{
+    Prepared *known = m_prepared.object(item.id);
+    if (known && known->width == width && known->ratio == ratio && sameContent(known->source, item))
+        return *known;
+    const bool keepIcon = known && known->ratio == ratio && sameContent(known->source, item);
+
+    auto *fresh = new Prepared { item, width, ratio, {}, {}, {} }; // The cache owns it.
+    const QString title = singleLine(itemTitle(item));
+    fresh->title = shaped(title, m_titleFont, width,
+                          title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    // Paths and addresses read from the left in every language.
+    fresh->subtitle
+        = shaped(singleLine(itemSubtitle(item)), m_subtitleFont, width, Qt::LeftToRight);
+    if (keepIcon) {
+        fresh->icon = known->icon;
+    } else {
+        const QIcon icon = item.link ? m_icons.forWebLocation() : m_icons.forFile(item.url);
+        fresh->icon = icon.pixmap(QSize(iconSize, iconSize), ratio);
+    }
+    m_prepared.insert(item.id, fresh);
+    return *fresh;
+}
+
+QStaticText ItemRowDelegate::shaped(const QString &text, const QFont &font, int width,
+                                    Qt::LayoutDirection direction) const
+{
+    QStaticText result(QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, std::max(width, 0)));
+    result.setTextFormat(Qt::PlainText);
+    QTextOption option;
+    option.setTextDirection(direction);
+    option.setWrapMode(QTextOption::NoWrap);
+    result.setTextOption(option);
+    result.setPerformanceHint(QStaticText::AggressiveCaching);
+    result.prepare({}, font);
+    return result;
+}
+
+void ItemRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                            const QModelIndex &index) const
+{
+    const RowLook look { option.state.testFlag(QStyle::State_Selected),
+                         option.state.testFlag(QStyle::State_MouseOver), RowLook::Button::Hidden };
+    const_cast<ItemRowDelegate *>(this)->paintRow(*painter, option.rect, m_model.item(index.row()),
+                                                  look);
+}
+
+QSize ItemRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
+{
+    return { option.rect.width(), m_height };
+}

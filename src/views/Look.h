@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPainter>
+#include <QPalette>
+#include <QTransform>
+
+/// Shades and sizes that all views share, derived from what the desktop gives.
+namespace Look {
+
+inline QColor faded(QColor color, double opacity)
+{
+    color.setAlphaF(static_cast<float>(color.alphaF() * opacity));
+    return color;
+}
+
+/// That share of one opaque colour over the other.
+inline QColor blended(const QColor &over, const QColor &under, double share)
+{
+    const auto mix
+        = [share](int one, int other) { return qRound(one * share + other * (1 - share)); };
+    return QColor(mix(over.red(), under.red()), mix(over.green(), under.green()),
+                  mix(over.blue(), under.blue()));
+}
+
+inline QColor text(const QPalette &palette)
+{
+    return palette.color(QPalette::WindowText);
+}
+
+/// For what comes second: still five to one against the window in common palettes.
+inline QColor secondary(const QPalette &palette)
+{
+    return faded(text(palette), 0.66);
+}
+
+/// Device pixels in a point, also where a widget paints into a picture.
+inline double pixelRatio(const QPainter &painter)
+{
+    return painter.deviceTransform().m11();
+}
+
+/// A font whose size is given in units of 1/72 inch on a desktop of 72 dots per inch.
+inline QFont font(const QFont &base, double size, QFont::Weight weight = QFont::Normal)
+{
+    QFont result = base;
+    result.setPointSizeF(size * 0.75);
+    result.setWeight(weight);
+    return result;
+}
+
+}

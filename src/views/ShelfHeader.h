@@ -1,0 +1,44 @@
+#pragma once
+
+#include "views/DragHandle.h"
+
+#include <QWidget>
+
+class IconButton;
+class Localizer;
+
+/// The panel's upper edge: the shelf's title, the drag handle, and the buttons
+/// that clear the shelf and close the panel.
+class ShelfHeader final : public QWidget
+{
+public:
+    ShelfHeader(Symbols &symbols, DragSession &session, Icons &icons, const Localizer &texts,
+                QWidget *parent);
+
+    struct Content
+    {
+        QString title;
+        DragHandle::Carries carries = DragHandle::Carries::Everything;
+        int count = 0; // What the handle would drag.
+        bool empty = true; // Then neither the handle nor the clear button shows.
+    };
+    /// Also takes the texts anew, in the language of the moment.
+    void setContent(const Content &content);
+
+    HandleDrag &drag() { return m_handle->drag(); }
+
+    std::function<void()> onClear;
+    std::function<void()> onClose;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QRect titleArea() const;
+
+    const Localizer &m_texts;
+    QString m_title;
+    DragHandle *m_handle;
+    IconButton *m_clear;
+    IconButton *m_close;
+};

@@ -1,0 +1,236 @@
+#include "views/ShelfView.h"
+
+#include "app/settings/AppSettings.h"
+#include "app/settings/Localizer.h"
+#include "dragdrop/DroppedFiles.h"
+#include "store/QuickLookController.h"
+#include "store/ShelfStore.h"
+#include "views/DropOutline.h"
+#include "views/EmptyState.h"
+#include "views/ItemListView.h"
+#include "views/ShelfHeader.h"
+#include "views/Toast.h"
+
+#include <QMouseEvent>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace {
+
+constexpr QSize smallest(210, 240);
+constexpr double dragDistance = 3; // A shorter move of a press is a click.
+constexpr double appearDuration = 0.2;
+
+}
+
+ShelfView::ShelfView(ShelfStore &store, AppSettings &settings, const Localizer &texts,
+                     QuickLookController &ql, Icons &icons, DragSession &session, MainQueue &queue,
+                     const QString &resources, QWidget *parent)
+    : QWidget(parent)
+    , m_store(store)
+    , m_settings(settings)
+    , m_texts(texts)
+    , m_ql(ql)
+    , m_queue(queue)
+    , m_symbols(resources + QStringLiteral("/icons"))
+    , m_header(new ShelfHeader(m_symbols, session, icons, texts, this))
+    , m_content(new QStackedWidget(this))
+    , m_list(new ItemListView(store, texts, icons, m_symbols, queue, m_content))
+    , m_empty(new EmptyState(m_symbols, m_content))
+    , m_outline(new DropOutline(queue, this))
+    , m_toast(new Toast(queue, this))
+    , m_appear(queue)
+{
+    setMinimumSize(smallest);
+    // The keyboard comes here first, not to a button that a stray space would press.
+    setFocusPolicy(Qt::StrongFocus);
+    m_content->addWidget(m_list);
+    m_content->addWidget(m_empty);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_header);
+    column->addWidget(m_content, 1);
+    m_list->onActivate = [this](const ShelfItem &item) {
+        if (onActivate)
+            onActivate(item);
+    };
+    connectHeader();
+    subscribe();
+    refresh();
+    setFocus();
+}
+
+ShelfView::~ShelfView() = default;
+
+void ShelfView::connectHeader()
+{
+    m_header->onClear = [this] { m_store.clear(); };
+    m_header->onClose = [this] {
+        if (onClose)
+            onClose();
+    };
+    m_header->drag().urls = [this] {
+        QList<QUrl> urls;
+        for (const auto &item : dragOutItems())
+            urls.append(item.link.value_or(item.url));
+        return urls;
+    };
+    m_header->drag().onDraggedOut = [this](const QList<QUrl> &urls) {
+        if (onDraggedOut)
+            onDraggedOut(urls);
+    };
+}
+
+void ShelfView::subscribe()
+{
+    const auto refreshOn = [this](auto &observable) {
+        m_subscriptions.push_back(
+            observable.subscribe([this](const auto &) { refreshSoon(); }, Deliver::ChangesOnly));
+    };
+    refreshOn(m_store.items);
+    refreshOn(m_store.selection);
+    refreshOn(m_store.shelves);
+    refreshOn(m_store.currentID);
+    refreshOn(m_settings.language);
+    m_subscriptions.push_back(m_store.notice.subscribe(
+        [this](const std::optional<ShelfNotice> &notice) {
+            if (notice)
+                showToast(notice->text);
+        },
+        Deliver::ChangesOnly));
+}
+
+/// Subscribers are told before the value is stored, and one operation tells of
+/// several: all of it is shown once, afterwards.
+void ShelfView::refreshSoon()
+{
+    if (m_refreshPending)
+        return;
+    m_refreshPending = true;
+    m_queue.post([this, alive = std::weak_ptr(m_alive)] {
+        if (!alive.lock())
+            return;
+        m_refreshPending = false;
+        refresh();
+    });
+}
+
+void ShelfView::refresh()
+{
+    const bool selected = !m_store.selectedItems().isEmpty();
+    m_header->setContent(
+        { m_store.currentTitle(),
+          selected ? DragHandle::Carries::Selection : DragHandle::Carries::Everything,
+          static_cast<int>(dragOutItems().size()), m_store.items.value().isEmpty() });
+    m_empty->setTexts(m_texts.text(QStringLiteral("empty_drop")),
+                      m_texts.text(QStringLiteral("empty_hint")));
+    m_list->setAccessibleName(m_store.currentTitle());
+    showContent();
+    syncQL();
+}
+
+void ShelfView::showContent()
+{
+    QWidget *next = m_store.items.value().isEmpty() ? static_cast<QWidget *>(m_empty) : m_list;
+    if (m_content->currentWidget() == next)
+        return;
+    m_content->setCurrentWidget(next);
+    if (next != m_empty || m_motion == Motion::Reduced || !isVisible()) {
+        m_appear.cancel();
+        m_empty->setOpacity(1);
+        return;
+    }
+    m_empty->setOpacity(0);
+    m_appear.begin(appearDuration, AnimationCurve::EaseOut,
+                   [this](double progress) { m_empty->setOpacity(progress); });
+}
+
+void ShelfView::setMotion(Motion motion)
+{
+    m_motion = motion;
+    m_list->setMotion(motion);
+    m_outline->setMotion(motion);
+    m_toast->setMotion(motion);
+}
+
+void ShelfView::setTargeted(bool targeted)
+{
+    m_outline->setShown(targeted);
+    m_empty->setTargeted(targeted);
+}
+
+void ShelfView::handleDrop(const ItemProviders &providers)
+{
+    ::handleDrop(providers, m_store, m_queue, m_alive);
+}
+
+void ShelfView::showToast(const QString &text)
+{
+    m_toast->showText(text);
+}
+
+std::optional<QString> ShelfView::toastText() const
+{
+    return m_toast->text();
+}
+
+QList<ShelfItem> ShelfView::dragOutItems() const
+{
+    auto selected = m_store.selectedItems();
+    return selected.isEmpty() ? m_store.items.value() : selected;
+}
+
+void ShelfView::syncQL()
+{
+    const auto &items = m_store.items.value();
+    const auto selected = m_store.selectedItems();
+    m_ql.urls.clear();
+    m_ql.startIndex = 0;
+    for (const auto &item : selected.size() < 2 ? items : selected)
+        m_ql.urls.append(item.url);
+    if (selected.size() == 1) {
+        const auto place = std::ranges::find(items, selected.first().id, &ShelfItem::id);
+        m_ql.startIndex = static_cast<int>(place - items.begin());
+    }
+}
+
+void ShelfView::resizeEvent(QResizeEvent *)
+{
+    m_outline->setGeometry(rect());
+    m_toast->place();
+}
+
+void ShelfView::mousePressEvent(QMouseEvent *event)
+{
+    m_isMoving = false;
+    m_backgroundPress.reset();
+    if (event->button() == Qt::LeftButton)
+        m_backgroundPress = event->position().toPoint();
+    else
+        event->ignore();
+}
+
+void ShelfView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!m_backgroundPress || m_isMoving || !(event->buttons() & Qt::LeftButton))
+        return;
+    if (QLineF(*m_backgroundPress, event->position()).length() < dragDistance)
+        return;
+    m_isMoving = true;
+    if (onMoveWindow)
+        onMoveWindow();
+}
+
+void ShelfView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || !m_backgroundPress)
+        return;
+    const QPoint press = *m_backgroundPress;
+    m_backgroundPress.reset();
+    if (!m_isMoving && m_content->currentWidget() == m_list
+        && m_content->geometry().contains(press))
+        m_store.deselectAll();
+}

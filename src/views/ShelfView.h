@@ -1,0 +1,98 @@
+#pragma once
+
+#include "base/Ticket.h"
+#include "panel/Animation.h"
+#include "platform/DropTarget.h"
+#include "store/ShelfItem.h"
+#include "views/Motion.h"
+#include "views/Symbols.h"
+
+#include <QList>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class AppSettings;
+class DragSession;
+class DropOutline;
+class EmptyState;
+class Icons;
+class ItemListView;
+class Localizer;
+class MainQueue;
+class QStackedWidget;
+class ShelfHeader;
+class ShelfStore;
+class Toast;
+struct QuickLookController;
+
+/// The content of the panel: header, list or empty state, and above them the
+/// toast and the outline of a drop. It shows what store and settings hold and
+/// turns gestures into their operations; what is its own vanishes with it.
+class ShelfView final : public QWidget
+{
+public:
+    /// resources: the folder that holds the program's icons.
+    ShelfView(ShelfStore &store, AppSettings &settings, const Localizer &texts,
+              QuickLookController &ql, Icons &icons, DragSession &session, MainQueue &queue,
+              const QString &resources, QWidget *parent = nullptr);
+    ~ShelfView() override;
+
+    /// A drag that would be taken hovers over the panel, or no longer does.
+    void setTargeted(bool targeted);
+    void handleDrop(const ItemProviders &providers);
+    void showToast(const QString &text);
+    /// The selected entries, or all of them where none is selected.
+    QList<ShelfItem> dragOutItems() const;
+    /// Brings what the preview would show in line with the store.
+    void syncQL();
+    void setMotion(Motion motion);
+
+    std::function<void()> onClose;
+    /// The background was dragged: the window is to follow the pointer.
+    std::function<void()> onMoveWindow;
+    /// What a target took from the header's handle.
+    std::function<void(const QList<QUrl> &)> onDraggedOut;
+    /// A double click on an entry.
+    std::function<void(const ShelfItem &)> onActivate;
+
+    std::optional<QString> toastText() const;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void connectHeader();
+    void subscribe();
+    void refreshSoon();
+    void refresh();
+    void showContent();
+
+    ShelfStore &m_store;
+    AppSettings &m_settings;
+    const Localizer &m_texts;
+    QuickLookController &m_ql;
+    MainQueue &m_queue;
+    Symbols m_symbols;
+
+    ShelfHeader *m_header;
+    QStackedWidget *m_content;
+    ItemListView *m_list;
+    EmptyState *m_empty;
+    DropOutline *m_outline;
+    Toast *m_toast;
+
+    Motion m_motion = Motion::Full;
+    Animation m_appear; // Of the empty state.
+    std::optional<QPoint> m_backgroundPress;
+    bool m_isMoving = false; // The window follows the pointer until the next press.
+    bool m_refreshPending = false;
+    std::vector<Ticket> m_subscriptions;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+};

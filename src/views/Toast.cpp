@@ -1,0 +1,141 @@
+#include "views/Toast.h"
+
+#include "views/Look.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QEvent>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+
+constexpr double duration = 2.0;
+constexpr double fadeDuration = 0.2;
+constexpr int edge = 12; // Between the toast and its parent's edges.
+constexpr int sidePadding = 12;
+constexpr int endPadding = 7;
+constexpr int rise = 6; // It comes up that far while it appears.
+constexpr int mostLines = 3;
+constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
+
+QAccessibleInterface *accessibleToast(const QString &className, QObject *object)
+{
+    if (className != QLatin1String(Toast::staticMetaObject.className()))
+        return nullptr;
+    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Notification);
+}
+
+/// Cut to what the lines can hold, with breaks where a word is longer than a line.
+QString fitted(QString text, const QFontMetrics &metrics, int width)
+{
+    constexpr qsizetype longest = 400;
+    text = text.left(longest).simplified();
+    for (auto &word : text.split(u' ')) {
+        if (metrics.horizontalAdvance(word) > width)
+            text.replace(word, metrics.elidedText(word, Qt::ElideMiddle, width));
+    }
+    const auto fits = [&](const QString &part) {
+        const QRect room(0, 0, width, 10000);
+        return metrics.boundingRect(room, textFlags, part).height()
+            <= mostLines * metrics.lineSpacing();
+    };
+    if (fits(text))
+        return text;
+    while (!text.isEmpty() && !fits(text + u'…'))
+        text.chop(1);
+    return text.trimmed() + u'…';
+}
+
+}
+
+Toast::Toast(MainQueue &queue, QWidget *parent)
+    : QWidget(parent)
+    , m_queue(queue)
+    , m_fade(queue)
+{
+    [[maybe_unused]] static const bool installed
+        = (QAccessible::installFactory(accessibleToast), true);
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    hide();
+}
+
+QFont Toast::textFont() const
+{
+    return Look::font(font(), 11.5, QFont::Medium);
+}
+
+void Toast::showText(const QString &text)
+{
+    m_text = text;
+    m_timers.push_back(m_queue.after(duration, [this, text] { expire(text); }));
+    setAccessibleName(text);
+    show();
+    place();
+    raise();
+    fadeTo(1);
+}
+
+void Toast::expire(const QString &text)
+{
+    m_timers.pop_front();
+    if (m_text != text)
+        return;
+    m_text.reset();
+    fadeTo(0);
+}
+
+void Toast::fadeTo(double opacity)
+{
+    const double from = m_opacity;
+    const auto finish = [this, opacity] {
+        m_opacity = opacity;
+        setVisible(opacity > 0);
+        update();
+    };
+    if (m_motion == Motion::Reduced || from == opacity) {
+        m_fade.cancel();
+        finish();
+        return;
+    }
+    const auto step = [this, from, opacity](double progress) {
+        m_opacity = from + (opacity - from) * progress;
+        update();
+    };
+    m_fade.begin(fadeDuration, AnimationCurve::EaseOut, step, finish);
+}
+
+void Toast::place()
+{
+    const QFontMetrics metrics(textFont());
+    const int room = parentWidget()->width() - 2 * edge - 2 * sidePadding;
+    if (m_text)
+        m_painted = fitted(*m_text, metrics, room);
+    const QRect text = metrics.boundingRect(QRect(0, 0, room, 10000), textFlags, m_painted);
+    const QSize size(text.width() + 2 * sidePadding, text.height() + 2 * endPadding + rise);
+    setGeometry((parentWidget()->width() - size.width()) / 2,
+                parentWidget()->height() - edge - size.height(), size.width(), size.height());
+}
+
+void Toast::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange && isVisible())
+        place();
+}
+
+void Toast::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setOpacity(m_opacity);
+    const QRectF shape(0, rise * (1 - m_opacity), width(), height() - rise);
+    painter.setPen(Qt::NoPen);
+    // The palette turned over: it stands out on both light and dark panels.
+    painter.setBrush(Look::blended(Look::text(palette()), palette().color(QPalette::Window), 0.88));
+    painter.drawRoundedRect(shape, 12, 12);
+    painter.setPen(palette().color(QPalette::Window));
+    painter.setFont(textFont());
+    painter.drawText(shape, textFlags, m_painted);
+}

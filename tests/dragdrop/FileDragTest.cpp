@@ -1,0 +1,144 @@
+#include "dragdrop/FileDrag.h"
+#include "platform/fake/FakeDragSession.h"
+#include "platform/fake/FakeIcons.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const QUrl fileUrl(QStringLiteral("file:///a"));
+const QUrl webUrl(QStringLiteral("https://example.org/"));
+
+struct RowWorld
+{
+    FakeDragSession session;
+    FakeIcons icons;
+    RowDrag drag { session, icons };
+    std::optional<QList<QUrl>> pressed = QList { fileUrl, webUrl };
+    int presses = 0;
+    QList<QUrl> out;
+
+    RowWorld()
+    {
+        drag.beginPress = [this] { ++presses; };
+        drag.dragURLs = [this] { return pressed; };
+        drag.onDraggedOut = [this](const QList<QUrl> &urls) { out = urls; };
+    }
+    bool down(double x, double y) { return drag.routeRowDrag(WindowButtonEvent::LeftDown, { x, y }); }
+    bool move(double x, double y)
+    {
+        return drag.routeRowDrag(WindowButtonEvent::LeftDragged, { x, y });
+    }
+    bool up() { return drag.routeRowDrag(WindowButtonEvent::LeftUp, {}); }
+};
+
+}
+
+TEST(FileDragTest, IconsFanOutDownAndRightAndOnlyEightAreDrawn)
+{
+    FakeDragSession session;
+    FakeIcons icons;
+    FileDrag::begin({}, session, icons, { 100, 50 }, [](bool) { FAIL(); });
+    EXPECT_TRUE(session.begun.empty());
+
+    FileDrag::begin(QList<QUrl>(1, webUrl) + QList<QUrl>(9, fileUrl), session, icons, { 100, 50 },
+                    [](bool) {});
+    ASSERT_EQ(session.begun.size(), 1U);
+    const auto &items = session.begun[0].items;
+    ASSERT_EQ(items.size(), 10);
+    EXPECT_EQ(items[0].frame, QRectF(80, 30, 40, 40));
+    EXPECT_EQ(items[2].frame, QRectF(88, 38, 40, 40));
+    const auto colour = [&](qsizetype i) {
+        return items[i].icon.pixmap(40).toImage().pixelColor(0, 0);
+    };
+    EXPECT_EQ(colour(0), QColor(Qt::blue));
+    EXPECT_EQ(colour(7), QColor(Qt::darkGreen));
+    EXPECT_TRUE(items[8].icon.isNull());
+}
+
+TEST(RowDragTest, ADragBeginsThreePointsFromThePressAndIsTheOnlyOne)
+{
+    RowWorld w;
+    EXPECT_FALSE(w.down(10, 10)); // The row must get the press.
+    EXPECT_EQ(w.presses, 1);
+    EXPECT_TRUE(w.move(12.9, 10)); // Swallowed: nothing starts, nothing scrolls.
+    EXPECT_TRUE(w.session.begun.empty());
+    EXPECT_TRUE(w.move(10, 13));
+    EXPECT_TRUE(w.move(40, 40));
+    ASSERT_EQ(w.session.begun.size(), 1U);
+    EXPECT_EQ(w.session.begun[0].at, QPointF(10, 10));
+
+    EXPECT_FALSE(w.up());
+    w.down(0, 0);
+    w.move(0, 5);
+    EXPECT_EQ(w.session.begun.size(), 2U);
+}
+
+TEST(RowDragTest, APressOutsideAllRowsDragsNothing)
+{
+    RowWorld w;
+    w.pressed.reset();
+    w.down(10, 10);
+    EXPECT_FALSE(w.move(200, 200));
+    w.drag.dragURLs = nullptr;
+    EXPECT_FALSE(w.move(200, 200));
+    EXPECT_TRUE(w.session.begun.empty());
+}
+
+TEST(RowDragTest, OnlyWhatATargetTookCountsAsDraggedOut)
+{
+    for (const bool accepted : { false, true }) {
+        SCOPED_TRACE(accepted);
+        RowWorld w;
+        w.down(0, 0);
+        w.move(5, 0);
+        w.pressed = QList { webUrl }; // Another selection by the time the drag ends.
+        w.session.begun.at(0).onEnd(accepted);
+        EXPECT_EQ(w.out, accepted ? QList({ fileUrl, webUrl }) : QList<QUrl>());
+    }
+}
+
+TEST(RowDragTest, ADragMayEndAfterItsPanel)
+{
+    FakeDragSession session;
+    bool out = false;
+    {
+        FakeIcons icons;
+        RowDrag drag(session, icons);
+        drag.dragURLs = [] { return QList { fileUrl }; };
+        drag.onDraggedOut = [&](const QList<QUrl> &) { out = true; };
+        drag.routeRowDrag(WindowButtonEvent::LeftDown, {});
+        drag.routeRowDrag(WindowButtonEvent::LeftDragged, { 3, 0 });
+    }
+    session.begun.at(0).onEnd(true);
+    EXPECT_FALSE(out);
+}
+
+TEST(HandleDragTest, OneDragForEachPressWithWhatIsThereWhenItBegins)
+{
+    FakeDragSession session;
+    FakeIcons icons;
+    HandleDrag handle(session, icons);
+    QList<QUrl> list { fileUrl };
+    QList<QUrl> out;
+    handle.urls = [&] { return list; };
+    handle.onDraggedOut = [&](const QList<QUrl> &urls) { out = urls; };
+
+    handle.mouseDragged({ 50, 50 }); // No press before it.
+    handle.mouseDown({ 0, 0 });
+    handle.mouseDragged({ 2, 2 });
+    EXPECT_TRUE(session.begun.empty());
+    list = { fileUrl, webUrl };
+    handle.mouseDragged({ 0, 3 });
+    handle.mouseDragged({ 0, 30 });
+    ASSERT_EQ(session.begun.size(), 1U);
+    session.begun[0].onEnd(false);
+    EXPECT_TRUE(out.isEmpty());
+    session.begun[0].onEnd(true);
+    EXPECT_EQ(out, list);
+
+    handle.mouseDown({ 0, 0 });
+    handle.mouseUp();
+    handle.mouseDragged({ 9, 9 });
+    EXPECT_EQ(session.begun.size(), 1U);
+}

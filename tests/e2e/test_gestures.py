@@ -1,0 +1,146 @@
+"""When the panel comes up, when it does not, and when it goes."""
+import time
+
+import pytest
+
+from desktop import wait_for
+from peers import Editor, FileManager, source, uri_list
+
+main = pytest.mark.main
+
+
+def file_source(desktop, **options):
+    path = desktop.write(desktop.home / "file.txt", "content")
+    return source(desktop, {"text/uri-list": uri_list(path)}, **options)
+
+
+def assert_stays_down(shelf, seconds=0.8):
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        assert not shelf.panel_is_up(), "the panel came up"
+        time.sleep(0.02)
+
+
+@main
+def test_the_panel_goes_when_nothing_was_dropped(desktop, shelf):
+    thunar = FileManager(desktop, "thunar", desktop.write(desktop.home / "from/a.txt", "x").parent)
+    for _ in range(2):
+        desktop.begin_drag(*thunar.icons()[0].centre)
+        wait_for(shelf.panel_is_up, 3, "the panel to come up")
+        desktop.glide(700, 700)
+        time.sleep(0.5)
+        assert shelf.panel_is_up(), "the panel went before the drag ended"
+        desktop.release()
+        released = time.monotonic()
+        wait_for(lambda: not shelf.panel_is_up(), 3, "the panel to go")
+        assert 0.39 <= time.monotonic() - released <= 1.0
+    assert shelf.items() == []
+
+
+@main
+def test_text_and_windows_call_nothing(desktop, shelf):
+    editor = Editor(desktop, "mousepad", desktop.write(desktop.home / "t.txt", "some words\n" * 40))
+    editor.select_all()
+    desktop.begin_drag(*editor.text_place)
+    desktop.glide(700, 600)
+    assert_stays_down(shelf)
+    desktop.release()
+    window = file_source(desktop, place=(600, 100, 200, 200))
+    rect = desktop.rect(window.window)
+    desktop.press(rect.centre[0], rect.y - 8)
+    desktop.glide(700, 500)
+    assert_stays_down(shelf)
+    desktop.release()
+    wait_for(lambda: desktop.rect(window.window) != rect, what="the window to have moved")
+
+
+@main
+def test_an_ignored_application_calls_nothing_but_by_the_corner(desktop, program):
+    program.prefer(onboarded=True, ignoredApps=["thunar"])
+    program.start()
+    thunar = FileManager(desktop, "thunar", desktop.write(desktop.home / "from/a.txt", "x").parent)
+    desktop.activate(thunar.window)
+    desktop.begin_drag(*thunar.icons()[0].centre)
+    desktop.glide(700, 600)
+    assert_stays_down(program)
+    desktop.glide(desktop.size[0] - 2, 1)
+    wait_for(program.panel_is_up, 3, "the panel to come up in the corner")
+    program.drop()
+    program.wait_for_items(1)
+
+
+@pytest.mark.parametrize("preferences, keys, comes", [
+    ({"shakeToSummon": False}, [], False),
+    ({"dragModifier": "shift"}, [], False),
+    ({"dragModifier": "shift"}, ["Shift_L"], True),
+])
+def test_preferences_of_the_drag_gesture(desktop, program, preferences, keys, comes):
+    program.prefer(onboarded=True, **preferences)
+    program.start()
+    desktop.begin_drag(*file_source(desktop).centre)
+    with desktop.held(*keys):
+        desktop.glide(700, 600)
+        if comes:
+            wait_for(program.panel_is_up, 3, "the panel to come up")
+        else:
+            assert_stays_down(program)
+    desktop.release()
+
+
+@main
+def test_the_corner_alone(desktop, program):
+    program.prefer(onboarded=True, shakeToSummon=False)
+    program.start()
+    files = file_source(desktop)
+    desktop.begin_drag(*files.centre)
+    width = desktop.size[0]
+    desktop.glide(width - 7, 7)
+    assert_stays_down(program)
+    desktop.move(width - 2, 1)
+    wait_for(program.panel_is_up, 3, "the panel to come up")
+    program.drop()
+    program.wait_for_items(1)
+    program.restart()
+    desktop.move(10, 700)
+    desktop.glide(width - 1, 0)  # No drag.
+    assert_stays_down(program)
+
+
+def test_a_drag_while_the_panel_is_up_leaves_it_up(desktop, shelf):
+    shelf.summon()
+    desktop.begin_drag(*file_source(desktop).centre)
+    desktop.glide(700, 600)
+    desktop.release()
+    time.sleep(1.2)
+    assert shelf.panel_is_up()
+
+
+@pytest.mark.parametrize("mode, expected", [("topRight", (24, 24)), ("cursor", None), ("last", (24, 24))])
+def test_where_it_comes_up(desktop, program, mode, expected):
+    program.prefer(onboarded=True, summonPosition=mode)
+    program.start()
+    for _ in range(2):  # Shown for the first time and again.
+        desktop.move(300, 200)
+        program.summon()
+        rect = program.panel_rect()
+        assert (rect.width, rect.height) == (240, 300)
+        if expected:
+            assert (desktop.size[0] - rect.x - rect.width, rect.y) == expected
+        else:
+            assert (rect.x, rect.y) == (314, 214)
+        desktop.keys("Escape")
+        program.wait_until_hidden()
+
+
+def test_it_stands_on_every_desktop_and_above(desktop, shelf):
+    thunar = FileManager(desktop, "thunar", desktop.write(desktop.home / "from/a.txt", "x").parent)
+    shelf.summon()
+    panel = shelf.panel()
+    state = [desktop.display.get_atom_name(atom) for atom in desktop.property(panel, "_NET_WM_STATE")]
+    assert {"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"} <= set(state)
+    assert desktop.cardinal(panel, "_NET_WM_DESKTOP") == 0xFFFFFFFF
+    rect = shelf.panel_rect()
+    desktop.place(thunar.window, rect.x - 100, rect.y, 300, 300)
+    desktop.activate(thunar.window)
+    order = list(desktop.property(desktop.root, "_NET_CLIENT_LIST_STACKING"))
+    assert order.index(panel.id) > order.index(thunar.window.id)

@@ -1,0 +1,171 @@
+#include "platform/linux/SingleInstance.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+namespace {
+
+using Result = SingleInstance::Result;
+
+/// A message bus of the test's own, with one connection for each "process".
+class Bus
+{
+public:
+    Bus()
+    {
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       { QStringLiteral("--session"), QStringLiteral("--nofork"),
+                         QStringLiteral("--print-address") });
+        if (m_daemon.waitForReadyRead(5000))
+            m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
+    }
+    ~Bus()
+    {
+        for (const auto &name : m_names)
+            QDBusConnection::disconnectFromBus(name);
+        m_daemon.terminate();
+        m_daemon.waitForFinished(5000);
+    }
+    QString connection(const char *name)
+    {
+        m_names.append(QLatin1String(name));
+        EXPECT_TRUE(QDBusConnection::connectToBus(m_address, m_names.last()).isConnected());
+        return m_names.last();
+    }
+
+private:
+    QProcess m_daemon;
+    QString m_address;
+    QStringList m_names;
+};
+
+/// Runs on a thread, as another process would, while this one answers its events.
+template<typename Work>
+auto elsewhere(Work work)
+{
+    std::atomic<bool> done = false;
+    decltype(work()) result {};
+    std::thread thread([&] {
+        result = work();
+        done = true;
+    });
+    while (!done)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    thread.join();
+    return result;
+}
+
+/// A connection that no bus is behind.
+const QString noBus = QStringLiteral("none");
+
+}
+
+TEST(SingleInstanceTest, TheSecondStartAsksTheFirstToComeUp)
+{
+    const QTemporaryDir state;
+    Bus bus;
+    SingleInstance first(state.path().toUtf8(), bus.connection("first"));
+    ASSERT_EQ(first.acquire(), Result::First);
+    const QString second = bus.connection("second");
+    const auto start
+        = [&] { return SingleInstance(state.path().toUtf8(), second).acquire(); };
+
+    // Requests that come while the first is still starting are answered, kept and delivered once.
+    EXPECT_EQ(elsewhere(start), Result::HandedOver);
+    EXPECT_EQ(elsewhere(start), Result::HandedOver);
+    int activated = 0;
+    first.deliverTo([&] { ++activated; });
+    EXPECT_EQ(activated, 1);
+    EXPECT_EQ(elsewhere(start), Result::HandedOver);
+    EXPECT_EQ(activated, 2);
+
+    // A different state folder does not make a second one.
+    const QTemporaryDir other;
+    EXPECT_EQ(elsewhere([&] { return SingleInstance(other.path().toUtf8(), second).acquire(); }),
+              Result::HandedOver);
+    EXPECT_EQ(activated, 3);
+}
+
+TEST(SingleInstanceTest, WhatIsNotServedIsAnsweredWithAnError)
+{
+    const QTemporaryDir state;
+    Bus bus;
+    SingleInstance first(state.path().toUtf8(), bus.connection("first"));
+    ASSERT_EQ(first.acquire(), Result::First);
+    const QDBusConnection client(bus.connection("client"));
+    const auto reply = elsewhere([&] {
+        auto message = QDBusMessage::createMethodCall(
+            QStringLiteral("app.vantleapp.Vantle"), QStringLiteral("/app/vantleapp/Vantle"),
+            QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
+        message << QStringList() << QVariantMap();
+        return client.call(message, QDBus::Block, 2000);
+    });
+    EXPECT_EQ(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+}
+
+TEST(SingleInstanceTest, WithoutABusTheLockDecidesAndGoesWithItsProcess)
+{
+    const QTemporaryDir state;
+    // Another process takes the lock and dies without tidying up.
+    std::array<int, 2> pipe {};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        SingleInstance holder(state.path().toUtf8(), noBus);
+        const char held = holder.acquire() == Result::First ? 'y' : 'n';
+        if (::write(pipe[1], &held, 1) == 1)
+            ::pause();
+        ::_exit(0);
+    }
+    char held = 0;
+    ASSERT_EQ(::read(pipe[0], &held, 1), 1);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+    EXPECT_EQ(held, 'y');
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(SingleInstance(state.path().toUtf8(), noBus).acquire(), Result::HeldElsewhere);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("another session"), std::string::npos);
+
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_EQ(SingleInstance(state.path().toUtf8(), noBus).acquire(), Result::First);
+}
+
+TEST(SingleInstanceTest, AHolderThatEndsMeanwhileIsSucceeded)
+{
+    const QTemporaryDir state;
+    auto holder = std::make_unique<SingleInstance>(state.path().toUtf8(), noBus);
+    ASSERT_EQ(holder->acquire(), Result::First);
+    std::thread ending([&] {
+        ::usleep(30000);
+        holder.reset();
+    });
+    EXPECT_EQ(SingleInstance(state.path().toUtf8(), noBus).acquire(), Result::First);
+    ending.join();
+}
+
+TEST(SingleInstanceTest, WhereNoLockCanBeHadTheNameAloneDecides)
+{
+    Bus bus;
+    const QByteArray nowhere = "/proc/nowhere";
+    SingleInstance first(nowhere, bus.connection("first"));
+    EXPECT_EQ(first.acquire(), Result::First);
+    const QString second = bus.connection("second");
+    EXPECT_EQ(elsewhere([&] { return SingleInstance(nowhere, second).acquire(); }),
+              Result::HandedOver);
+    EXPECT_EQ(SingleInstance(nowhere, noBus).acquire(), Result::First);
+}

@@ -1,0 +1,310 @@
+#include "StoreWorld.h"
+
+namespace {
+
+QString q(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+/// Adds a snippet and gives its file.
+QByteArray addSnippet(World &w)
+{
+    w.store().addText(q("snippet"));
+    return FilePath::fromUrl(w.urls().last());
+}
+
+}
+
+TEST(RemoveTest, AnEntryLeavesAtOnceAndItsOwnFileAMinuteLater)
+{
+    World w;
+    const QUrl file = w.file("a");
+    w.store().add({ file });
+    const QByteArray snippet = addSnippet(w);
+    w.sounds.played.clear();
+    QList<ShelfItem> removed;
+    w.store().onRemoved = [&](const auto &items) { removed = items; };
+    const auto before = w.store().items.value();
+
+    w.store().removeIds({ w.id(0), w.id(1), QUuid::createUuid() });
+    EXPECT_TRUE(w.store().items.value().isEmpty());
+    EXPECT_TRUE(w.savedState()->shelves.first().items.isEmpty());
+    EXPECT_EQ(removed, before);
+    EXPECT_EQ(w.notice(), q("2 removed"));
+    EXPECT_EQ(w.sounds.played, std::vector { Sound::Tink });
+
+    w.queue.advance(59.9);
+    EXPECT_TRUE(FilePath::exists(snippet));
+    w.queue.advance(0.2);
+    EXPECT_FALSE(FilePath::exists(snippet));
+    EXPECT_TRUE(FilePath::exists(FilePath::fromUrl(file)));
+    EXPECT_FALSE(w.store().undoRemove());
+}
+
+TEST(RemoveTest, UndoRestoresTheOldOrder)
+{
+    const struct
+    {
+        const char *what;
+        QList<int> removed;
+        int addedSince;
+        QList<int> order; // Files by number.
+    } cases[] = {
+        { "two of ten", { 1, 4 }, 0, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9 } },
+        { "neighbours", { 0, 1, 2, 8, 9 }, 0, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9 } },
+        { "with new ones since", { 1, 4 }, 3, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12 } },
+        { "the last ones", { 8, 9 }, 3, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12 } },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        World w;
+        const auto files = w.files(13);
+        w.store().add(files.first(10));
+        const auto before = w.store().items.value();
+        QSet<QUuid> ids;
+        for (const int index : c.removed)
+            ids.insert(w.id(index));
+        w.store().removeIds(ids);
+        w.store().add(files.mid(10, c.addedSince));
+        w.sounds.played.clear();
+        QList<ShelfItem> restored;
+        w.store().onRestored = [&](const auto &items) { restored = items; };
+
+        w.queue.advance(59);
+        EXPECT_TRUE(w.store().undoRemove());
+        QList<QUrl> expected;
+        for (const int number : c.order)
+            expected.append(files.at(number));
+        EXPECT_EQ(w.urls(), expected);
+        EXPECT_EQ(w.store().items.value().first(10), before);
+        EXPECT_EQ(restored.size(), c.removed.size());
+        EXPECT_EQ(w.notice(), q("%1 restored").arg(c.removed.size()));
+        EXPECT_EQ(w.sounds.played, std::vector { Sound::Pop });
+        EXPECT_EQ(w.savedState()->shelves.first().items, w.store().items.value());
+        EXPECT_FALSE(w.store().undoRemove());
+    }
+}
+
+TEST(RemoveTest, PositionsPastTheEndAreTheEnd)
+{
+    World w;
+    const auto files = w.files(6);
+    w.store().add(files.first(4));
+    w.store().removeIds({ w.id(1), w.id(3) }); // Leaves 0 and 2.
+    // An entry that stays may leave without a stash: it expires.
+    w.store().uploading.set({ w.id(1) });
+    w.queue.advance(10);
+    w.store().pruneExpired(5);
+    ASSERT_EQ(w.urls(), QList { files.at(2) });
+    EXPECT_TRUE(w.store().undoRemove());
+    EXPECT_EQ(w.urls(), (QList { files.at(2), files.at(1), files.at(3) }));
+}
+
+TEST(RemoveTest, OnlyTheLastRemovalCanBeUndone)
+{
+    World w;
+    const QByteArray first = addSnippet(w);
+    const QByteArray second = addSnippet(w);
+    w.store().removeIds({ w.id(0) });
+    w.queue.advance(50);
+    w.store().removeIds({ w.id(0) });
+    EXPECT_FALSE(FilePath::exists(first));
+    // The first removal's minute is over; the second's is not.
+    w.queue.advance(30);
+    EXPECT_TRUE(FilePath::exists(second));
+    EXPECT_TRUE(w.store().undoRemove());
+    EXPECT_EQ(w.urls(), QList { FilePath::toUrl(second) });
+    // Nor does a timer come back for it.
+    w.queue.advance(100);
+    EXPECT_TRUE(FilePath::exists(second));
+}
+
+TEST(RemoveTest, WhatRemovesNothingLeavesTheStash)
+{
+    World w;
+    w.store().add(w.files(1));
+    w.store().clear();
+    const auto notice = w.store().notice.value();
+    int cancelled = 0;
+    const QUuid unknown = QUuid::createUuid();
+    w.store().uploadCancels.insert(unknown, [&] { ++cancelled; });
+    w.store().removeIds({ unknown });
+    w.store().removeIds({});
+    w.store().removeUrls({ w.file("other"), QUrl() });
+    w.store().clear();
+    EXPECT_EQ(w.store().notice.value(), notice);
+    EXPECT_EQ(cancelled, 0);
+    EXPECT_TRUE(w.store().undoRemove());
+}
+
+TEST(RemoveTest, AFileThatIsGoneOrBackDoesNotReturn)
+{
+    World w;
+    const auto files = w.files(3);
+    w.store().add(files);
+    w.store().clear();
+    QFile::remove(QFile::decodeName(FilePath::fromUrl(files.at(0))));
+    w.store().add({ files.at(1) });
+    EXPECT_TRUE(w.store().undoRemove());
+    EXPECT_EQ(w.urls(), (QList { files.at(1), files.at(2) }));
+    EXPECT_EQ(w.notice(), q("1 restored"));
+
+    w.store().removeUrls({ files.at(1) });
+    w.store().add({ files.at(1) });
+    const auto notice = w.store().notice.value();
+    EXPECT_FALSE(w.store().undoRemove());
+    EXPECT_EQ(w.store().notice.value(), notice);
+}
+
+TEST(RemoveTest, UndoTravelsToTheShelfOfTheRemoval)
+{
+    World w;
+    const Shelf a = World::shelf({ World::item(w.file("a")) });
+    const Shelf b = World::shelf({ World::item(w.file("b")) });
+    w.writeState({ a.id, { a, b }, {} });
+    w.store().clear();
+    w.store().switchTo(b.id);
+    EXPECT_TRUE(w.store().undoRemove());
+    EXPECT_EQ(w.store().currentID.value(), a.id);
+    EXPECT_EQ(w.savedState(), (ShelfState { a.id, { a, b }, {} }));
+
+    // Closed in the meantime: into the current one.
+    w.store().clear();
+    w.store().switchTo(b.id);
+    w.store().shelves.set({ w.store().shelves.value().last() });
+    EXPECT_TRUE(w.store().undoRemove());
+    EXPECT_EQ(w.urls(), (QList { a.items.first().url, b.items.first().url }));
+}
+
+TEST(RemoveTest, AddressesMatchFilesAndLinks)
+{
+    World w;
+    w.store().add(w.files(2));
+    w.store().addText(q("https://a.org/x"));
+    w.store().removeUrls(
+        { QUrl(q("https://a.org/x")), QUrl(w.file("file0").toString() + QLatin1Char('/')) });
+    EXPECT_EQ(w.urls(), QList { w.file("file1") });
+    EXPECT_EQ(w.notice(), q("2 removed"));
+}
+
+TEST(RemoveTest, TransfersAndSelectionGoWithTheEntry)
+{
+    World w;
+    w.store().add(w.files(3));
+    const QUuid gone = w.id(0);
+    const QUuid stays = w.id(1);
+    const QUuid elsewhere = QUuid::createUuid();
+    QList<int> cancelled;
+    w.store().uploadCancels = { { gone, [&] { cancelled.append(0); } },
+                                { stays, [&] { cancelled.append(1); } },
+                                { elsewhere, [&] { cancelled.append(2); } } };
+    w.store().uploading.set({ gone, stays });
+    w.store().progress.set({ { gone, 0.5 }, { stays, 0.5 } });
+    w.store().selectAll();
+    w.store().click(gone, EventModifier::Command);
+    w.store().click(gone, EventModifier::Command);
+
+    w.store().removeIds({ gone });
+    EXPECT_EQ(cancelled, QList { 0 });
+    EXPECT_EQ(w.store().uploading.value(), QSet { stays });
+    EXPECT_EQ(w.store().progress.value().keys(), QList { stays });
+    EXPECT_EQ(w.store().selection.value(), (QSet { stays, w.id(1) }));
+
+    w.store().removeIds(w.store().selection.value()); // The very set that changes.
+    EXPECT_TRUE(w.store().items.value().isEmpty());
+    EXPECT_TRUE(w.store().selection.value().isEmpty());
+    w.store().undoRemove();
+    w.store().clear();
+    EXPECT_EQ(cancelled, (QList { 0, 1, 2 }));
+    EXPECT_TRUE(w.store().uploading.value().isEmpty() && w.store().progress.value().isEmpty());
+}
+
+TEST(RemoveTest, AStashAtTheEndOfTheProgramIsSwept)
+{
+    World w;
+    const QByteArray snippet = addSnippet(w);
+    w.store().clear();
+    w.end();
+    w.queue.advance(100);
+    EXPECT_TRUE(FilePath::exists(snippet));
+    w.store();
+    EXPECT_FALSE(FilePath::exists(snippet));
+}
+
+TEST(RemoveTest, OnlyFilesInTheStoresOwnFolderAreDeleted)
+{
+    World w;
+    const QByteArray users = FilePath::fromUrl(w.file("documents/precious"));
+    w.write(w.dropped("own/inner"), "");
+    w.write(w.dropped("a"), "");
+    ASSERT_EQ(symlink((w.home() + "/documents").constData(), w.dropped("link").constData()), 0);
+    const QList<QUrl> urls {
+        QUrl::fromEncoded("file://" + w.dropped("../../documents/precious")),
+        QUrl::fromEncoded("file://"
+                          + w.dropped("link/precious")), // Through a link to the user's folder.
+        FilePath::toUrl(w.dropped("link")),
+        FilePath::toUrl(w.dropped("own")),
+        QUrl::fromEncoded("file://" + w.data("x/../dropped/./a")),
+        FilePath::toUrl(w.data("dropped")),
+    };
+    w.store().add(urls);
+    ASSERT_EQ(w.urls().size(), urls.size());
+    w.store().clear();
+    w.queue.advance(61);
+    EXPECT_TRUE(FilePath::exists(users));
+    EXPECT_TRUE(FilePath::exists(w.data("dropped")));
+    EXPECT_TRUE(w.droppedNames().isEmpty());
+}
+
+TEST(ExpiryTest, OldEntriesLeaveForGoodUnlessPinnedOrInTransfer)
+{
+    World w;
+    const double now = w.queue.now();
+    const auto entry = [&](const char *name, double age) {
+        w.write(w.dropped(name), "");
+        return World::item(FilePath::toUrl(w.dropped(name)), now - age);
+    };
+    Shelf current = World::shelf({ entry("old", 101), entry("exact", 100), entry("busy", 200) });
+    Shelf other = World::shelf({ entry("other old", 101), entry("young", 1) });
+    Shelf pinned = World::shelf({ entry("pinned", 1000) });
+    pinned.pinned = true;
+    const Shelf closed = World::shelf({ entry("closed", 1000) });
+    w.writeState({ current.id, { current, other, pinned }, { closed } });
+    w.store().uploading.set({ current.items.at(2).id });
+    w.store().selectAll();
+    QList<ShelfItem> removed;
+    w.store().onRemoved = [&](const auto &items) { removed = items; };
+
+    for (const double never : { 0.0, -1.0, double(NAN) })
+        w.store().pruneExpired(never);
+    EXPECT_EQ(w.store().items.value().size(), 3);
+    w.store().pruneExpired(100);
+
+    EXPECT_EQ(removed, (QList { other.items.at(0), current.items.at(0) }));
+    current.items.removeFirst();
+    other.items.removeFirst();
+    EXPECT_EQ(w.savedState(), (ShelfState { current.id, { current, other, pinned }, { closed } }));
+    EXPECT_EQ(w.store().shelves.value(), (QList { current, other, pinned }));
+    EXPECT_EQ(w.store().selection.value(),
+              (QSet { current.items.at(0).id, current.items.at(1).id }));
+    EXPECT_EQ(w.droppedNames(),
+              (QList<QByteArray> { "busy", "closed", "exact", "pinned", "young" }));
+    EXPECT_FALSE(w.store().notice.value());
+    EXPECT_TRUE(w.sounds.played.empty());
+    EXPECT_FALSE(w.store().undoRemove());
+
+    w.store().uploading.set({});
+    w.store().pruneExpired(100);
+    EXPECT_EQ(w.urls(), QList { current.items.at(0).url });
+}
+
+TEST(ExpiryTest, APinnedCurrentShelfKeepsItsEntries)
+{
+    World w;
+    Shelf pinned = World::shelf({ World::item(w.file("a"), 0) });
+    pinned.pinned = true;
+    w.writeState({ pinned.id, { pinned }, {} });
+    w.store().pruneExpired(1);
+    EXPECT_EQ(w.store().items.value().size(), 1);
+}

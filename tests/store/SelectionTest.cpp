@@ -1,0 +1,158 @@
+#include "StoreWorld.h"
+
+#include <QStringList>
+
+namespace {
+
+constexpr Modifiers Plain = 0;
+constexpr Modifiers Shift = EventModifier::Shift;
+constexpr Modifiers Command = EventModifier::Command;
+
+/// Six entries, and what is selected of them as a row of digits.
+class Rows : public World
+{
+public:
+    Rows()
+    {
+        store().add(files(6));
+        for (int index = 0; index < 6; ++index)
+            m_ids.append(id(index));
+    }
+
+    /// "3" a click, "s3" with Shift, "c3" with Command, "u" and "d" the arrow
+    /// keys, "U" and "D" with Shift, "-3" the entry's removal.
+    void play(const char *story)
+    {
+        for (const QString &step : QString::fromLatin1(story).split(u' ', Qt::SkipEmptyParts)) {
+            const char kind = step.front().toLatin1();
+            const QUuid row = m_ids.value(step.back().digitValue());
+            if (kind == 'u' || kind == 'd')
+                store().moveSelection(kind == 'u' ? -1 : 1, ShelfStore::Extend::No);
+            else if (kind == 'U' || kind == 'D')
+                store().moveSelection(kind == 'U' ? -1 : 1, ShelfStore::Extend::Yes);
+            else if (kind == '-')
+                store().removeIds({ row });
+            else
+                store().click(row, kind == 's' ? Shift : kind == 'c' ? Command : Plain);
+        }
+    }
+
+    std::string selected()
+    {
+        std::string digits;
+        for (const ShelfItem &item : store().selectedItems())
+            digits += static_cast<char>('0' + m_ids.indexOf(item.id));
+        return digits;
+    }
+
+    std::string focused()
+    {
+        const auto focus = store().focus.value();
+        return focus ? std::to_string(m_ids.indexOf(*focus)) : "none";
+    }
+
+private:
+    QList<QUuid> m_ids;
+};
+
+}
+
+TEST(SelectionTest, ClicksAndArrowsSelectAsInAFileList)
+{
+    const struct
+    {
+        const char *story, *selected, *focused;
+    } cases[] = {
+        { "2", "2", "2" },           { "2 4", "4", "4" },          { "s3", "3", "3" },
+        { "s3 s5", "345", "5" },     { "3 s5 s1", "123", "1" },    { "1 c3 c5", "135", "5" },
+        { "1 c3 c3", "1", "3" },     { "1 c3 c3 s5", "345", "5" }, { "2 -2 s4", "4", "4" },
+        { "2 -2 s4 s5", "45", "5" }, { "c4 c1", "14", "1" },       { "d", "0", "0" },
+        { "u", "5", "5" },           { "5 d", "5", "5" },          { "0 u", "0", "0" },
+        { "2 d d u", "3", "3" },     { "2 D D", "234", "4" },      { "2 D D U U U", "12", "1" },
+        { "D", "0", "0" },           { "D D", "01", "1" },         { "2 D d D", "45", "5" },
+        { "4 -4 d", "0", "0" },      { "4 -4 u", "5", "5" },       { "2 s4 D", "2345", "5" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.story);
+        Rows rows;
+        rows.play(c.story);
+        EXPECT_EQ(rows.selected(), c.selected);
+        EXPECT_EQ(rows.focused(), c.focused);
+    }
+}
+
+TEST(SelectionTest, CommandWinsOverShift)
+{
+    Rows rows;
+    rows.play("1");
+    rows.store().click(rows.id(4), Shift | Command);
+    EXPECT_EQ(rows.selected(), "14");
+}
+
+TEST(SelectionTest, AllAndNothing)
+{
+    Rows rows;
+    rows.play("2");
+    rows.store().selectAll();
+    EXPECT_EQ(rows.selected(), "012345");
+    EXPECT_EQ(rows.focused(), "2");
+    rows.play("s3"); // The anchor has stayed.
+    EXPECT_EQ(rows.selected(), "23");
+    rows.store().deselectAll();
+    EXPECT_EQ(rows.selected(), "");
+    EXPECT_EQ(rows.focused(), "none");
+    rows.play("s3");
+    EXPECT_EQ(rows.selected(), "3");
+
+    rows.store().clear();
+    rows.store().selectAll();
+    rows.store().moveSelection(1, ShelfStore::Extend::No);
+    EXPECT_TRUE(rows.store().selection.value().isEmpty());
+}
+
+TEST(SelectionTest, ADragCarriesTheSelectionOfThePressedRow)
+{
+    Rows rows;
+    rows.store().addText(QStringLiteral("https://a.org/"));
+    const auto urls = rows.urls();
+    EXPECT_EQ(rows.store().dragURLs(), std::nullopt);
+    rows.play("0 c3");
+    rows.store().click(rows.id(6), Command);
+
+    rows.store().pressedID = rows.id(3);
+    EXPECT_EQ(rows.store().dragURLs(),
+              (QList { urls.at(0), urls.at(3), QUrl(QStringLiteral("https://a.org/")) }));
+    rows.store().pressedID = rows.id(1);
+    EXPECT_EQ(rows.store().dragURLs(), QList { urls.at(1) });
+    rows.play("2");
+    rows.store().pressedID = rows.id(2);
+    EXPECT_EQ(rows.store().dragURLs(), QList { urls.at(2) });
+    rows.store().pressedID = QUuid::createUuid();
+    EXPECT_EQ(rows.store().dragURLs(), std::nullopt);
+}
+
+TEST(SelectionTest, AnotherShelfStartsWithoutOne)
+{
+    World w;
+    const Shelf a = World::shelf({ World::item(w.file("a")) });
+    Shelf b = World::shelf({ World::item(w.file("b")), World::item(w.file("c")) });
+    b.name = QStringLiteral("B");
+    b.pinned = true;
+    w.writeState({ a.id, { a, b }, {} });
+    w.store().click(a.items.first().id, Plain);
+    w.store().pressedID = a.items.first().id;
+    w.store().switchTo(a.id);
+    w.store().switchTo(QUuid::createUuid());
+    EXPECT_EQ(w.store().selection.value().size(), 1);
+
+    w.store().switchTo(b.id);
+    EXPECT_TRUE(w.store().selection.value().isEmpty());
+    EXPECT_FALSE(w.store().focus.value() || w.store().pressedID);
+    EXPECT_EQ(w.store().items.value(), b.items);
+    EXPECT_EQ(w.store().currentShelf(), b);
+    EXPECT_EQ(w.store().currentTitle(), QStringLiteral("B"));
+    EXPECT_EQ(w.savedState()->current, b.id);
+    EXPECT_EQ(w.store().shelfInfos(),
+              (QList { ShelfInfo { a.id, QStringLiteral("Vantle"), 1, false },
+                       ShelfInfo { b.id, QStringLiteral("B"), 2, true } }));
+}

@@ -1,0 +1,160 @@
+#pragma once
+
+#include "app/settings/Localizer.h"
+#include "base/FilePath.h"
+#include "platform/fake/FakeSounds.h"
+#include "platform/fake/VirtualQueue.h"
+#include "store/DataFiles.h"
+#include "store/ShelfStore.h"
+#include "store/StateCoding.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// A store over a home of its own, in virtual time. The store starts when it is
+/// first asked for, so that a test can prepare the disk.
+class World
+{
+public:
+    World()
+    {
+        const QString folder = m_home.path() + QStringLiteral("/Vantle_Vantle.bundle/en.lproj");
+        QDir().mkpath(folder);
+        QFile table(folder + QStringLiteral("/Localizable.strings"));
+        EXPECT_TRUE(table.open(QIODevice::WriteOnly));
+        table.write(
+            R"("app_name" = "Vantle"; "dropped_text" = "Text snippet"; "dropped_link" = "Link";
+            "dropped_image" = "Bild 1"; "demo_file_name" = "Try me"; "demo_file_content" = "Hello.";
+            "removed_one_undo" = "one removed"; "removed_n_undo" = "%lld removed";
+            "restored_n" = "%lld restored";)");
+        table.close();
+        m_texts.emplace(m_home.path() + QStringLiteral("/Vantle_Vantle.bundle"), QStringList());
+    }
+
+    ~World()
+    {
+        m_store.reset();
+        DataFiles::remove(m_home.path().toUtf8()); // QTemporaryDir cannot spell every name.
+    }
+
+    ShelfStore &store()
+    {
+        if (!m_store)
+            m_store.emplace(paths(), queue, workers, sounds, *m_texts);
+        return *m_store;
+    }
+
+    /// As after the process was killed and started anew.
+    ShelfStore &restart()
+    {
+        m_store.reset();
+        sounds.played.clear();
+        return store();
+    }
+
+    void end() { m_store.reset(); }
+
+    AppPaths paths() const
+    {
+        Directories directories;
+        directories.data = home();
+        return AppPaths(directories);
+    }
+
+    QByteArray home() const { return m_home.path().toUtf8(); }
+    QByteArray data(const QByteArray &name) const { return paths().dataDir + '/' + name; }
+    QByteArray dropped(const QByteArray &name) const { return data("dropped/" + name); }
+
+    /// A file in the home, and its address.
+    QUrl file(const QByteArray &name) const
+    {
+        write(home() + '/' + name, "content");
+        return FilePath::toUrl(home() + '/' + name);
+    }
+
+    QList<QUrl> files(int count) const
+    {
+        QList<QUrl> urls;
+        for (int i = 0; i < count; ++i)
+            urls.append(file("file" + QByteArray::number(i)));
+        return urls;
+    }
+
+    static void write(const QByteArray &path, const QByteArray &bytes)
+    {
+        EXPECT_TRUE(DataFiles::writeNew(path, bytes)) << path.constData();
+    }
+
+    void writeState(const ShelfState &state) const
+    {
+        write(data("shelves.json"), StateCoding::encode(state));
+    }
+
+    std::optional<ShelfState> savedState() const
+    {
+        return StateCoding::decodeState(saved().value_or(QByteArray()));
+    }
+
+    std::optional<QByteArray> saved() const { return DataFiles::read(data("shelves.json")); }
+
+    /// The names in the folder "dropped", sorted.
+    QList<QByteArray> droppedNames() const
+    {
+        auto names = DataFiles::namesIn(data("dropped"));
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    QList<QUrl> urls()
+    {
+        QList<QUrl> result;
+        for (const ShelfItem &item : store().items.value())
+            result.append(item.url);
+        return result;
+    }
+
+    QUuid id(qsizetype index) { return store().items.value().at(index).id; }
+    QString notice()
+    {
+        const auto last = store().notice.value();
+        return last ? last->text : QString();
+    }
+
+    static ShelfItem item(const QUrl &url, double addedAt = 0)
+    {
+        ShelfItem made;
+        made.id = QUuid::createUuid();
+        made.url = url;
+        made.addedAt = addedAt;
+        return made;
+    }
+
+    static Shelf shelf(const QList<ShelfItem> &items)
+    {
+        Shelf made;
+        made.id = QUuid::createUuid();
+        made.items = items;
+        return made;
+    }
+
+    VirtualQueue queue;
+    VirtualWorkers workers { queue };
+    FakeSounds sounds;
+
+private:
+    /// In memory where that is possible: waiting for a disk is not what is tested.
+    QTemporaryDir m_home { (access("/dev/shm", W_OK) == 0 ? QStringLiteral("/dev/shm")
+                                                          : QDir::tempPath())
+                           + QStringLiteral("/vantle-XXXXXX") };
+    std::optional<Localizer> m_texts;
+    std::optional<ShelfStore> m_store;
+};

@@ -1,0 +1,209 @@
+#include "views/ViewWorld.h"
+
+#include <QMouseEvent>
+#include <QScrollBar>
+
+TEST(ListMouseTest, ReleaseSelectsAndModifiersExtend)
+{
+    ViewWorld w(5);
+    w.press(w.row(1));
+    EXPECT_EQ(w.store().pressedID, w.item(1).id);
+    EXPECT_EQ(w.selectedRows(), QList<int>());
+    w.release(w.row(1));
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 1 }));
+    w.click(w.row(3), Qt::ControlModifier);
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 1, 3 }));
+    w.click(w.row(4), Qt::ShiftModifier);
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 3, 4 }));
+    w.click(w.row(3), Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 4 }));
+    w.click(w.row(0), Qt::AltModifier | Qt::MetaModifier);
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 0 }));
+}
+
+TEST(ListMouseTest, APressThatMovedOrEndedElsewhereIsNoClick)
+{
+    struct Case
+    {
+        const char *what;
+        QPoint offset;
+        bool clicks;
+    };
+    const Case cases[] = {
+        { "still", { 0, 0 }, true },
+        { "trembled", { 2, 0 }, true },
+        { "dragged", { 3, 0 }, false },
+        { "on the next row", { 0, 49 }, false },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        ViewWorld w(3);
+        int moves = 0;
+        w.view->onMoveWindow = [&] { ++moves; };
+        w.press(w.row(0));
+        w.move(w.row(0) + c.offset);
+        w.release(w.row(0) + c.offset);
+        EXPECT_EQ(w.selectedRows(), c.clicks ? QList<int>({ 0 }) : QList<int>());
+        EXPECT_EQ(moves, 0) << "A press on a row never moves the panel.";
+    }
+}
+
+TEST(ListMouseTest, ADoubleClickActivatesOnceAndSelectsOnce)
+{
+    ViewWorld w(3);
+    w.doubleClick(w.row(2)); // Nobody listens.
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 2 }));
+    QList<QUuid> activated;
+    w.view->onActivate = [&](const ShelfItem &item) { activated.append(item.id); };
+    w.doubleClick(w.row(1), Qt::ControlModifier);
+    EXPECT_EQ(activated, QList<QUuid>({ w.item(1).id }));
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 1, 2 }));
+}
+
+TEST(ListMouseTest, OtherButtonsDoNothing)
+{
+    ViewWorld w(3);
+    w.click(w.row(1));
+    for (const auto button : { Qt::RightButton, Qt::MiddleButton }) {
+        for (const QPoint &at : { w.row(0), w.button(0), w.belowRows() })
+            QTest::mouseClick(w.window(), button, {}, at);
+    }
+    w.settle();
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 1 }));
+    EXPECT_EQ(w.store().items.value().size(), 3);
+}
+
+TEST(ListMouseTest, TheBackgroundDeselectsByClickAndMovesThePanelByDrag)
+{
+    ViewWorld w(2);
+    int moves = 0;
+    w.view->onMoveWindow = [&] { ++moves; };
+    const QPoint title(20, 15);
+    const QPoint between(100, w.rowRect(0).bottom() + 3);
+    w.click(w.row(0));
+    w.click(title);
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 0 })) << "The header is not the list.";
+    w.click(between);
+    EXPECT_EQ(w.selectedRows(), QList<int>());
+    EXPECT_EQ(moves, 0);
+
+    w.click(w.row(0));
+    int expected = 0;
+    for (const QPoint &from : { title, between, w.belowRows() }) {
+        w.press(from);
+        EXPECT_EQ(w.store().pressedID, w.item(0).id) << "Only rows report themselves.";
+        w.move(from + QPoint(2, 0));
+        EXPECT_EQ(moves, expected);
+        w.move(from + QPoint(3, 0));
+        w.move(from + QPoint(30, 10));
+        EXPECT_EQ(moves, ++expected) << "Once for each press.";
+        w.release(from + QPoint(30, 10));
+    }
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 0 }));
+}
+
+TEST(ListMouseTest, AnEmptyShelfCanBeMovedToo)
+{
+    ViewWorld w;
+    int moves = 0;
+    w.view->onMoveWindow = [&] { ++moves; };
+    w.press({ 100, 200 });
+    w.move({ 110, 200 });
+    w.release({ 110, 200 });
+    EXPECT_EQ(moves, 1);
+}
+
+TEST(ListMouseTest, TheRemoveButtonActsOnItsRowAlone)
+{
+    ViewWorld w(4);
+    w.store().selectAll();
+    const auto second = w.item(1);
+    w.press(w.button(1));
+    EXPECT_FALSE(w.store().pressedID) << "A button must not start a drag of the row.";
+    w.move(w.row(1));
+    w.release(w.row(1));
+    EXPECT_EQ(w.store().items.value().size(), 4) << "Let go beside it.";
+    w.click(w.button(1));
+    ASSERT_EQ(w.store().items.value().size(), 3);
+    EXPECT_FALSE(w.store().items.value().contains(second));
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 0, 1, 2 }));
+}
+
+TEST(ListMouseTest, QuickPressesOnTheRemoveButtonEachRemoveOne)
+{
+    ViewWorld w(4);
+    int activated = 0;
+    w.view->onActivate = [&](const ShelfItem &) { ++activated; };
+    w.doubleClick(w.button(0));
+    EXPECT_EQ(w.store().items.value().size(), 2);
+    EXPECT_EQ(activated, 0);
+}
+
+TEST(ListMouseTest, ADoubleClickThatFallsOnTwoRowsIsTwoClicks)
+{
+    ViewWorld w(3);
+    int activated = 0;
+    w.view->onActivate = [&](const ShelfItem &) { ++activated; };
+    const QPoint at = w.row(0);
+    w.press(at);
+    w.release(at);
+    w.store().removeIds({ w.item(0).id }); // Another row comes under the pointer.
+    w.settle();
+    const QPointF inList = w.list().viewport()->mapFrom(w.view.get(), at);
+    for (const auto type : { QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease }) {
+        QMouseEvent event(type, inList, at, Qt::LeftButton, {}, {});
+        QApplication::sendEvent(w.list().viewport(), &event);
+    }
+    EXPECT_EQ(activated, 0);
+    EXPECT_EQ(w.selectedRows(), QList<int>({ 0 }));
+}
+
+TEST(ListMouseTest, KeysAreLeftToThePanelUnlessAButtonHasThem)
+{
+    ViewWorld w(3);
+    int closes = 0;
+    w.view->onClose = [&] { ++closes; };
+    for (const auto key :
+         { Qt::Key_Space, Qt::Key_Return, Qt::Key_Down, Qt::Key_Delete, Qt::Key_A })
+        QTest::keyClick(w.window(), key);
+    w.settle();
+    EXPECT_EQ(w.store().items.value().size(), 3);
+    EXPECT_EQ(w.selectedRows(), QList<int>());
+    EXPECT_EQ(closes, 0);
+
+    QTest::keyClick(w.window(), Qt::Key_Tab);
+    QTest::keyClick(w.window(), Qt::Key_Space); // The first button clears.
+    w.settle();
+    EXPECT_EQ(w.store().items.value().size(), 0);
+    QTest::keyClick(w.window(), Qt::Key_Space); // It went: its neighbour must not get this.
+    EXPECT_EQ(closes, 0);
+}
+
+TEST(ListMouseTest, FocusBringsItsRowIntoView)
+{
+    ViewWorld w(40, Motion::Full);
+    auto *bar = w.list().verticalScrollBar();
+    w.store().click(w.item(39).id, 0);
+    w.world.queue.advance(0.07);
+    EXPECT_GT(bar->value(), 0);
+    EXPECT_LT(bar->value(), bar->maximum());
+    w.world.queue.advance(0.1);
+    EXPECT_EQ(bar->value(), bar->maximum());
+    w.store().click(w.item(38).id, 0);
+    w.world.queue.advance(0.2);
+    EXPECT_EQ(bar->value(), bar->maximum()) << "What shows already does not move.";
+    w.store().click(w.item(0).id, 0);
+    w.world.queue.advance(0.2);
+    EXPECT_EQ(bar->value(), 0);
+}
+
+TEST(ListMouseTest, HoverFollowsWhatScrollsUnderThePointer)
+{
+    ViewWorld w(40);
+    const QPoint at = w.button(2);
+    w.move(at);
+    w.list().verticalScrollBar()->setValue(w.rowRect(3).top() - w.rowRect(0).top());
+    const auto third = w.item(5);
+    w.click(at); // On the button of the row that is there now.
+    EXPECT_FALSE(w.store().items.value().contains(third));
+}
