@@ -12,9 +12,10 @@
 
 namespace {
 constexpr int capsuleHeight = 20;
-constexpr int sidePadding = 8;
-constexpr double symbolSize = 11; // Drawn as high as a capital letter of 9.5 points is meant to be.
-constexpr int symbolGap = 4;
+constexpr int capsulePadding = 8;
+// A symbol of a font of 9.5 points is a little larger than the font.
+constexpr double documentsSize = 11;
+constexpr int countGap = 4;
 }
 
 DragHandle::DragHandle(Symbols &symbols, DragSession &session, Icons &icons, QWidget *parent)
@@ -58,7 +59,7 @@ int DragHandle::digitWidth() const
 
 QSize DragHandle::sizeHint() const
 {
-    const int width = 2 * sidePadding + int(symbolSize) + symbolGap
+    const int width = 2 * capsulePadding + int(documentsSize) + countGap
         + digitWidth() * static_cast<int>(m_count.size());
     return { width, std::max(capsuleHeight, QFontMetrics(countFont()).height() + 4) };
 }
@@ -79,13 +80,13 @@ void DragHandle::paintEvent(QPaintEvent *)
     const auto place = [&](int left, int width) {
         return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
     };
-    m_symbols.paint(painter, Symbol::Documents, place(sidePadding, int(symbolSize)), symbolSize,
-                    color);
+    m_symbols.paint(painter, Symbol::Documents, place(capsulePadding, int(documentsSize)),
+                    documentsSize, color);
     painter.setPen(color);
     painter.setFont(countFont());
     // The number reads from the left, also where the layout is mirrored.
     const int digit = digitWidth();
-    QRect cell = place(sidePadding + int(symbolSize) + symbolGap,
+    QRect cell = place(capsulePadding + int(documentsSize) + countGap,
                        digit * static_cast<int>(m_count.size()));
     cell.setWidth(digit);
     for (const QChar c : m_count) {

@@ -6,10 +6,10 @@
 #include <QPainter>
 
 namespace {
-constexpr double fadeDuration = 0.12;
-constexpr double inset = 3;
-constexpr double strokeWidth = 2;
-constexpr double radius = 8; // Round the same centre as the panel's corners.
+constexpr double outlineFade = 0.12;
+constexpr double outlineInset = 3;
+constexpr double outlineWidth = 2;
+constexpr double outlineRadius = 8; // Round the same centre as the panel's corners.
 }
 
 DropOutline::DropOutline(MainQueue &queue, QWidget *parent)
@@ -29,7 +29,7 @@ void DropOutline::setShown(bool shown)
         setOpacity(to);
         return;
     }
-    m_fade.begin(fadeDuration, AnimationCurve::EaseOut,
+    m_fade.begin(outlineFade, AnimationCurve::EaseOut,
                  [this, from, to](double progress) { setOpacity(from + (to - from) * progress); });
 }
 
@@ -45,9 +45,10 @@ void DropOutline::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(m_opacity);
-    constexpr double middle = inset + strokeWidth / 2; // A stroke lies on both sides of its line.
+    // A stroke lies on both sides of its line.
+    constexpr double middle = outlineInset + outlineWidth / 2;
     const QRectF shape = QRectF(rect()).adjusted(middle, middle, -middle, -middle);
-    painter.setPen(QPen(Brand::gradient(rect(), layoutDirection()), strokeWidth));
+    painter.setPen(QPen(Brand::gradient(rect(), layoutDirection()), outlineWidth));
     painter.setBrush(Look::faded(Brand::accent, 0.07));
-    painter.drawRoundedRect(shape, radius, radius);
+    painter.drawRoundedRect(shape, outlineRadius, outlineRadius);
 }

@@ -7,10 +7,10 @@
 #include <QPainter>
 
 namespace {
-constexpr int symbolSize = 56;
-constexpr int symbolGap = 10;
-constexpr int lineGap = 4;
-constexpr int margin = 18; // At both sides.
+constexpr int traySize = 56;
+constexpr int trayGap = 10;
+constexpr int hintGap = 4;
+constexpr int emptyMargin = 18; // At both sides.
 }
 
 EmptyState::EmptyState(Symbols &symbols, QWidget *parent)
@@ -47,21 +47,21 @@ void EmptyState::paintEvent(QPaintEvent *)
     const QFont titleFont = Look::font(font(), 13, QFont::Medium);
     const QFont hintFont = Look::font(font(), 10.5);
     constexpr int flags = Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap;
-    const QRect room(margin, 0, width() - 2 * margin, height());
+    const QRect room(emptyMargin, 0, width() - 2 * emptyMargin, height());
     const int titleHeight = QFontMetrics(titleFont).boundingRect(room, flags, m_title).height();
     const int hintHeight = QFontMetrics(hintFont).boundingRect(room, flags, m_hint).height();
-    const int block = symbolSize + symbolGap + titleHeight + lineGap + hintHeight;
+    const int block = traySize + trayGap + titleHeight + hintGap + hintHeight;
     // A little above the middle, where the eye expects it.
     int top = std::max(0, (height() - block) * 9 / 20);
 
-    m_symbols.paint(painter, Symbol::Tray, QRect(0, top, width(), symbolSize), symbolSize,
+    m_symbols.paint(painter, Symbol::Tray, QRect(0, top, width(), traySize), traySize,
                     m_targeted ? Brand::accent : Look::faded(Look::text(palette()), 0.4));
-    top += symbolSize + symbolGap;
+    top += traySize + trayGap;
     painter.setFont(titleFont);
     painter.setPen(Look::text(palette()));
-    painter.drawText(QRect(margin, top, room.width(), titleHeight), flags, m_title);
-    top += titleHeight + lineGap;
+    painter.drawText(QRect(emptyMargin, top, room.width(), titleHeight), flags, m_title);
+    top += titleHeight + hintGap;
     painter.setFont(hintFont);
     painter.setPen(Look::secondary(palette()));
-    painter.drawText(QRect(margin, top, room.width(), hintHeight), flags, m_hint);
+    painter.drawText(QRect(emptyMargin, top, room.width(), hintHeight), flags, m_hint);
 }

@@ -13,13 +13,12 @@
 
 namespace {
 
-constexpr int spacingBetween = 5;
-constexpr int padding = 8; // Around all rows.
-constexpr double dragDistance = 3; // From here on a press is no click.
-constexpr double changeDuration = 0.3;
+constexpr int rowSpacing = 5;
+constexpr int listPadding = 8; // Around all rows.
+constexpr double clickTremble = 3; // From here on a press is no click.
 constexpr double scrollDuration = 0.15;
 
-static_assert(padding == SlimScrollBar::thickness, "The scroll bar lies in the padding.");
+static_assert(listPadding == SlimScrollBar::thickness, "The scroll bar lies in the padding.");
 
 }
 
@@ -44,7 +43,7 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
     , m_texts(texts)
     , m_queue(queue)
     , m_delegate(new ItemRowDelegate(m_model, icons, symbols, *this))
-    , m_change(queue)
+    , m_rows(queue)
     , m_scroll(queue)
 {
     setFrameShape(QFrame::NoFrame);
@@ -60,6 +59,7 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
     setItemDelegate(m_delegate);
     setModel(&m_model);
 
+    m_rows.onFrame = [this] { viewport()->update(); };
     m_model.update(m_store.items.value());
     m_subscriptions.push_back(m_store.items.subscribe(
         [this](const QList<ShelfItem> &next) { change(next); }, Deliver::ChangesOnly));
@@ -77,23 +77,23 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
 
 int ItemListView::rowTop(int row) const
 {
-    return padding + row * (m_delegate->height() + spacingBetween);
+    return listPadding + row * (m_delegate->height() + rowSpacing);
 }
 
 QRect ItemListView::rowRect(int row) const
 {
     // Where there is a scroll bar, it takes the place of the padding at that side.
-    const int barRoom = verticalScrollBar()->isVisibleTo(this) ? 0 : padding;
+    const int barRoom = verticalScrollBar()->isVisibleTo(this) ? 0 : listPadding;
     const bool mirrored = isRightToLeft();
-    return { mirrored ? barRoom : padding, rowTop(row) - verticalOffset(),
-             viewport()->width() - padding - barRoom, m_delegate->height() };
+    return { mirrored ? barRoom : listPadding, rowTop(row) - verticalOffset(),
+             viewport()->width() - listPadding - barRoom, m_delegate->height() };
 }
 
 std::pair<int, int> ItemListView::visibleRows(int margin) const
 {
-    const int pitch = m_delegate->height() + spacingBetween;
-    const int first = (verticalOffset() - margin - padding) / pitch;
-    const int last = (verticalOffset() + viewport()->height() + margin - padding) / pitch;
+    const int pitch = m_delegate->height() + rowSpacing;
+    const int first = (verticalOffset() - margin - listPadding) / pitch;
+    const int last = (verticalOffset() + viewport()->height() + margin - listPadding) / pitch;
     return { std::max(0, first), std::min(m_model.rowCount(), last + 1) };
 }
 
@@ -104,8 +104,8 @@ QRect ItemListView::visualRect(const QModelIndex &index) const
 
 QModelIndex ItemListView::indexAt(const QPoint &point) const
 {
-    const int pitch = m_delegate->height() + spacingBetween;
-    const int y = point.y() + verticalOffset() - padding;
+    const int pitch = m_delegate->height() + rowSpacing;
+    const int y = point.y() + verticalOffset() - listPadding;
     const int row = y / pitch;
     if (y < 0 || row >= m_model.rowCount() || !rowRect(row).contains(point))
         return {};
@@ -124,9 +124,9 @@ void ItemListView::doItemsLayout()
 
 void ItemListView::updateGeometries()
 {
-    const int pitch = m_delegate->height() + spacingBetween;
+    const int pitch = m_delegate->height() + rowSpacing;
     const int contents
-        = m_model.rowCount() == 0 ? 0 : rowTop(m_model.rowCount()) + padding - spacingBetween;
+        = m_model.rowCount() == 0 ? 0 : rowTop(m_model.rowCount()) + listPadding - rowSpacing;
     verticalScrollBar()->setSingleStep(pitch / 2);
     verticalScrollBar()->setPageStep(viewport()->height());
     verticalScrollBar()->setRange(0, std::max(0, contents - viewport()->height()));
@@ -135,7 +135,6 @@ void ItemListView::updateGeometries()
 
 void ItemListView::scrollContentsBy(int, int)
 {
-    setPointer(m_pointer);
     viewport()->update();
 }
 
@@ -166,8 +165,8 @@ void ItemListView::scrollTo(const QModelIndex &index, ScrollHint)
     if (!index.isValid())
         return;
     QScrollBar *bar = verticalScrollBar();
-    const int top = rowTop(index.row()) - padding;
-    const int bottom = rowTop(index.row()) + m_delegate->height() + padding;
+    const int top = rowTop(index.row()) - listPadding;
+    const int bottom = rowTop(index.row()) + m_delegate->height() + listPadding;
     const int from = bar->value();
     const int to = std::clamp(std::clamp(from, bottom - viewport()->height(),
                                          std::max(top, bottom - viewport()->height())),
@@ -195,7 +194,6 @@ void ItemListView::change(const QList<ShelfItem> &next)
     const double scrolledBefore = verticalOffset();
     const auto changes = m_model.update(next);
     doItemsLayout();
-    setPointer(m_pointer);
     const bool moved = changes && std::ranges::any_of(*changes, [](const RowChange &change) {
                            return change.kind != RowChange::Kind::Update;
                        });
@@ -206,84 +204,40 @@ void ItemListView::change(const QList<ShelfItem> &next)
         || (!before.isEmpty() && !next.isEmpty()
             && changes->front() == RowChange { RowChange::Kind::Remove, 0, int(before.size()), 0 });
     if (replaced || m_motion == Motion::Reduced || !isVisible())
-        stopMotion();
+        m_rows.stop();
     else
         animate(before, *changes, scrolledBefore);
 }
 
-/// Every row starts from where it was seen last, new ones appear in their place,
-/// and those that left fade out in theirs.
 void ItemListView::animate(const QList<ShelfItem> &before, const RowChanges &changes,
                            double scrolledBefore)
 {
     const double reach = viewport()->height();
     const auto seenAt
-        = [&](int row) { return rowTop(row) - scrolledBefore + shiftOf(before[row].id); };
-    std::vector<Ghost> ghosts;
-    for (const auto &ghost : m_ghosts)
-        ghosts.push_back({ ghost.item, ghost.top, ghost.opacity * remaining() });
+        = [&](int row) { return rowTop(row) - scrolledBefore + m_rows.shift(before[row].id); };
+    RowMotion::Start start { m_rows.ghosts(), {}, {} };
     for (const auto &change : changes) {
         if (change.kind != RowChange::Kind::Remove)
             continue;
         for (int row = change.first; row < change.first + change.count; ++row) {
             const double top = seenAt(row);
             if (top > -m_delegate->height() && top < reach)
-                ghosts.push_back({ before[row], top, opacityOf(before[row].id) });
+                start.ghosts.push_back({ before[row], top, m_rows.opacity(before[row].id) });
         }
     }
-    QHash<QUuid, double> shifts;
-    QHash<QUuid, double> fresh;
     const auto [first, end] = visibleRows(viewport()->height());
     for (int row = first; row < end; ++row) {
         const auto &id = m_model.item(row).id;
         const auto previous = previousRow(changes, row);
-        if (previous)
-            shifts.insert(id, std::clamp(seenAt(*previous) - rowRect(row).top(), -reach, reach));
-        const double opacity = previous ? opacityOf(id) : 0;
+        if (previous) {
+            const double distance = seenAt(*previous) - rowRect(row).top();
+            start.shifts.insert(id, std::clamp(distance, -reach, reach));
+        }
+        const double opacity = previous ? m_rows.opacity(id) : 0;
         if (opacity < 1)
-            fresh.insert(id, opacity);
+            start.opacities.insert(id, opacity);
     }
-    m_ghosts = std::move(ghosts);
-    m_shifts = std::move(shifts);
-    m_fresh = std::move(fresh);
-    m_changed = 0;
-    const auto step = [this](double progress) {
-        m_changed = progress;
-        viewport()->update();
-    };
-    m_change.begin(changeDuration, AnimationCurve::Spring, step, [this] { stopMotion(); });
-}
-
-double ItemListView::shown() const
-{
-    return std::min(m_changed, 1.0);
-}
-
-/// Gone by half of the way, before other rows take their place.
-double ItemListView::remaining() const
-{
-    return std::max(0.0, 1 - 2 * m_changed);
-}
-
-double ItemListView::shiftOf(const QUuid &id) const
-{
-    return m_shifts.value(id, 0) * (1 - m_changed);
-}
-
-double ItemListView::opacityOf(const QUuid &id) const
-{
-    const double from = m_fresh.value(id, 1);
-    return from + (1 - from) * shown();
-}
-
-void ItemListView::stopMotion()
-{
-    m_change.cancel();
-    m_changed = 1;
-    m_shifts.clear();
-    m_fresh.clear();
-    m_ghosts.clear();
-    viewport()->update();
+    m_rows.begin(std::move(start));
 }
 
 RowLook ItemListView::lookOf(int row) const
@@ -305,20 +259,20 @@ void ItemListView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-    for (const auto &ghost : m_ghosts) {
-        painter.setOpacity(ghost.opacity * remaining());
+    for (const auto &ghost : m_rows.ghosts()) {
+        painter.setOpacity(ghost.opacity);
         auto rect = rowRect(0);
         rect.moveTop(qRound(ghost.top));
         const bool selected = m_store.selection.value().contains(ghost.item.id);
         m_delegate->paintRow(painter, rect, ghost.item, { selected, false, {} });
     }
-    const auto [first, end] = visibleRows(m_changed != 1 ? viewport()->height() : 0);
+    const auto [first, end] = visibleRows(m_rows.isRunning() ? viewport()->height() : 0);
     for (int row = first; row < end; ++row) {
         const auto &item = m_model.item(row);
-        const QRect rect = rowRect(row).translated(0, qRound(shiftOf(item.id)));
+        const QRect rect = rowRect(row).translated(0, qRound(m_rows.shift(item.id)));
         if (!rect.intersects(event->rect()))
             continue;
-        painter.setOpacity(opacityOf(item.id));
+        painter.setOpacity(m_rows.opacity(item.id));
         m_delegate->paintRow(painter, rect, item, lookOf(row));
     }
 }
@@ -337,6 +291,9 @@ void ItemListView::setPointer(std::optional<QPoint> position)
 bool ItemListView::viewportEvent(QEvent *event)
 {
     switch (event->type()) {
+    case QEvent::Enter:
+        setPointer(static_cast<QEnterEvent *>(event)->position().toPoint());
+        break;
     case QEvent::Leave:
     case QEvent::Hide:
         setPointer(std::nullopt);
@@ -393,7 +350,7 @@ void ItemListView::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint at = event->position().toPoint();
     setPointer(at);
-    if (m_press && QLineF(m_press->at, at).length() >= dragDistance)
+    if (m_press && QLineF(m_press->at, at).length() >= clickTremble)
         m_press->moved = true;
     event->setAccepted(m_press.has_value());
 }

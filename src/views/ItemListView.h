@@ -6,8 +6,8 @@
 #include "views/ItemListModel.h"
 #include "views/ItemRowDelegate.h"
 #include "views/Motion.h"
+#include "views/RowMotion.h"
 
-#include <QHash>
 #include <QListView>
 
 #include <functional>
@@ -74,14 +74,6 @@ private:
         bool moved = false;
     };
 
-    /// A row that left and still fades, where it stood in the viewport.
-    struct Ghost
-    {
-        ShelfItem item;
-        double top = 0;
-        double opacity = 1; // When its fading began.
-    };
-
     int rowTop(int row) const; // In the contents.
     QRect rowRect(int row) const; // In the viewport.
     std::pair<int, int> visibleRows(int margin) const; // First and one past the last.
@@ -89,11 +81,6 @@ private:
 
     void change(const QList<ShelfItem> &next);
     void animate(const QList<ShelfItem> &before, const RowChanges &changes, double scrolledBefore);
-    double shown() const; // How far new rows have appeared.
-    double remaining() const; // What is left of rows that went.
-    double shiftOf(const QUuid &id) const;
-    double opacityOf(const QUuid &id) const;
-    void stopMotion();
     void focusChanged();
 
     void beginPress(QMouseEvent *event, Press::Count count);
@@ -112,11 +99,7 @@ private:
     std::optional<Press> m_press;
     std::optional<QUuid> m_lastClicked; // A double click counts where both clicks hit one row.
 
-    Animation m_change;
-    double m_changed = 1; // How far the rows are on their way; a little beyond 1 at times.
-    QHash<QUuid, double> m_shifts; // Distance from its place that a row starts at.
-    QHash<QUuid, double> m_fresh; // Opacity that a row which appears starts from.
-    std::vector<Ghost> m_ghosts;
+    RowMotion m_rows;
     Animation m_scroll;
 
     std::vector<Ticket> m_subscriptions;

@@ -13,14 +13,14 @@
 
 namespace {
 
-constexpr int sidePadding = 9;
-constexpr int endPadding = 6; // Above and below.
+constexpr int rowSidePadding = 9;
+constexpr int rowEndPadding = 6; // Above and below.
 constexpr int iconSize = 32;
-constexpr int gap = 9; // Between icon and text.
-constexpr int lineGap = 1;
-constexpr int buttonSize = 15;
-constexpr int buttonArea = 22; // What takes presses is larger than what is drawn.
-constexpr double radius = 8;
+constexpr int iconGap = 9; // Between icon and text.
+constexpr int rowLineGap = 1;
+constexpr int removeSize = 15;
+constexpr int removeArea = 22; // What takes presses is larger than what is drawn.
+constexpr double rowRadius = 8;
 constexpr qsizetype longestText = 600; // More than any row can show; the middle goes first anyway.
 constexpr int rowsKept = 300;
 
@@ -62,16 +62,17 @@ void ItemRowDelegate::refresh()
     m_subtitleFont = Look::font(m_view.font(), 10);
     m_titleHeight = QFontMetrics(m_titleFont).height();
     m_subtitleHeight = QFontMetrics(m_subtitleFont).height();
-    m_height = std::max(iconSize, m_titleHeight + lineGap + m_subtitleHeight) + 2 * endPadding;
+    m_height
+        = std::max(iconSize, m_titleHeight + rowLineGap + m_subtitleHeight) + 2 * rowEndPadding;
     m_prepared.clear();
 }
 
 QRect ItemRowDelegate::buttonRect(const QRect &row) const
 {
     // The drawn circle ends where the padding begins.
-    const int right = row.right() + 1 - sidePadding + (buttonArea - buttonSize) / 2;
+    const int right = row.right() + 1 - rowSidePadding + (removeArea - removeSize) / 2;
     return mirrored(
-        { right - buttonArea, row.top() + (row.height() - buttonArea) / 2, buttonArea, buttonArea },
+        { right - removeArea, row.top() + (row.height() - removeArea) / 2, removeArea, removeArea },
         row);
 }
 
@@ -88,17 +89,17 @@ void ItemRowDelegate::paintRow(QPainter &painter, const QRect &row, const ShelfI
         painter.setPen(Qt::NoPen);
         painter.setBrush(look.selected ? Look::faded(palette.color(QPalette::Highlight), 0.2)
                                        : Look::faded(Look::text(palette), 0.07));
-        painter.drawRoundedRect(row, radius, radius);
+        painter.drawRoundedRect(row, rowRadius, rowRadius);
     }
-    const int textLeft = row.left() + sidePadding + iconSize + gap;
-    const int buttonRoom = look.button == RowLook::Button::Hidden ? 0 : buttonSize + 6;
-    const QRect text(textLeft, row.top(), row.right() + 1 - sidePadding - buttonRoom - textLeft,
+    const int textLeft = row.left() + rowSidePadding + iconSize + iconGap;
+    const int buttonRoom = look.button == RowLook::Button::Hidden ? 0 : removeSize + 6;
+    const QRect text(textLeft, row.top(), row.right() + 1 - rowSidePadding - buttonRoom - textLeft,
                      row.height());
     const auto &content = prepared(item, text.width(), Look::pixelRatio(painter));
 
-    const QRect icon = mirrored(
-        { row.left() + sidePadding, row.top() + (row.height() - iconSize) / 2, iconSize, iconSize },
-        row);
+    const QRect icon = mirrored({ row.left() + rowSidePadding,
+                                  row.top() + (row.height() - iconSize) / 2, iconSize, iconSize },
+                                row);
     const QSizeF iconExtent = content.icon.deviceIndependentSize();
     painter.drawPixmap(QPointF(icon.left() + (iconSize - iconExtent.width()) / 2,
                                icon.top() + (iconSize - iconExtent.height()) / 2),
@@ -114,14 +115,14 @@ void ItemRowDelegate::paintText(QPainter &painter, const QRect &area, const Prep
     const auto leftOf = [&](const QStaticText &text) {
         return rightAligned ? area.right() + 1 - text.size().width() : double(area.left());
     };
-    const int block = m_titleHeight + lineGap + m_subtitleHeight;
+    const int block = m_titleHeight + rowLineGap + m_subtitleHeight;
     const int top = area.top() + (area.height() - block) / 2;
     painter.setPen(Look::text(m_view.palette()));
     painter.setFont(m_titleFont);
     painter.drawStaticText(QPointF(leftOf(content.title), top), content.title);
     painter.setPen(Look::secondary(m_view.palette()));
     painter.setFont(m_subtitleFont);
-    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + m_titleHeight + lineGap),
+    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + m_titleHeight + rowLineGap),
                            content.subtitle);
 }
 
@@ -133,7 +134,7 @@ void ItemRowDelegate::paintButton(QPainter &painter, const QRect &row, RowLook::
         color = Look::faded(Look::text(palette), 0.85);
     else if (button == RowLook::Button::Pressed)
         color = Look::text(palette);
-    m_symbols.paint(painter, Symbol::Remove, buttonRect(row), buttonSize, color);
+    m_symbols.paint(painter, Symbol::Remove, buttonRect(row), removeSize, color);
 }
 
 const ItemRowDelegate::Prepared &ItemRowDelegate::prepared(const ShelfItem &item, int width,

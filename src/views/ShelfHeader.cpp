@@ -8,9 +8,9 @@
 #include <QPainter>
 
 namespace {
-constexpr int height = 38;
-constexpr int leading = 17; // In line with the icons of the rows.
-constexpr int trailing = 8;
+constexpr int headerHeight = 38;
+constexpr int headerLeading = 17; // In line with the icons of the rows.
+constexpr int headerTrailing = 8;
 constexpr int titleGap = 8;
 }
 
@@ -22,9 +22,9 @@ ShelfHeader::ShelfHeader(Symbols &symbols, DragSession &session, Icons &icons,
     , m_clear(new IconButton(symbols, Symbol::Trash, 15, this))
     , m_close(new IconButton(symbols, Symbol::Close, 15, this))
 {
-    setFixedHeight(::height);
+    setFixedHeight(headerHeight);
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(leading, 0, trailing, 0);
+    row->setContentsMargins(headerLeading, 0, headerTrailing, 0);
     row->setSpacing(0);
     row->addStretch();
     row->addWidget(m_handle);
@@ -64,8 +64,9 @@ QRect ShelfHeader::titleArea() const
     const QWidget *next = m_handle->isHidden() ? static_cast<const QWidget *>(m_close) : m_handle;
     return isRightToLeft()
         ? QRect(QPoint(next->geometry().right() + 1 + titleGap, 0),
-                QPoint(width() - 1 - leading, ::height - 1))
-        : QRect(QPoint(leading, 0), QPoint(next->geometry().left() - 1 - titleGap, ::height - 1));
+                QPoint(width() - 1 - headerLeading, headerHeight - 1))
+        : QRect(QPoint(headerLeading, 0),
+                QPoint(next->geometry().left() - 1 - titleGap, headerHeight - 1));
 }
 
 void ShelfHeader::paintEvent(QPaintEvent *)
@@ -76,5 +77,5 @@ void ShelfHeader::paintEvent(QPaintEvent *)
     const QRect area = titleArea();
     painter.drawText(area, Qt::AlignVCenter | Qt::AlignLeading,
                      painter.fontMetrics().elidedText(m_title, Qt::ElideRight, area.width()));
-    painter.fillRect(0, ::height - 1, width(), 1, Look::faded(Look::text(palette()), 0.1));
+    painter.fillRect(0, headerHeight - 1, width(), 1, Look::faded(Look::text(palette()), 0.1));
 }

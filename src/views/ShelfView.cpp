@@ -19,8 +19,8 @@
 
 namespace {
 
-constexpr QSize smallest(210, 240);
-constexpr double dragDistance = 3; // A shorter move of a press is a click.
+constexpr QSize smallestPanel(210, 240);
+constexpr double moveDistance = 3; // A shorter move of a press is a click.
 constexpr double appearDuration = 0.2;
 
 }
@@ -43,7 +43,7 @@ ShelfView::ShelfView(ShelfStore &store, AppSettings &settings, const Localizer &
     , m_toast(new Toast(queue, this))
     , m_appear(queue)
 {
-    setMinimumSize(smallest);
+    setMinimumSize(smallestPanel);
     // The keyboard comes here first, not to a button that a stray space would press.
     setFocusPolicy(Qt::StrongFocus);
     m_content->addWidget(m_list);
@@ -217,7 +217,7 @@ void ShelfView::mouseMoveEvent(QMouseEvent *event)
 {
     if (!m_backgroundPress || m_isMoving || !(event->buttons() & Qt::LeftButton))
         return;
-    if (QLineF(*m_backgroundPress, event->position()).length() < dragDistance)
+    if (QLineF(*m_backgroundPress, event->position()).length() < moveDistance)
         return;
     m_isMoving = true;
     if (onMoveWindow)

@@ -11,7 +11,8 @@
 
 namespace {
 constexpr double shortestHandle = 24;
-constexpr double margin = 2;
+constexpr double sideMargin = 2;
+constexpr double endMargin = 5; // Clear of the panel's round corners.
 }
 
 SlimScrollBar::SlimScrollBar(QWidget *parent)
@@ -23,20 +24,20 @@ SlimScrollBar::SlimScrollBar(QWidget *parent)
 
 QRectF SlimScrollBar::handle() const
 {
-    const double room = height() - 2 * margin;
+    const double room = height() - 2 * endMargin;
     const int range = maximum() - minimum();
     const double share = double(pageStep()) / std::max(1, range + pageStep());
     const double length = std::min(room, std::max(shortestHandle, room * share));
     const double top = range > 0 ? (room - length) * (sliderPosition() - minimum()) / range : 0;
-    return { margin, margin + top, width() - 2 * margin, length };
+    return { sideMargin, endMargin + top, width() - 2 * sideMargin, length };
 }
 
 void SlimScrollBar::moveHandle(double top)
 {
-    const double free = height() - 2 * margin - handle().height();
+    const double free = height() - 2 * endMargin - handle().height();
     if (free <= 0)
         return;
-    const double share = std::clamp((top - margin) / free, 0.0, 1.0);
+    const double share = std::clamp((top - endMargin) / free, 0.0, 1.0);
     setValue(minimum() + static_cast<int>(std::lround(share * (maximum() - minimum()))));
 }
 

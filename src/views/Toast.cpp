@@ -11,12 +11,12 @@
 
 namespace {
 
-constexpr double duration = 2.0;
-constexpr double fadeDuration = 0.2;
-constexpr int edge = 12; // Between the toast and its parent's edges.
-constexpr int sidePadding = 12;
-constexpr int endPadding = 7;
-constexpr int rise = 6; // It comes up that far while it appears.
+constexpr double toastDuration = 2.0;
+constexpr double toastFade = 0.2;
+constexpr int toastEdge = 12; // Between the toast and its parent's edges.
+constexpr int toastSidePadding = 12;
+constexpr int toastEndPadding = 7;
+constexpr int toastRise = 6; // It comes up that far while it appears.
 constexpr int mostLines = 3;
 constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
 
@@ -69,7 +69,7 @@ QFont Toast::textFont() const
 void Toast::showText(const QString &text)
 {
     m_text = text;
-    m_timers.push_back(m_queue.after(duration, [this, text] { expire(text); }));
+    m_timers.push_back(m_queue.after(toastDuration, [this, text] { expire(text); }));
     setAccessibleName(text);
     show();
     place();
@@ -103,19 +103,20 @@ void Toast::fadeTo(double opacity)
         m_opacity = from + (opacity - from) * progress;
         update();
     };
-    m_fade.begin(fadeDuration, AnimationCurve::EaseOut, step, finish);
+    m_fade.begin(toastFade, AnimationCurve::EaseOut, step, finish);
 }
 
 void Toast::place()
 {
     const QFontMetrics metrics(textFont());
-    const int room = parentWidget()->width() - 2 * edge - 2 * sidePadding;
+    const int room = parentWidget()->width() - 2 * toastEdge - 2 * toastSidePadding;
     if (m_text)
         m_painted = fitted(*m_text, metrics, room);
     const QRect text = metrics.boundingRect(QRect(0, 0, room, 10000), textFlags, m_painted);
-    const QSize size(text.width() + 2 * sidePadding, text.height() + 2 * endPadding + rise);
+    const QSize size(text.width() + 2 * toastSidePadding,
+                     text.height() + 2 * toastEndPadding + toastRise);
     setGeometry((parentWidget()->width() - size.width()) / 2,
-                parentWidget()->height() - edge - size.height(), size.width(), size.height());
+                parentWidget()->height() - toastEdge - size.height(), size.width(), size.height());
 }
 
 void Toast::changeEvent(QEvent *event)
@@ -130,7 +131,7 @@ void Toast::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(m_opacity);
-    const QRectF shape(0, rise * (1 - m_opacity), width(), height() - rise);
+    const QRectF shape(0, toastRise * (1 - m_opacity), width(), height() - toastRise);
     painter.setPen(Qt::NoPen);
     // The palette turned over: it stands out on both light and dark panels.
     painter.setBrush(Look::blended(Look::text(palette()), palette().color(QPalette::Window), 0.88));

@@ -3,6 +3,7 @@
 
 #include "base/FilePath.h"
 
+#include <QHash>
 #include <QSysInfo>
 
 #include <gtest/gtest.h>
@@ -62,9 +63,9 @@ TEST(DropFormatsTest, AListOfAddressesKeepsEveryByteOfItsFiles)
 
 TEST(DropFormatsTest, HostileDataIsReadToItsEnd)
 {
-    EXPECT_TRUE(spelled(QByteArray(10'000'000, '\n')).isEmpty());
+    EXPECT_TRUE(spelled(QByteArray(1'000'000, '\n')).isEmpty());
     EXPECT_TRUE(spelled(QByteArray(1'000'000, '\0')).isEmpty());
-    EXPECT_EQ(spelled("file:///" + QByteArray(1'000'000, '%')).size(), 1);
+    EXPECT_EQ(spelled("file:///" + QByteArray(100'000, '%')).size(), 1);
     for (const auto &type : { u"text/plain"_s, u"text/unicode"_s, u"text/html"_s, u"STRING"_s,
                               u"UTF8_STRING"_s }) {
         SCOPED_TRACE(qPrintable(type));

@@ -1,11 +1,12 @@
 #include "platform/linux/x11/ModifierBits.h"
 
-#include "platform/linux/x11/WatchConnection.h"
+#include "platform/linux/x11/Xcb.h"
 
 #include <xcb/xcb_keysyms.h>
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 namespace {
 
@@ -31,7 +32,7 @@ bool isAmong(xcb_key_symbols_t *symbols, xcb_keycode_t key, const Keys &keys)
 ModifierBits ModifierBits::read(xcb_connection_t *connection)
 {
     ModifierBits bits;
-    const XcbPointer<xcb_get_modifier_mapping_reply_t> map(
+    const Xcb::Owned<xcb_get_modifier_mapping_reply_t> map(
         xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
     const std::unique_ptr<xcb_key_symbols_t, FreeSymbols> symbols(
         xcb_key_symbols_alloc(connection));

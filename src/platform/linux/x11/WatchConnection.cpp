@@ -8,7 +8,6 @@
 #include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -94,24 +93,16 @@ bool WatchConnection::hasExtensions()
     const auto inputCookie = xcb_input_xi_query_version(m_connection, 2, 2);
     const auto fixesCookie = xcb_xfixes_query_version(m_connection, 5, 0);
     const auto resourcesCookie = xcb_res_query_version(m_connection, 1, 2);
-    const XcbPointer<xcb_input_xi_query_version_reply_t> inputVersion(
+    const Xcb::Owned<xcb_input_xi_query_version_reply_t> inputVersion(
         xcb_input_xi_query_version_reply(m_connection, inputCookie, nullptr));
-    const XcbPointer<xcb_xfixes_query_version_reply_t> fixesVersion(
+    const Xcb::Owned<xcb_xfixes_query_version_reply_t> fixesVersion(
         xcb_xfixes_query_version_reply(m_connection, fixesCookie, nullptr));
-    const XcbPointer<xcb_res_query_version_reply_t> resourcesVersion(
+    const Xcb::Owned<xcb_res_query_version_reply_t> resourcesVersion(
         xcb_res_query_version_reply(m_connection, resourcesCookie, nullptr));
     return isAtLeast(inputVersion.get(), 2, 1) && isAtLeast(fixesVersion.get(), 1, 0)
         && resourcesVersion
         && std::pair(resourcesVersion->server_major, resourcesVersion->server_minor)
         >= std::pair<uint16_t, uint16_t>(1, 2);
-}
-
-xcb_atom_t WatchConnection::atom(const char *name) const
-{
-    const XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        m_connection,
-        xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr));
-    return reply ? reply->atom : XCB_ATOM_NONE;
 }
 
 void WatchConnection::whenProcessKnown(xcb_window_t window, std::function<void(qint64)> handler)
@@ -123,7 +114,7 @@ void WatchConnection::whenProcessKnown(xcb_window_t window, std::function<void(q
 
 qint64 WatchConnection::processOf(xcb_window_t window) const
 {
-    const XcbPointer<xcb_res_query_client_ids_reply_t> reply(
+    const Xcb::Owned<xcb_res_query_client_ids_reply_t> reply(
         xcb_res_query_client_ids_reply(m_connection, askProcess(m_connection, window), nullptr));
     return processIn(reply.get());
 }
@@ -131,7 +122,7 @@ qint64 WatchConnection::processOf(xcb_window_t window) const
 void WatchConnection::readSocket()
 {
     while (auto *event = xcb_poll_for_event(m_connection))
-        dispatch(XcbPointer<xcb_generic_event_t>(event));
+        dispatch(Xcb::Owned<xcb_generic_event_t>(event));
     handleQueued();
 }
 
@@ -140,13 +131,13 @@ void WatchConnection::handleQueued()
     if (!m_usable)
         return;
     while (auto *event = xcb_poll_for_queued_event(m_connection))
-        dispatch(XcbPointer<xcb_generic_event_t>(event));
+        dispatch(Xcb::Owned<xcb_generic_event_t>(event));
     dispatchReplies();
     xcb_flush(m_connection);
     checkAlive();
 }
 
-void WatchConnection::dispatch(XcbPointer<xcb_generic_event_t> event)
+void WatchConnection::dispatch(Xcb::Owned<xcb_generic_event_t> event)
 {
     for (const auto &handler : m_handlers)
         handler(*event);
@@ -159,8 +150,8 @@ void WatchConnection::dispatchReplies()
         xcb_generic_error_t *error = nullptr;
         if (xcb_poll_for_reply(m_connection, m_pending.front().sequence, &reply, &error) == 0)
             return;
-        const XcbPointer<void> ownedReply(reply);
-        const XcbPointer<xcb_generic_error_t> ownedError(error);
+        const Xcb::Owned<void> ownedReply(reply);
+        const Xcb::Owned<xcb_generic_error_t> ownedError(error);
         const auto handler = std::move(m_pending.front().handler);
         m_pending.pop_front();
         handler(reply);

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/linux/x11/Xcb.h"
+
 #include <QObject>
 
 #include <xcb/xcb.h>
 
-#include <cstdlib>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -41,9 +42,6 @@ public:
     uint8_t inputOpcode() const { return m_inputOpcode; }
     uint8_t fixesFirstEvent() const { return m_fixesFirstEvent; }
 
-    /// Waits for the server: for start-up.
-    xcb_atom_t atom(const char *name) const;
-
     void addEventHandler(EventHandler handler) { m_handlers.push_back(std::move(handler)); }
     /// Called once, when the connection has broken and every reply was called off.
     void addBreakHandler(std::function<void()> handler)
@@ -79,7 +77,7 @@ private:
     bool hasExtensions();
     void readSocket();
     void handleQueued();
-    void dispatch(XcbPointer<xcb_generic_event_t> event);
+    void dispatch(Xcb::Owned<xcb_generic_event_t> event);
     void dispatchReplies();
     void checkAlive();
 

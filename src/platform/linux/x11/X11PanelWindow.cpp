@@ -139,6 +139,7 @@ bool X11PanelWindow::canFade() const
 void X11PanelWindow::setOpacity(double opacity)
 {
     setWindowOpacity(canFade() ? opacity : 1);
+    xcb_flush(m_connection); // The toolkit waits for something to paint.
 }
 
 void X11PanelWindow::setSlide(const QPointF &offset)

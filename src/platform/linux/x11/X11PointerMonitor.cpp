@@ -45,7 +45,7 @@ Ticket X11PointerMonitor::watch(std::function<void(PointerEvent)> handler)
 
 std::optional<QPointF> X11PointerMonitor::location() const
 {
-    if (m_native)
+    if (m_native && m_leftDown)
         return inPoints(*m_native);
     const auto reply = queryPointer();
     return reply ? std::optional(inPoints({ reply->root_x, reply->root_y })) : std::nullopt;
@@ -87,6 +87,7 @@ void X11PointerMonitor::handleEvent(const xcb_generic_event_t &event)
         return;
     if (!isWatched()) {
         listen(Listen::Nothing);
+        m_leftDown = false;
         return;
     }
     const auto &button = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
@@ -101,8 +102,7 @@ void X11PointerMonitor::handleEvent(const xcb_generic_event_t &event)
 void X11PointerMonitor::handleButton(PointerEvent event)
 {
     m_leftDown = event == PointerEvent::LeftDown;
-    if (!m_leftDown)
-        listen(Listen::Buttons);
+    listen(Listen::Buttons);
     m_nextSample.reset();
     m_sampling = false;
     enqueue(event);
@@ -190,8 +190,6 @@ void X11PointerMonitor::deliver(const Incoming &incoming)
         deliverPress(incoming);
         return;
     case PointerEvent::LeftUp:
-        if (incoming.native && m_native)
-            m_native = incoming.native;
         if (m_gate && m_gate())
             m_heldRelease = m_queue.after(longestHold, [this] { deliverRelease(); });
         else
@@ -208,6 +206,7 @@ void X11PointerMonitor::deliverPress(const Incoming &incoming)
 {
     if (m_heldRelease)
         deliverRelease();
+    m_native.reset();
     if (incoming.isOnOwnWindow || !incoming.native)
         return;
     m_native = incoming.native;
@@ -282,10 +281,10 @@ void X11PointerMonitor::sample()
     xcb_flush(m_connection.xcb());
 }
 
-XcbPointer<xcb_query_pointer_reply_t> X11PointerMonitor::queryPointer() const
+Xcb::Owned<xcb_query_pointer_reply_t> X11PointerMonitor::queryPointer() const
 {
     if (!m_connection.isUsable())
         return {};
-    return XcbPointer<xcb_query_pointer_reply_t>(xcb_query_pointer_reply(
+    return Xcb::Owned<xcb_query_pointer_reply_t>(xcb_query_pointer_reply(
         m_connection.xcb(), xcb_query_pointer(m_connection.xcb(), m_connection.root()), nullptr));
 }

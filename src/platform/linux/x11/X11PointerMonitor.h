@@ -68,7 +68,7 @@ private:
     bool isWatched();
     void listen(Listen listen);
     void sample();
-    XcbPointer<xcb_query_pointer_reply_t> queryPointer() const;
+    Xcb::Owned<xcb_query_pointer_reply_t> queryPointer() const;
 
     WatchConnection &m_connection;
     MainQueue &m_queue;

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/linux/DesktopEntries.h"
+
+/// From a process to the application that it is. Main thread.
+class ApplicationResolver
+{
+public:
+    /// The session's own processes and applications.
+    ApplicationResolver();
+    ApplicationResolver(QString processes, const QStringList &applications);
+
+    /// Its desktop entry's id without ".desktop"; empty where none can be told.
+    /// Asked in turn: the sandbox, the launcher's mark in the environment, the
+    /// unit in which the session runs it, and what the installed entries start.
+    QString identifier(qint64 process);
+
+private:
+    QString find(qint64 process);
+    QString fromSandbox(qint64 process) const;
+    QString fromLauncher(qint64 process) const;
+    QString fromUnit(qint64 process);
+    QString fromProgram(qint64 process);
+    QString path(qint64 process, const char *name) const;
+    QByteArray read(qint64 process, const char *name) const;
+
+    QString m_processes; // "/proc"
+    DesktopEntries m_entries;
+    // The last answer: while a drag goes on, the same question comes with every movement.
+    QByteArray m_lastProcess;
+    QString m_lastIdentifier;
+};
+
+/// The application's id in the name of a systemd unit, as desktops and D-Bus
+/// name the units in which they start applications; empty for other units.
+QString applicationInUnit(const QString &unit);

@@ -1,0 +1,169 @@
+#include "platform/linux/DesktopEntries.h"
+
+#include "platform/linux/NativeFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace {
+
+QString baseName(const QString &path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+/// "env NAME=value program": what runs in the end is the program.
+void skipEnv(QStringList &words)
+{
+    if (words.isEmpty() || baseName(words.first()) != QLatin1String("env"))
+        return;
+    words.removeFirst();
+    while (
+        !words.isEmpty()
+        && (words.first().startsWith(QLatin1Char('-')) || words.first().contains(QLatin1Char('='))))
+        words.removeFirst();
+}
+
+QString executable(const QString &program)
+{
+    const bool isPath = program.contains(QLatin1Char('/'));
+    return QFileInfo(isPath ? program : QStandardPaths::findExecutable(program))
+        .canonicalFilePath();
+}
+
+}
+
+QHash<QByteArray, QByteArray> keyFileGroup(const QByteArray &file, const QByteArray &group)
+{
+    QHash<QByteArray, QByteArray> values;
+    bool isInGroup = false;
+    for (const auto &each : file.split('\n')) {
+        const QByteArray line = each.trimmed();
+        const auto equals = line.indexOf('=');
+        if (line.startsWith('['))
+            isInGroup = line == '[' + group + ']';
+        else if (isInGroup && equals > 0 && !line.startsWith('#'))
+            values.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
+    }
+    return values;
+}
+
+DesktopEntries::DesktopEntries(QStringList folders)
+    : m_folders(std::move(folders))
+{
+}
+
+bool DesktopEntries::contains(const QString &identifier)
+{
+    refresh();
+    return m_identifiers.value(identifier);
+}
+
+QString DesktopEntries::identifierOf(const QString &path) const
+{
+    constexpr QLatin1String suffix(".desktop");
+    if (!path.endsWith(suffix))
+        return {};
+    QString name = baseName(path);
+    for (const auto &folder : m_folders) {
+        if (path.startsWith(folder + QLatin1Char('/'))) {
+            name = path.mid(folder.size() + 1);
+            break;
+        }
+    }
+    name.chop(suffix.size());
+    return name.replace(QLatin1Char('/'), QLatin1Char('-')); // As the menu specification has it.
+}
+
+QString DesktopEntries::matching(const QStringList &programs, const QStringList &arguments)
+{
+    refresh();
+    for (const auto &program : programs) {
+        int best = 0;
+        QString identifier;
+        for (const auto &entry : m_entries) {
+            const int like = likeness(entry, program, arguments);
+            if (like > best) {
+                best = like;
+                identifier = entry.identifier;
+            }
+        }
+        if (best > 0)
+            return identifier;
+    }
+    return {};
+}
+
+/// 0 for another program's entry. One program may have several entries, which
+/// differ by arguments; those that the process was not given speak against one.
+int DesktopEntries::likeness(const Entry &entry, const QString &program,
+                             const QStringList &arguments)
+{
+    const QString name = baseName(program);
+    if (name != baseName(entry.program) && name != baseName(entry.executable))
+        return 0;
+    const auto given
+        = std::count_if(entry.arguments.begin(), entry.arguments.end(),
+                        [&](const QString &argument) { return arguments.contains(argument); });
+    const bool isSameFile = program == entry.executable || program == entry.program;
+    return 1 + (entry.isInMenus ? 1 : 0) + 2 * static_cast<int>(std::min<qsizetype>(given, 9))
+        + (isSameFile ? 20 : 0) + (given == entry.arguments.size() ? 40 : 0);
+}
+
+void DesktopEntries::refresh()
+{
+    const bool isCurrent = !m_changeTimes.isEmpty()
+        && std::all_of(m_changeTimes.begin(), m_changeTimes.end(), [](const auto &folder) {
+               return QFileInfo(folder.first).lastModified() == folder.second;
+           });
+    if (isCurrent)
+        return;
+    m_changeTimes.clear();
+    m_entries.clear();
+    m_identifiers.clear();
+    for (const auto &folder : m_folders)
+        readFolder(folder, {});
+}
+
+void DesktopEntries::readFolder(const QString &folder, const QString &prefix)
+{
+    m_changeTimes.append({ folder, QFileInfo(folder).lastModified() });
+    const auto files
+        = QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    for (const auto &file : files) {
+        if (file.isDir() && !file.isSymLink())
+            readFolder(file.filePath(), prefix + file.fileName() + QLatin1Char('-'));
+        else if (file.fileName().endsWith(QLatin1String(".desktop")))
+            readEntry(file.filePath(), prefix + file.completeBaseName());
+    }
+}
+
+void DesktopEntries::readEntry(const QString &path, const QString &identifier)
+{
+    if (m_identifiers.contains(identifier))
+        return; // A more important folder has it.
+    const auto content = NativeFile::read(QFile::encodeName(path));
+    const auto values = keyFileGroup(content.bytes.value_or(QByteArray()), "Desktop Entry");
+    const bool isApplication
+        = values.value("Type") == "Application" && values.value("Hidden") != "true";
+    m_identifiers.insert(identifier, isApplication);
+    // Entries of Flatpak all run the same program, and their processes say who they are.
+    if (!isApplication || values.contains("X-Flatpak"))
+        return;
+    QStringList words = QProcess::splitCommand(QString::fromUtf8(values.value("Exec")));
+    skipEnv(words);
+    if (words.isEmpty())
+        return;
+    Entry entry { identifier, words.takeFirst(), {}, {}, values.value("NoDisplay") != "true" };
+    entry.executable = executable(entry.program);
+    for (const auto &word : words) {
+        if (!word.contains(QLatin1Char('%'))) // A code for files and the like.
+            entry.arguments.append(word);
+    }
+    m_entries.append(entry);
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "base/Ticket.h"
+#include "platform/DragSelection.h"
+#include "platform/linux/x11/WatchConnection.h"
+
+#include <QByteArray>
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+
+class MainQueue;
+
+/// The selection XdndSelection, which every source takes anew for each drag.
+/// At that moment it is asked for text/uri-list; a source that refuses is judged
+/// by the types that it names. Nothing is converted that has an effect in the
+/// source (promised files, portal transfers).
+class X11DragSelection final : public DragSelection
+{
+public:
+    X11DragSelection(WatchConnection &connection, MainQueue &queue);
+    X11DragSelection(const X11DragSelection &) = delete;
+    X11DragSelection &operator=(const X11DragSelection &) = delete;
+
+    int changeCount() const override { return m_changeCount; }
+    bool holdsFileUrls() const override { return m_holdsFileUrls; }
+
+    /// The process that announced the last drag, 0 where it is unknown.
+    qint64 ownerProcess() const { return m_ownerProcess; }
+
+private:
+    enum class Question { None, UriList, Types, Targets };
+
+    void handleEvent(const xcb_generic_event_t &event);
+    void ownerChanged(xcb_window_t owner, xcb_timestamp_t time);
+    void announced(xcb_window_t owner, xcb_timestamp_t time, qint64 process);
+    void convert(Question question);
+    void converted(const xcb_selection_notify_event_t &notify);
+    void refused();
+    void propertyWritten(xcb_atom_t property);
+    void readProperty();
+    void gotPiece(const xcb_get_property_reply_t *reply);
+    void judgeList(bool isComplete);
+    void askTypes();
+    void judgeTypes(const xcb_get_property_reply_t *reply);
+    void finish(bool holdsFiles);
+
+    WatchConnection &m_connection;
+    MainQueue &m_queue;
+    Xcb::Atoms m_atoms;
+    xcb_window_t m_window = Xcb::none; // Asks, and gets the answers as properties.
+
+    int m_changeCount = 0;
+    bool m_holdsFileUrls = false;
+    qint64 m_ownerProcess = 0;
+
+    // The announced drag and what is being asked about it.
+    int m_notices = 0; // Of any program: tells late replies.
+    xcb_window_t m_owner = Xcb::none;
+    xcb_timestamp_t m_time = 0;
+    Question m_question = Question::None;
+    xcb_atom_t m_property = Xcb::none; // Where the answer is to come.
+    int m_questions = 0;
+    bool m_isListRefused = false;
+    bool m_isIncremental = false;
+    QByteArray m_list;
+    Ticket m_deadline;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Screens.h"
+#include "platform/linux/x11/NativeGeometry.h"
+
+#include <QObject>
+
+#include <memory>
+
+class QScreen;
+
+/// What a panel or dock keeps for itself along one edge of the whole root window.
+struct Strut
+{
+    enum class Edge { Left, Right, Top, Bottom };
+    Edge edge;
+    int size; // Pixels from that edge of the root window.
+    int from, to; // The stretch of the edge that it takes, both included.
+};
+
+/// The part of a monitor that struts leave, in native pixels. A strut counts for
+/// the monitor in which its inner side lies: one at the edge between two
+/// monitors reaches through all of the outer one, which it does not mean.
+QRect withoutStruts(const QRect &monitor, const QSize &root, const QList<Strut> &struts);
+
+/// The toolkit's screens. On several, its available geometry is of no use: it
+/// is what one rectangle for the whole desktop, _NET_WORKAREA, leaves of each.
+class X11Screens final : public Screens
+{
+public:
+    X11Screens();
+    QList<Screen> all() const override;
+    std::optional<Screen> main() const override;
+
+private:
+    void watch(const QScreen *screen);
+    const QList<Screen> &current() const;
+
+    mutable std::optional<QList<Screen>> m_current; // Until the desktop changes.
+    QObject m_context; // Ends the connections to the toolkit with us.
+};
