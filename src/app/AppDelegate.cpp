@@ -73,14 +73,13 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::connectPanel()
 {
-    m_view = std::make_unique<ShelfView>(m_store, m_settings, m_texts, m_ql, m_desktop.icons,
-                                         m_desktop.dragSession, m_desktop.queue,
-                                         m_desktop.resources);
+    m_view
+        = std::make_unique<ShelfView>(m_store, m_settings, m_texts, m_ql, m_desktop.icons,
+                                      m_desktop.dragSession, m_desktop.queue, m_desktop.resources);
     m_desktop.panelWindow.setRootView(m_view.get());
-    m_panel = std::make_unique<ShelfPanel>(m_desktop.panelWindow, m_desktop.screens,
-                                           m_desktop.pointer, m_desktop.preferences,
-                                           m_desktop.dragSession, m_desktop.icons, m_desktop.queue,
-                                           m_ql);
+    m_panel = std::make_unique<ShelfPanel>(
+        m_desktop.panelWindow, m_desktop.screens, m_desktop.pointer, m_desktop.preferences,
+        m_desktop.dragSession, m_desktop.icons, m_desktop.queue, m_ql);
     m_panel->positionMode = m_settings.summonPosition.value();
     m_panel->onKey = [this](const KeyEvent &event) { return handleKey(event); };
     m_panel->beginPress = [this] { m_store.pressedID.reset(); };
@@ -107,8 +106,7 @@ void AppDelegate::connectMonitor()
     m_monitor.onDragStart = [this] { handleDragStart(); };
     m_monitor.onDragEnd = [this] { handleDragEnd(); };
     whenSet(m_settings.shakeToSummon, [this](bool enabled) { m_monitor.dragEnabled = enabled; });
-    whenSet(m_settings.cornerToSummon,
-            [this](bool enabled) { m_monitor.cornerEnabled = enabled; });
+    whenSet(m_settings.cornerToSummon, [this](bool enabled) { m_monitor.cornerEnabled = enabled; });
     whenSet(m_settings.dragModifier, [this](const QString &modifier) {
         m_monitor.requiredModifier = requiredModifier(modifier);
     });

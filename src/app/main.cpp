@@ -17,11 +17,13 @@
 #include "platform/linux/x11/X11PanelWindow.h"
 #include "platform/linux/x11/X11PointerMonitor.h"
 #include "platform/linux/x11/X11Screens.h"
+#include "platform/linux/x11/Xcb.h"
 #include "platform/linux/x11/XdndTarget.h"
 #include "store/LegacyMigration.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QStandardPaths>
 
 #include <cstdio>
 
@@ -42,12 +44,13 @@ struct X11Desktop
     X11Desktop(MainQueue &queue, Workers &workers)
         : pointer(watch, queue)
         , dragSelection(watch, queue)
-        , resolver(QStringLiteral("/proc"), ApplicationResolver::standardFolders())
+        , resolver(QStringLiteral("/proc"),
+                   QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
         , front(watch, resolver)
         , panelWindow(queue)
         , dropTarget(queue)
         , dragSession(panelWindow, queue, workers)
-        , statusItem(watch)
+        , statusItem(queue)
     {
         dropTarget.attach(panelWindow.winId());
         // A release counts once the drop that it may be has landed.
@@ -86,10 +89,9 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     ThemeIcons icons(resources + QStringLiteral("/icons"));
     X11Desktop x11(queue, workers);
 
-    AppDelegate delegate({ queue, workers, sounds, preferences, autostart, x11.screens,
-                           x11.pointer, x11.dragSelection, x11.front, icons, x11.panelWindow,
-                           x11.dropTarget, x11.dragSession, x11.statusItem, directories,
-                           resources },
+    AppDelegate delegate({ queue, workers, sounds, preferences, autostart, x11.screens, x11.pointer,
+                           x11.dragSelection, x11.front, icons, x11.panelWindow, x11.dropTarget,
+                           x11.dragSession, x11.statusItem, directories, resources },
                          texts);
     delegate.onQuit = [] { QCoreApplication::quit(); };
     delegate.applicationDidFinishLaunching();

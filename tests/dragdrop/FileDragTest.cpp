@@ -24,7 +24,10 @@ struct RowWorld
         drag.dragURLs = [this] { return pressed; };
         drag.onDraggedOut = [this](const QList<QUrl> &urls) { out = urls; };
     }
-    bool down(double x, double y) { return drag.routeRowDrag(WindowButtonEvent::LeftDown, { x, y }); }
+    bool down(double x, double y)
+    {
+        return drag.routeRowDrag(WindowButtonEvent::LeftDown, { x, y });
+    }
     bool move(double x, double y)
     {
         return drag.routeRowDrag(WindowButtonEvent::LeftDragged, { x, y });
@@ -48,9 +51,8 @@ TEST(FileDragTest, IconsFanOutDownAndRightAndOnlyEightAreDrawn)
     ASSERT_EQ(items.size(), 10);
     EXPECT_EQ(items[0].frame, QRectF(80, 30, 40, 40));
     EXPECT_EQ(items[2].frame, QRectF(88, 38, 40, 40));
-    const auto colour = [&](qsizetype i) {
-        return items[i].icon.pixmap(40).toImage().pixelColor(0, 0);
-    };
+    const auto colour
+        = [&](qsizetype i) { return items[i].icon.pixmap(40).toImage().pixelColor(0, 0); };
     EXPECT_EQ(colour(0), QColor(Qt::blue));
     EXPECT_EQ(colour(7), QColor(Qt::darkGreen));
     EXPECT_TRUE(items[8].icon.isNull());

@@ -1,5 +1,5 @@
-#include "platform/linux/DragFormats.h"
 #include "platform/linux/DropFormats.h"
+#include "platform/linux/DragFormats.h"
 
 #include "base/FilePath.h"
 
@@ -38,20 +38,28 @@ TEST(DropFormatsTest, AListOfAddressesKeepsEveryByteOfItsFiles)
     const QByteArray own = QSysInfo::machineHostName().toUtf8();
     const Case cases[] = {
         { "order, comments, blank lines, every line ending",
-          "# c\r\nfile:///b\r\n\r\nfile:///a\nfile:///c\r", { "file:///b", "file:///a", "file:///c" } },
+          "# c\r\nfile:///b\r\n\r\nfile:///a\nfile:///c\r",
+          { "file:///b", "file:///a", "file:///c" } },
         { "escapes of bytes that are not UTF-8", "file:///n%E4me%ff", { "file:///n%E4me%FF" } },
         { "the same bytes without escapes", "file:///n\xE4me", { "file:///n%E4me" } },
-        { "newline and percent sign in a name", "file:///a%0Ab/100%25", { "file:///a%0Ab/100%25" } },
-        { "broken escapes", "file:///a%\nfile:///b%4\nfile:///c%zz",
+        { "newline and percent sign in a name",
+          "file:///a%0Ab/100%25",
+          { "file:///a%0Ab/100%25" } },
+        { "broken escapes",
+          "file:///a%\nfile:///b%4\nfile:///c%zz",
           { "file:///a%25", "file:///b%254", "file:///c%25zz" } },
-        { "this machine's names", "file://localhost/a\nfile://" + own + "/b\nfile:/c",
+        { "this machine's names",
+          "file://localhost/a\nfile://" + own + "/b\nfile:/c",
           { "file:///a", "file:///b", "file:///c" } },
-        { "another machine, no path, a zero byte", "file://elsewhere/a\nfile://\nfile:x\nfile:///a%00b",
+        { "another machine, no path, a zero byte",
+          "file://elsewhere/a\nfile://\nfile:x\nfile:///a%00b",
           {} },
-        { "a directory, and a way around", "file:///a/b/\nfile:///a/./c/../d",
+        { "a directory, and a way around",
+          "file:///a/b/\nfile:///a/./c/../d",
           { "file:///a/b/", "file:///a/d" } },
         { "a place in a page", "file:///page.html#top", { "file:///page.html" } },
-        { "web addresses among files", "https://example.org/?a=b#c\nFILE:///a\nnonsense\n://",
+        { "web addresses among files",
+          "https://example.org/?a=b#c\nFILE:///a\nnonsense\n://",
           { "https://example.org/?a=b#c", "file:///a" } },
         { "zero bytes at the end", QByteArray("file:///a\r\n\0\0", 13), { "file:///a" } },
     };
@@ -66,8 +74,8 @@ TEST(DropFormatsTest, HostileDataIsReadToItsEnd)
     EXPECT_TRUE(spelled(QByteArray(1'000'000, '\n')).isEmpty());
     EXPECT_TRUE(spelled(QByteArray(1'000'000, '\0')).isEmpty());
     EXPECT_EQ(spelled("file:///" + QByteArray(100'000, '%')).size(), 1);
-    for (const auto &type : { u"text/plain"_s, u"text/unicode"_s, u"text/html"_s, u"STRING"_s,
-                              u"UTF8_STRING"_s }) {
+    for (const auto &type :
+         { u"text/plain"_s, u"text/unicode"_s, u"text/html"_s, u"STRING"_s, u"UTF8_STRING"_s }) {
         SCOPED_TRACE(qPrintable(type));
         EXPECT_FALSE(DropFormats::text(type, {}));
         EXPECT_FALSE(DropFormats::text(type, QByteArray(3, '\0')));
@@ -92,7 +100,11 @@ TEST(DropFormatsTest, TextIsDecodedAsItsTypeSays)
     const QString umlaut = u"\u00e4b"_s;
     const Case cases[] = {
         { "UTF-8", u"text/plain;charset=UTF-8"_s, "\xc3\xa4"_ba + "b", umlaut },
-        { "UTF-8 with a zero at its end", u"UTF8_STRING"_s, QByteArray("\xc3\xa4" "b\0", 4), umlaut },
+        { "UTF-8 with a zero at its end", u"UTF8_STRING"_s,
+          QByteArray("\xc3\xa4"
+                     "b\0",
+                     4),
+          umlaut },
         { "valid UTF-8 of unknown kind", u"text/plain"_s, "\xc3\xa4"_ba + "b", umlaut },
         { "not valid, so Latin-1", u"text/plain"_s, "\xe4"_ba + "b", umlaut },
         { "Latin-1", u"STRING"_s, "\xe4"_ba + "b", umlaut },
@@ -105,7 +117,8 @@ TEST(DropFormatsTest, TextIsDecodedAsItsTypeSays)
           u"https://a.b/c.png"_s },
         { "a picture in a link", u"text/html"_s, "<a href=\"https://a.b/\"><img src=\"c.png\"></a>",
           u"https://a.b/"_s },
-        { "a page", u"text/html"_s, "<p>one <a href=\"https://a.b/\">two</a></p><p>three", u"one two\nthree"_s },
+        { "a page", u"text/html"_s, "<p>one <a href=\"https://a.b/\">two</a></p><p>three",
+          u"one two\nthree"_s },
         { "a page in UTF-16", u"text/html"_s, utf16(u"<b>bold</b>"_s), u"bold"_s },
     };
     for (const Case &c : cases) {
@@ -123,8 +136,12 @@ TEST(DropFormatsTest, BrowsersWriteAddressAndTitle)
 
 TEST(DropFormatsTest, TheBestTypeIsReadFirstAndUnknownOnesNever)
 {
-    const QStringList offered { u"text/html"_s, u"STRING"_s, u"text/plain"_s, u"text/x-moz-url"_s,
-                                u"text/plain;charset=utf-8"_s, u"text/plain;charset=koi8-r"_s };
+    const QStringList offered { u"text/html"_s,
+                                u"STRING"_s,
+                                u"text/plain"_s,
+                                u"text/x-moz-url"_s,
+                                u"text/plain;charset=utf-8"_s,
+                                u"text/plain;charset=koi8-r"_s };
     EXPECT_EQ(DropFormats::textTypes(offered).join(u'|'),
               u"text/plain;charset=utf-8|text/plain|STRING|text/html"_s);
     EXPECT_EQ(DropFormats::urlTypes(offered), QStringList { u"text/x-moz-url"_s });

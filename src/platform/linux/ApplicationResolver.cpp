@@ -71,16 +71,15 @@ QString applicationInUnit(const QString &unit)
     return match.hasMatch() ? unescaped(match.captured(match.lastCapturedIndex())) : QString();
 }
 
-ApplicationResolver::ApplicationResolver()
-    : ApplicationResolver(QStringLiteral("/proc"),
-                          QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
-{
-}
-
 ApplicationResolver::ApplicationResolver(QString processes, const QStringList &applications)
     : m_processes(std::move(processes))
     , m_entries(applications)
 {
+}
+
+QStringList ApplicationResolver::standardFolders()
+{
+    return QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation);
 }
 
 QString ApplicationResolver::identifier(qint64 process)

@@ -6,9 +6,11 @@
 class ApplicationResolver
 {
 public:
-    /// The session's own processes and applications.
-    ApplicationResolver();
+    /// processes: "/proc" or what stands for it. applications: the folders with
+    /// desktop entries, the most important first.
     ApplicationResolver(QString processes, const QStringList &applications);
+
+    static QStringList standardFolders();
 
     /// Its desktop entry's id without ".desktop"; empty where none can be told.
     /// Asked in turn: the sandbox, the launcher's mark in the environment, the

@@ -41,11 +41,11 @@ QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls)
     QList<Format> formats { { QLatin1String(DropFormats::uriList), list } };
     if (links.isEmpty())
         return formats;
-    formats.append({ QStringLiteral("text/x-moz-url"),
-                     utf16(QString::fromLatin1(titledLinks.join('\n'))) });
+    formats.append(
+        { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titledLinks.join('\n'))) });
     // An encoded address is ASCII, which is the same in all of these.
-    for (const char *type : { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "STRING",
-                              "TEXT" })
+    for (const char *type :
+         { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "STRING", "TEXT" })
         formats.append({ QLatin1String(type), links.join('\n') });
     return formats;
 }

@@ -12,6 +12,10 @@
 
 namespace {
 
+// Bytes. The parser takes quadratic time for tags within tags: some four seconds
+// for this much. Sources of whole pages offer their text as well.
+constexpr qsizetype htmlCap = 128 << 10;
+
 enum class Charset { Utf8, Guess, Utf16, Latin1, Html };
 
 /// How a text type is encoded; none for types that hold no text. Names of
@@ -146,8 +150,8 @@ bool isThisMachine(QByteArrayView host)
 /// The rest of a line after "file:".
 std::optional<QUrl> fileUrl(QByteArrayView rest)
 {
-    const auto end = std::find_if(rest.begin(), rest.end(),
-                                  [](char c) { return c == '?' || c == '#'; });
+    const auto end
+        = std::find_if(rest.begin(), rest.end(), [](char c) { return c == '?' || c == '#'; });
     rest = rest.first(end - rest.begin());
     if (rest.startsWith("//")) {
         const auto path = rest.indexOf('/', 2);
@@ -186,9 +190,8 @@ QByteArrayView withoutZeros(QByteArrayView data)
 QStringList ranked(QStringList types, const auto &rankOf)
 {
     types.removeIf([&](const QString &type) { return !rankOf(type); });
-    std::stable_sort(types.begin(), types.end(), [&](const auto &a, const auto &b) {
-        return *rankOf(a) < *rankOf(b);
-    });
+    std::stable_sort(types.begin(), types.end(),
+                     [&](const auto &a, const auto &b) { return *rankOf(a) < *rankOf(b); });
     return types;
 }
 
@@ -244,7 +247,8 @@ std::optional<QString> DropFormats::text(const QString &type, const QByteArray &
         text = QString::fromLatin1(withoutZeros(data));
         break;
     case Charset::Html:
-        text = textOfHtml(fromHtmlBytes(data));
+        if (data.size() <= htmlCap)
+            text = textOfHtml(fromHtmlBytes(data));
         break;
     }
     while (text.endsWith(QChar::Null))
@@ -256,8 +260,8 @@ std::optional<QString> DropFormats::text(const QString &type, const QByteArray &
 
 std::optional<QUrl> DropFormats::url(const QString &type, const QByteArray &data)
 {
-    const QString lines = urlFormOf(type) == UrlForm::Utf16 ? fromUtf16(data)
-                                                            : fromBytes(withoutZeros(data));
+    const QString lines
+        = urlFormOf(type) == UrlForm::Utf16 ? fromUtf16(data) : fromBytes(withoutZeros(data));
     const QString line = lines.section(QLatin1Char('\n'), 0, 0).remove(QChar::Null);
     return addressOfLine(line.toUtf8());
 }

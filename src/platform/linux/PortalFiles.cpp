@@ -1,8 +1,8 @@
 #include "platform/linux/PortalFiles.h"
 
 #include <QDBusConnection>
-#include <QDBusMetaType>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusReply>
@@ -63,8 +63,8 @@ PortalFiles::PortalFiles()
         const auto message = QDBusMessage::createMethodCall(
             QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
             QStringLiteral("org.freedesktop.DBus"), QLatin1String(method));
-        auto *watcher = new QDBusPendingCallWatcher(
-            QDBusConnection::sessionBus().asyncCall(message));
+        auto *watcher
+            = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(message));
         QObject::connect(watcher, &QDBusPendingCallWatcher::finished,
                          [available = m_available](QDBusPendingCallWatcher *finished) {
                              const QDBusPendingReply<QStringList> names = *finished;
@@ -77,8 +77,8 @@ PortalFiles::PortalFiles()
 
 std::optional<QByteArrayList> PortalFiles::retrieve(const QByteArray &key)
 {
-    const QDBusReply<QStringList> reply = call(QStringLiteral("RetrieveFiles"),
-                                               { QString::fromUtf8(key), QVariantMap() });
+    const QDBusReply<QStringList> reply
+        = call(QStringLiteral("RetrieveFiles"), { QString::fromUtf8(key), QVariantMap() });
     if (!reply.isValid() || reply.value().isEmpty())
         return std::nullopt;
     QByteArrayList paths;

@@ -1,159 +1,100 @@
 #include "platform/linux/TrayItem.h"
 
-#include "platform/linux/x11/WatchConnection.h"
-#include "platform/linux/x11/X11Root.h"
-#include "platform/linux/x11/Xcb.h"
-
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
-#include <QDBusServiceWatcher>
-#include <QDBusVariant>
 #include <QMenu>
-#include <QSystemTrayIcon>
+#include <QPixmap>
 
-#include <xcb/xfixes.h>
+#include <array>
 
 namespace {
 
-const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+/// Many panels are both kinds of tray and start with the poorer one.
+constexpr double notifierGrace = 1; // Seconds.
+
+constexpr std::array imageSizes { 16, 22, 24, 32, 48, 64 };
+
+/// The sizes that trays ask for, drawn once, each sharp.
+QIcon atTraySizes(const QIcon &image)
+{
+    QIcon result;
+    for (const int size : imageSizes)
+        result.addPixmap(image.pixmap(QSize(size, size), 1.0));
+    return result;
+}
 
 }
 
-TrayItem::TrayItem(WatchConnection &connection)
-    : m_connection(connection)
-    , m_menu(std::make_unique<QMenu>())
+TrayItem::TrayItem(MainQueue &queue)
+    : m_queue(queue)
 {
-    watchNotifierHost();
-    watchXEmbedTray();
-    askNotifierHost();
+    m_hosts.onChange = [this] { update(); };
+    update();
 }
 
 TrayItem::~TrayItem() = default;
 
-void TrayItem::watchNotifierHost()
-{
-    auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return;
-    m_watcher = std::make_unique<QDBusServiceWatcher>(watcherName, bus,
-                                                      QDBusServiceWatcher::WatchForRegistration);
-    connect(m_watcher.get(), &QDBusServiceWatcher::serviceRegistered, this,
-            [this] { askNotifierHost(); });
-    bus.connect(watcherName, watcherPath, watcherName,
-                QStringLiteral("StatusNotifierHostRegistered"), this,
-                SLOT(notifierHostRegistered()));
-}
-
-void TrayItem::watchXEmbedTray()
-{
-    if (!m_connection.isUsable())
-        return;
-    xcb_connection_t *xcb = m_connection.xcb();
-    const xcb_window_t root = m_connection.root();
-    m_traySelection = Xcb::Atoms(xcb)(
-        "_NET_SYSTEM_TRAY_S" + QByteArray::number(X11Root::screenNumber(xcb, root)));
-    xcb_xfixes_select_selection_input(xcb, root, m_traySelection,
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER);
-    xcb_flush(xcb);
-    m_connection.addEventHandler([this](const xcb_generic_event_t &event) {
-        if ((event.response_type & 0x7f)
-            != m_connection.fixesFirstEvent() + XCB_XFIXES_SELECTION_NOTIFY)
-            return;
-        const auto &notice = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event);
-        if (notice.selection == m_traySelection && notice.owner != XCB_NONE && m_hostAsked)
-            make(Kind::XEmbed);
-    });
-}
-
-/// A watcher without a host shows nothing to anybody: only a host counts.
-void TrayItem::askNotifierHost()
-{
-    const auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
-        m_hostAsked = true;
-        askXEmbedTray();
-        return;
-    }
-    auto question = QDBusMessage::createMethodCall(
-        watcherName, watcherPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-        QStringLiteral("Get"));
-    question << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
-    question.setAutoStartService(false);
-    auto *call = new QDBusPendingCallWatcher(bus.asyncCall(question, 2000), this);
-    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-        const QDBusPendingReply<QDBusVariant> reply = *call;
-        call->deleteLater();
-        m_hostAsked = true;
-        if (reply.isValid() && reply.value().variant().toBool())
-            make(Kind::StatusNotifier);
-        else
-            askXEmbedTray();
-    });
-}
-
-void TrayItem::askXEmbedTray()
-{
-    if (!m_connection.isUsable())
-        return;
-    xcb_connection_t *xcb = m_connection.xcb();
-    m_connection.whenAnswered<xcb_get_selection_owner_reply_t>(
-        xcb_get_selection_owner(xcb, m_traySelection), [this](const auto *reply) {
-            if (reply && reply->owner != XCB_NONE)
-                make(Kind::XEmbed);
-        });
-    xcb_flush(xcb);
-}
-
-void TrayItem::make(Kind kind)
-{
-    if (m_icon)
-        return;
-    m_kind = kind;
-    m_icon = std::make_unique<QSystemTrayIcon>(m_image);
-    m_icon->setToolTip(m_description);
-    fillMenu();
-    m_icon->setContextMenu(m_menu.get());
-    connect(m_icon.get(), &QSystemTrayIcon::activated, this, [this](auto reason) {
-        if (reason == QSystemTrayIcon::Trigger && onActivate)
-            onActivate();
-    });
-    m_icon->show();
-}
-
 void TrayItem::setImage(const QIcon &image, const QString &description)
 {
-    m_image = image;
+    m_image = atTraySizes(image);
     m_description = description;
-    if (!m_icon)
-        return;
-    m_icon->setIcon(image);
-    m_icon->setToolTip(description);
+    if (m_icon) {
+        m_icon->setIcon(m_image);
+        m_icon->setToolTip(m_description);
+    }
 }
 
 void TrayItem::setMenu(const QList<MenuEntry> &entries)
 {
     m_entries = entries;
     if (m_icon)
-        fillMenu();
+        buildMenu();
 }
 
-void TrayItem::fillMenu()
+void TrayItem::update()
 {
-    m_menu->clear();
-    for (const MenuEntry &entry : m_entries) {
-        if (entry.title.isEmpty()) {
-            m_menu->addSeparator();
-            continue;
-        }
-        // "&" marks a mnemonic for the toolkit; on its way over D-Bus "_" does, and the
-        // toolkit turns the one into the other without escaping the other.
-        QString title = entry.title;
-        title.replace(QLatin1Char('&'), QLatin1String("&&"));
-        if (m_kind == Kind::StatusNotifier)
-            title.replace(QLatin1Char('_'), QLatin1String("__"));
-        m_menu->addAction(title, this, [action = entry.action] { action(); });
+    if (m_icon || !m_hosts.isSettled())
+        return;
+    const bool wait = !std::exchange(m_startingUp, false);
+    if (m_hosts.hasNotifierHost()) {
+        appear(TrayKind::Notifier);
+    } else if (!m_hosts.hasTrayManager()) {
+        m_grace.reset();
+    } else if (!wait) {
+        appear(TrayKind::Embedded);
+    } else if (!m_grace) {
+        m_grace = m_queue.after(notifierGrace, [this] { appear(TrayKind::Embedded); });
     }
+}
+
+/// The toolkit now asks the notifier watcher by itself and waits for it: it has
+/// just answered us, or there is none.
+void TrayItem::appear(TrayKind kind)
+{
+    m_grace.reset();
+    m_kind = kind;
+    m_icon = std::make_unique<QSystemTrayIcon>();
+    QObject::connect(m_icon.get(), &QSystemTrayIcon::activated, m_icon.get(),
+                     [this](QSystemTrayIcon::ActivationReason reason) {
+                         if (reason == QSystemTrayIcon::Trigger && onActivate)
+                             onActivate();
+                     });
+    m_icon->setIcon(m_image);
+    m_icon->setToolTip(m_description);
+    buildMenu();
+    m_icon->show();
+}
+
+void TrayItem::buildMenu()
+{
+    auto menu = std::make_unique<QMenu>();
+    for (const MenuEntry &entry : m_entries) {
+        if (entry.title.isEmpty())
+            menu->addSeparator();
+        else
+            menu->addAction(trayLabel(entry.title, m_kind), menu.get(), entry.action);
+    }
+    m_icon->setContextMenu(menu.get());
+    // The old one may be the one whose entry is being chosen.
+    if (m_menu)
+        m_menu.release()->deleteLater();
+    m_menu = std::move(menu);
 }

@@ -6,7 +6,7 @@
 namespace {
 
 constexpr quint32 pagerSource = 2; // Of _NET_ACTIVE_WINDOW: obeyed without focus-stealing checks.
-constexpr double answerTime = 0.3; // Seconds; mutter under load needed 40 ms.
+constexpr double answerTime = 0.3; // Seconds that a window manager has for it.
 
 }
 

@@ -72,16 +72,15 @@ void X11DragSelection::ownerChanged(xcb_window_t owner, xcb_timestamp_t time)
         return; // The end of a drag; what it carried stays known.
     m_connection.whenProcessKnown(owner, [this, owner, time, notice = m_notices](qint64 process) {
         if (process != ::getpid() && notice == m_notices)
-            announced(owner, time, process);
+            announced(owner, time);
     });
 }
 
-void X11DragSelection::announced(xcb_window_t owner, xcb_timestamp_t time, qint64 process)
+void X11DragSelection::announced(xcb_window_t owner, xcb_timestamp_t time)
 {
     ++m_changeCount;
     m_holdsFileUrls = false;
     m_owner = owner;
-    m_ownerProcess = process;
     m_time = time;
     m_isListRefused = false;
     convert(Question::UriList);

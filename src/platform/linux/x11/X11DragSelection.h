@@ -26,15 +26,12 @@ public:
     int changeCount() const override { return m_changeCount; }
     bool holdsFileUrls() const override { return m_holdsFileUrls; }
 
-    /// The process that announced the last drag, 0 where it is unknown.
-    qint64 ownerProcess() const { return m_ownerProcess; }
-
 private:
     enum class Question { None, UriList, Types, Targets };
 
     void handleEvent(const xcb_generic_event_t &event);
     void ownerChanged(xcb_window_t owner, xcb_timestamp_t time);
-    void announced(xcb_window_t owner, xcb_timestamp_t time, qint64 process);
+    void announced(xcb_window_t owner, xcb_timestamp_t time);
     void convert(Question question);
     void converted(const xcb_selection_notify_event_t &notify);
     void refused();
@@ -53,7 +50,6 @@ private:
 
     int m_changeCount = 0;
     bool m_holdsFileUrls = false;
-    qint64 m_ownerProcess = 0;
 
     // The announced drag and what is being asked about it.
     int m_notices = 0; // Of any program: tells late replies.

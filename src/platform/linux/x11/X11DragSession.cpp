@@ -4,11 +4,13 @@
 #include "base/MainQueue.h"
 #include "platform/linux/DragFormats.h"
 
+#include <QBitmap>
 #include <QCoreApplication>
 #include <QDrag>
 #include <QMimeData>
 #include <QPainter>
 #include <QPixmap>
+#include <QWindow>
 
 #include <algorithm>
 #include <utility>
@@ -58,6 +60,18 @@ Picture picture(const QList<DraggingItem> &items, const QPointF &at, qreal ratio
     return { pixmap, (at - bounds.topLeft()).toPoint() };
 }
 
+QRegion shapeOf(const QPixmap &pixmap)
+{
+    if (pixmap.isNull())
+        return {};
+    return pixmap.scaled(pixmap.deviceIndependentSize().toSize()).mask();
+}
+
+xcb_window_t rootWindow(xcb_connection_t *connection)
+{
+    return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+}
+
 QList<QUrl> urlsOf(const QList<DraggingItem> &items)
 {
     QList<QUrl> urls;
@@ -86,6 +100,7 @@ X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &worke
     , m_workers(workers)
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
+    , m_compositor(m_connection, rootWindow(m_connection))
 {
     m_atoms.fetch({ "XdndSelection", "XdndStatus", "XdndFinished", "XdndTypeList", "XdndAware" });
     QCoreApplication::instance()->installNativeEventFilter(this);
@@ -113,6 +128,8 @@ void X11DragSession::begin(const QList<DraggingItem> &items, const QPointF &at,
     const auto [pixmap, hotSpot] = picture(items, at, m_window->devicePixelRatioF());
     drag->setPixmap(pixmap);
     drag->setHotSpot(hotSpot);
+    m_shape = shapeOf(pixmap);
+    m_windowsBefore = QGuiApplication::allWindows();
     const std::weak_ptr alive(m_alive);
     const Qt::DropAction action = drag->exec(Qt::CopyAction);
     if (!alive.lock())
@@ -133,6 +150,7 @@ bool X11DragSession::nativeEventFilter(const QByteArray &type, void *message, qi
     if (m_state == State::Starting) {
         m_state = State::Dragging;
         announceTypes();
+        shapePicture();
     }
     switch (static_cast<xcb_generic_event_t *>(message)->response_type & 0x7f) {
     case XCB_SELECTION_REQUEST:
@@ -167,12 +185,24 @@ void X11DragSession::announceTypes()
     const auto cookie = xcb_get_selection_owner(m_connection, m_atoms("XdndSelection"));
     const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
-    if (!reply || reply->owner == Xcb::none)
+    if (!reply || !Xcb::isOwn(m_connection, reply->owner))
         return;
     const auto types = m_offer->types();
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, reply->owner, m_atoms("XdndTypeList"),
                         XCB_ATOM_ATOM, 32, static_cast<quint32>(types.size()), types.constData());
     xcb_flush(m_connection);
+}
+
+/// Without a compositing manager the toolkit shows the picture on a plain
+/// rectangle: the shape it means to give that window has no effect.
+void X11DragSession::shapePicture()
+{
+    const auto windows = QGuiApplication::allWindows();
+    for (QWindow *window : windows) {
+        if (!m_windowsBefore.contains(window) && !m_compositor.isRunning())
+            window->setMask(m_shape);
+    }
+    m_windowsBefore.clear();
 }
 
 void X11DragSession::handleMessage(const xcb_client_message_event_t &message)

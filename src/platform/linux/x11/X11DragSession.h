@@ -4,10 +4,13 @@
 #include "platform/DragSession.h"
 #include "platform/linux/PortalFiles.h"
 #include "platform/linux/x11/DragOffer.h"
+#include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/Xcb.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QGuiApplication>
 #include <QPointer>
+#include <QRegion>
 #include <QWidget>
 
 #include <memory>
@@ -41,6 +44,7 @@ private:
     bool answerRequest(const xcb_selection_request_event_t &request);
     void handleMessage(const xcb_client_message_event_t &message);
     void announceTypes();
+    void shapePicture();
     bool isTaken(const quint32 *data);
     void end(bool accepted);
 
@@ -49,9 +53,12 @@ private:
     Workers &m_workers;
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
+    X11Compositor m_compositor;
     PortalFiles m_portal;
 
     State m_state = State::Idle;
+    QRegion m_shape; // Of the picture.
+    QWindowList m_windowsBefore; // Without the one that shows the picture.
     std::unique_ptr<DragOffer> m_offer; // Stays after the drag: targets read on.
     xcb_window_t m_target = Xcb::none; // The last one that answered the drag.
     std::optional<bool> m_taken; // What the target said.

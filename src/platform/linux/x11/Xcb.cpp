@@ -40,6 +40,12 @@ void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t 
     xcb_flush(connection);
 }
 
+bool Xcb::isOwn(xcb_connection_t *connection, xcb_window_t window)
+{
+    const auto *setup = xcb_get_setup(connection);
+    return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+}
+
 void Xcb::Atoms::fetch(std::initializer_list<const char *> names)
 {
     std::vector<std::pair<QByteArray, xcb_intern_atom_cookie_t>> asked;

@@ -36,6 +36,10 @@ QList<quint32> property32(xcb_connection_t *connection, xcb_window_t window, xcb
 void sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
                  std::initializer_list<quint32> data, xcb_window_t about);
 
+/// Whether that connection made the window: the X server gives each client a range
+/// of numbers.
+bool isOwn(xcb_connection_t *connection, xcb_window_t window);
+
 /// Names and numbers of atoms on one connection; each is asked of the X server once.
 class Atoms
 {

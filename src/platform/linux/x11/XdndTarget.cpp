@@ -80,7 +80,9 @@ void XdndTarget::enter(const quint32 *data)
 {
     endHover(); // Of a source that went without a word.
     const quint32 version = data[1] >> 24;
-    if (version < oldestVersion || version > newestVersion || isOurs(data[0]) || !watch(data[0]))
+    if (version < oldestVersion || version > newestVersion)
+        return;
+    if (Xcb::isOwn(m_connection, data[0]) || !watch(data[0]))
         return;
     Hover hover;
     hover.source = data[0];
@@ -217,13 +219,6 @@ bool XdndTarget::watch(xcb_window_t source)
         = xcb_change_window_attributes_checked(m_connection, source, XCB_CW_EVENT_MASK, &events);
     const Xcb::Owned<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie));
     return !error;
-}
-
-/// A drag of this program; the X server gives each of its clients a range of numbers.
-bool XdndTarget::isOurs(xcb_window_t window) const
-{
-    const auto *setup = xcb_get_setup(m_connection);
-    return (window & ~setup->resource_id_mask) == setup->resource_id_base;
 }
 
 void XdndTarget::setTargeted(bool targeted)

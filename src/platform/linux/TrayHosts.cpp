@@ -1,0 +1,132 @@
+#include "platform/linux/TrayHosts.h"
+
+#include "platform/linux/x11/Xcb.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
+
+#include <xcb/xfixes.h>
+
+namespace {
+
+const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+constexpr int answerLimit = 2000; // Milliseconds.
+
+xcb_window_t rootOf(xcb_connection_t *connection, int screen)
+{
+    auto roots = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; screen > 0 && roots.rem > 1; --screen)
+        xcb_screen_next(&roots);
+    return roots.rem > 0 ? roots.data->root : Xcb::none;
+}
+
+}
+
+TrayHosts::TrayHosts()
+{
+    watchServer();
+    watchBus();
+}
+
+TrayHosts::~TrayHosts()
+{
+    QCoreApplication::instance()->removeNativeEventFilter(this);
+}
+
+void TrayHosts::watchBus()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        m_settled = true;
+        return;
+    }
+    auto *watcher = new QDBusServiceWatcher(
+        watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            &TrayHosts::askNotifierWatcher);
+    // From any sender: naming the service would make the bus library look up its owner first.
+    for (const char *signal : { "StatusNotifierHostRegistered", "StatusNotifierHostUnregistered" })
+        bus.connect(QString(), watcherPath, watcherName, QLatin1String(signal), this,
+                    SLOT(askNotifierWatcher()));
+    askNotifierWatcher();
+}
+
+/// A watcher without a host would accept an item that nobody shows.
+void TrayHosts::askNotifierWatcher()
+{
+    auto message = QDBusMessage::createMethodCall(watcherName, watcherPath,
+                                                  QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                  QStringLiteral("Get"));
+    message.setAutoStartService(false);
+    message << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
+    m_question = new QDBusPendingCallWatcher(
+        QDBusConnection::sessionBus().asyncCall(message, answerLimit), this);
+    connect(m_question, &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher *call) {
+                takeAnswer(*call);
+                call->deleteLater();
+            });
+}
+
+void TrayHosts::takeAnswer(const QDBusPendingCallWatcher &call)
+{
+    if (&call != m_question)
+        return;
+    m_question = nullptr;
+    const QDBusPendingReply<QDBusVariant> reply = call;
+    m_notifierHost = !reply.isError() && reply.value().variant().toBool();
+    m_settled = true;
+    changed();
+}
+
+void TrayHosts::watchServer()
+{
+    xcb_connection_t *connection = Xcb::toolkitConnection();
+    int screen = 0;
+    if (connection == nullptr || xcb_parse_display(nullptr, nullptr, nullptr, &screen) == 0)
+        return;
+    const auto *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
+    const xcb_window_t root = rootOf(connection, screen);
+    m_selection = Xcb::Atoms(connection)("_NET_SYSTEM_TRAY_S" + QByteArray::number(screen));
+    if (root == Xcb::none || m_selection == Xcb::none)
+        return;
+    if (fixes != nullptr && fixes->present != 0) {
+        m_selectionNotify = static_cast<uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+        xcb_discard_reply(connection, xcb_xfixes_query_version(connection, 5, 0).sequence);
+        xcb_xfixes_select_selection_input(
+            connection, root, m_selection,
+            XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
+                | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
+                | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    }
+    // Asked after watching has begun, so that nothing is missed between.
+    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, m_selection), nullptr));
+    m_trayManager = reply && reply->owner != Xcb::none;
+}
+
+bool TrayHosts::nativeEventFilter(const QByteArray &, void *message, qintptr *)
+{
+    const auto *event = static_cast<const xcb_generic_event_t *>(message);
+    if ((event->response_type & 0x7f) != m_selectionNotify)
+        return false;
+    const auto *notify = static_cast<const xcb_xfixes_selection_notify_event_t *>(message);
+    if (notify->selection == m_selection) {
+        m_trayManager = notify->owner != Xcb::none;
+        changed();
+    }
+    return false;
+}
+
+void TrayHosts::changed()
+{
+    if (onChange)
+        onChange();
+}
