@@ -71,8 +71,8 @@ TEST(DropFormatsTest, AListOfAddressesKeepsEveryByteOfItsFiles)
 
 TEST(DropFormatsTest, HostileDataIsReadToItsEnd)
 {
-    EXPECT_TRUE(spelled(QByteArray(1'000'000, '\n')).isEmpty());
-    EXPECT_TRUE(spelled(QByteArray(1'000'000, '\0')).isEmpty());
+    EXPECT_TRUE(spelled(QByteArray(100'000, '\n')).isEmpty());
+    EXPECT_TRUE(spelled(QByteArray(100'000, '\0')).isEmpty());
     EXPECT_EQ(spelled("file:///" + QByteArray(100'000, '%')).size(), 1);
     for (const auto &type :
          { u"text/plain"_s, u"text/unicode"_s, u"text/html"_s, u"STRING"_s, u"UTF8_STRING"_s }) {
@@ -81,10 +81,11 @@ TEST(DropFormatsTest, HostileDataIsReadToItsEnd)
         EXPECT_FALSE(DropFormats::text(type, QByteArray(3, '\0')));
         EXPECT_TRUE(DropFormats::text(type, "\xff\xfe\xfdx"));
     }
+    EXPECT_FALSE(DropFormats::text(u"text/html"_s, QByteArray("<b>x").repeated(100'000)));
     for (const auto &type : { u"text/x-moz-url"_s, u"_NETSCAPE_URL"_s }) {
         EXPECT_FALSE(DropFormats::url(type, {}));
         EXPECT_FALSE(DropFormats::url(type, "x"));
-        EXPECT_FALSE(DropFormats::url(type, QByteArray(1'000'000, '\0')));
+        EXPECT_FALSE(DropFormats::url(type, QByteArray(100'000, '\0')));
     }
 }
 

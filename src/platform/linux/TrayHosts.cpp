@@ -11,6 +11,8 @@
 
 #include <xcb/xfixes.h>
 
+#include <cstdlib>
+
 namespace {
 
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
@@ -88,9 +90,12 @@ void TrayHosts::takeAnswer(const QDBusPendingCallWatcher &call)
 void TrayHosts::watchServer()
 {
     xcb_connection_t *connection = Xcb::toolkitConnection();
+    char *host = nullptr;
+    int display = 0;
     int screen = 0;
-    if (connection == nullptr || xcb_parse_display(nullptr, nullptr, nullptr, &screen) == 0)
+    if (connection == nullptr || xcb_parse_display(nullptr, &host, &display, &screen) == 0)
         return;
+    std::free(host);
     const auto *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
     const xcb_window_t root = rootOf(connection, screen);
     m_selection = Xcb::Atoms(connection)("_NET_SYSTEM_TRAY_S" + QByteArray::number(screen));

@@ -141,6 +141,10 @@ X11Screens::X11Screens()
     QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &m_context, forget);
     for (const QScreen *screen : QGuiApplication::screens())
         watch(screen);
+    if (auto *connection = Xcb::toolkitConnection()) {
+        m_clientList = Xcb::Atoms(connection)("_NET_CLIENT_LIST");
+        qApp->installNativeEventFilter(this);
+    }
 }
 
 QList<Screen> X11Screens::all() const
@@ -154,8 +158,18 @@ std::optional<Screen> X11Screens::main() const
     return screens.isEmpty() ? std::nullopt : std::optional(screens.first());
 }
 
-/// The window manager writes _NET_WORKAREA, which the toolkit follows, whenever
-/// a strut comes, goes or changes.
+/// A panel between two monitors changes nothing in _NET_WORKAREA, which the
+/// toolkit follows; but it comes and goes as a window. The toolkit watches the
+/// root window's properties already.
+bool X11Screens::nativeEventFilter(const QByteArray &, void *message, qintptr *)
+{
+    const auto *event = static_cast<const xcb_generic_event_t *>(message);
+    if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY
+        && reinterpret_cast<const xcb_property_notify_event_t *>(event)->atom == m_clientList)
+        m_current.reset();
+    return false;
+}
+
 void X11Screens::watch(const QScreen *screen)
 {
     const auto forget = [this] { m_current.reset(); };

@@ -3,9 +3,8 @@
 #include "platform/Screens.h"
 #include "platform/linux/x11/NativeGeometry.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QObject>
-
-#include <memory>
 
 class QScreen;
 
@@ -25,7 +24,7 @@ QRect withoutStruts(const QRect &monitor, const QSize &root, const QList<Strut> 
 
 /// The toolkit's screens. On several, its available geometry is of no use: it
 /// is what one rectangle for the whole desktop, _NET_WORKAREA, leaves of each.
-class X11Screens final : public Screens
+class X11Screens final : public Screens, private QAbstractNativeEventFilter
 {
 public:
     X11Screens();
@@ -33,9 +32,11 @@ public:
     std::optional<Screen> main() const override;
 
 private:
+    bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     void watch(const QScreen *screen);
     const QList<Screen> &current() const;
 
     mutable std::optional<QList<Screen>> m_current; // Until the desktop changes.
+    quint32 m_clientList = 0; // Atom.
     QObject m_context; // Ends the connections to the toolkit with us.
 };
