@@ -24,8 +24,9 @@ def assert_stays_down(shelf, seconds=0.8):
 @main
 def test_the_panel_goes_when_nothing_was_dropped(desktop, shelf):
     thunar = FileManager(desktop, "thunar", desktop.write(desktop.home / "from/a.txt", "x").parent)
+    place = thunar.icons()[0].centre
     for _ in range(2):
-        desktop.begin_drag(*thunar.icons()[0].centre)
+        desktop.begin_drag(*place)
         wait_for(shelf.panel_is_up, 3, "the panel to come up")
         desktop.glide(700, 700)
         time.sleep(0.5)

@@ -1,6 +1,9 @@
 #include "platform/linux/WindowGrip.h"
 
+#include "platform/fake/VirtualQueue.h"
+
 #include <QMouseEvent>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -34,8 +37,9 @@ struct World
         return send(QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::NoButton);
     }
 
+    VirtualQueue queue;
     QWidget window { nullptr, Qt::Tool | Qt::FramelessWindowHint };
-    WindowGrip grip { window };
+    WindowGrip grip { window, queue };
 };
 
 }
@@ -86,4 +90,23 @@ TEST(WindowGripTest, TheInsideBelongsToTheViewsUntilTheyMoveTheWindow)
     w.grip.release(); // The window was put elsewhere meanwhile.
     EXPECT_FALSE(w.drag({ 250, 170 }));
     EXPECT_EQ(w.window.geometry(), QRect(130, 140, 240, 300));
+}
+
+TEST(WindowGripTest, AnEdgeShowsItsCursorOverThatOfTheViewBelow)
+{
+    World w;
+    QWidget view(&w.window);
+    view.setGeometry(w.window.rect());
+    view.setCursor(Qt::OpenHandCursor);
+    const auto cursorAt = [&](const QPointF &at) {
+        EXPECT_FALSE(w.send(QEvent::MouseMove, at, Qt::NoButton, Qt::NoButton));
+        w.window.windowHandle()->setCursor(view.cursor()); // As the toolkit does when it enters.
+        w.queue.settle();
+        return w.window.windowHandle()->cursor().shape();
+    };
+    EXPECT_EQ(cursorAt({ 101, 250 }), Qt::SizeHorCursor);
+    EXPECT_EQ(cursorAt({ 338, 398 }), Qt::SizeFDiagCursor);
+    EXPECT_EQ(cursorAt({ 338, 110 }), Qt::SizeBDiagCursor);
+    EXPECT_EQ(cursorAt({ 200, 398 }), Qt::SizeVerCursor);
+    EXPECT_EQ(cursorAt({ 200, 250 }), Qt::OpenHandCursor);
 }

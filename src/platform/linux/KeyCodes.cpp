@@ -131,13 +131,13 @@ const QHash<uint32_t, char16_t> &oldSymbols()
 QString textOf(uint32_t symbol)
 {
     if ((symbol >= 0x20 && symbol <= 0x7e) || (symbol >= 0xa0 && symbol <= 0xff))
-        return QString(QChar(static_cast<char16_t>(symbol)));
+        return QChar(static_cast<char16_t>(symbol));
     if ((symbol & 0xff000000) == 0x01000000) {
         const char32_t character = symbol & 0xffffff;
         return QString::fromUcs4(&character, 1);
     }
     if (const char16_t old = oldSymbols().value(symbol))
-        return QString(QChar(old));
+        return QChar(old);
     return {};
 }
 
@@ -164,7 +164,7 @@ QString characters(int evdevCode, ShiftKey shift, const SymbolTable &table)
     const std::string_view us = key ? key->us : std::string_view();
     // A keypad types the same on every layout, and with NumLock's help only.
     if (us.size() == 1 || (isDigitRow(evdevCode) && level == 0))
-        return QString(QLatin1Char(us.front()));
+        return QChar(QLatin1Char(us.front()));
     const int column = latinColumn(table);
     const int row = evdevCode - table.firstEvdevCode;
     if (column == none)

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -52,11 +53,8 @@ QString shortcutText(const QString &label)
 {
     qsizetype end = 0;
     const auto isModifier = [](QChar symbol) {
-        for (const ModifierName &modifier : modifierNames) {
-            if (modifier.symbol == symbol)
-                return true;
-        }
-        return false;
+        return std::any_of(modifierNames.begin(), modifierNames.end(),
+                           [symbol](const auto &modifier) { return modifier.symbol == symbol; });
     };
     // The last symbol is the key, whatever it is.
     while (end + 1 < label.size() && isModifier(label.at(end)))

@@ -42,7 +42,10 @@ bool WindowGrip::handle(const QMouseEvent &event)
             showCursor(edgesAt(position), position);
         return false;
     case QEvent::MouseButtonRelease:
-        return m_follow && event.button() == Qt::LeftButton && (m_follow.reset(), true);
+        if (!m_follow || event.button() != Qt::LeftButton)
+            return false;
+        m_follow.reset();
+        return true;
     default:
         return false;
     }
@@ -88,11 +91,10 @@ void WindowGrip::showCursor(Qt::Edges edges, const QPoint &position)
         m_window.windowHandle()->setCursor((view ? view : &m_window)->cursor());
         return;
     }
-    const auto show = [this] {
+    m_cursorChange = m_queue.after(0, [this] {
         if (m_shownEdges)
             m_window.windowHandle()->setCursor(cursorShape(m_shownEdges));
-    };
-    QMetaObject::invokeMethod(&m_window, show, Qt::QueuedConnection);
+    });
 }
 
 void WindowGrip::take(Qt::Edges edges)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/MainQueue.h"
+
 #include <QPoint>
 #include <QRect>
 #include <QWidget>
@@ -14,8 +16,9 @@ class QMouseEvent;
 class WindowGrip
 {
 public:
-    explicit WindowGrip(QWidget &window)
+    WindowGrip(QWidget &window, MainQueue &queue)
         : m_window(window)
+        , m_queue(queue)
     {
     }
 
@@ -43,8 +46,10 @@ private:
     void follow(const QPoint &to);
 
     QWidget &m_window;
+    MainQueue &m_queue;
     bool m_held = false;
     Qt::Edges m_shownEdges; // Those whose cursor shows.
+    Ticket m_cursorChange;
     QPoint m_pressedAt;
     std::optional<Follow> m_follow;
 };

@@ -54,7 +54,7 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     , m_atoms(m_connection)
     , m_compositor(m_connection, m_root)
     , m_activation(*this, m_connection, m_root, queue)
-    , m_grip(*this)
+    , m_grip(*this, queue)
 {
     m_atoms.fetch({ "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_STICKY",
                     "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_DESKTOP",

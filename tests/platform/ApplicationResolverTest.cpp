@@ -1,0 +1,174 @@
+#include "platform/linux/ApplicationResolver.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A made-up process folder and two made-up applications folders.
+struct World
+{
+    World()
+    {
+        QDir(root.path()).mkpath(QStringLiteral("system/kde"));
+        QDir(root.path()).mkpath(QStringLiteral("user"));
+    }
+    void write(const QString &name, const QByteArray &text)
+    {
+        QFile file(root.filePath(name));
+        QDir().mkpath(QFileInfo(file).path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+    void install(const QString &name, const QByteArray &exec, const QByteArray &more = {})
+    {
+        write(name + QStringLiteral(".desktop"),
+              "[Desktop Entry]\nType=Application\nName[de]=x\nExec=" + exec + '\n' + more
+                  + "\n[Desktop Action New]\nExec=other --new\n");
+    }
+    void run(const QByteArray &executable, const QByteArray &commandLine)
+    {
+        write(QStringLiteral("proc/7/cmdline"), commandLine);
+        QFile::remove(root.filePath(QStringLiteral("proc/7/exe")));
+        QFile::link(QFile::decodeName(executable), root.filePath(QStringLiteral("proc/7/exe")));
+    }
+    std::string identifier() { return resolver.identifier(7).toStdString(); }
+
+    QTemporaryDir root;
+    ApplicationResolver resolver { root.filePath(QStringLiteral("proc")),
+                                   { root.filePath(QStringLiteral("user")),
+                                     root.filePath(QStringLiteral("system")) } };
+};
+
+using namespace std::string_literals;
+
+QByteArray words(const std::string &text)
+{
+    return QByteArray::fromStdString(text); // With its zero bytes.
+}
+
+TEST(ApplicationResolverTest, UnitNamesOfDesktopsHoldTheId)
+{
+    struct Case
+    {
+        const char *unit;
+        const char *identifier;
+    };
+    const Case cases[] = {
+        { "app-gnome-org.gnome.Nautilus-1234.scope", "org.gnome.Nautilus" },
+        { "app-org.kde.dolphin-9f3a.scope", "org.kde.dolphin" },
+        { "app-gnome-firefox\\x2desr-1234.scope", "firefox-esr" },
+        { "app-flatpak-org.mozilla.firefox-77.scope", "org.mozilla.firefox" },
+        { "app-org.kde.dolphin@3d1f.service", "org.kde.dolphin" },
+        { "app-org.kde.kded@autostart.service", "org.kde.kded" },
+        { "app-gnome-pcmanfm\\x2dqt.service", "pcmanfm-qt" },
+        { "dbus-:1.2-org.gnome.gedit@0.service", "org.gnome.gedit" },
+        { "session-2.scope", "" },
+        { "app.slice", "" },
+        { "vte-spawn-0a1b.scope", "" },
+        { "app-\\x", "" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.unit);
+        EXPECT_EQ(applicationInUnit(QString::fromLatin1(c.unit)).toStdString(), c.identifier);
+    }
+}
+
+TEST(ApplicationResolverTest, TheSurestWitnessIsHeardFirst)
+{
+    World w;
+    EXPECT_EQ(w.identifier(), ""); // No such process.
+    w.install(QStringLiteral("system/thunar"), "thunar %F");
+    w.run("/usr/bin/thunar", words("thunar\0--daemon\0"s));
+    // The start time tells the resolver that the process is another one.
+    const auto restart = [&w](int start) {
+        w.write(QStringLiteral("proc/7/stat"),
+                "7 (a ) b) S 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 " + QByteArray::number(start));
+    };
+    restart(1);
+    EXPECT_EQ(w.identifier(), "thunar");
+
+    w.install(QStringLiteral("system/org.x.Unit"), "unit");
+    w.write(QStringLiteral("proc/7/cgroup"),
+            "0::/user.slice/user@0.service/app.slice/app-gnome-org.x.Unit-5.scope\n");
+    EXPECT_EQ(w.identifier(), "thunar"); // The same process still: what was found holds.
+    restart(2);
+    EXPECT_EQ(w.identifier(), "org.x.Unit");
+
+    const QByteArray launched = "GIO_LAUNCHED_DESKTOP_FILE=" + QFile::encodeName(w.root.path())
+        + words("/system/kde/view.desktop\0GIO_LAUNCHED_DESKTOP_FILE_PID="s);
+    w.write(QStringLiteral("proc/7/environ"), launched + words("6\0A=b\0"s));
+    restart(3);
+    EXPECT_EQ(w.identifier(), "org.x.Unit"); // The mark is its parent's.
+    w.write(QStringLiteral("proc/7/environ"), launched + words("7\0A=b\0"s));
+    restart(4);
+    EXPECT_EQ(w.identifier(), "kde-view");
+
+    w.write(QStringLiteral("proc/7/root/.flatpak-info"),
+            "[Application]\nname=org.x.Sandboxed\n[Instance]\nname=no\n");
+    restart(5);
+    EXPECT_EQ(w.identifier(), "org.x.Sandboxed");
+}
+
+TEST(ApplicationResolverTest, EntriesAreToldApartByProgramAndArguments)
+{
+    struct Case
+    {
+        const char *what;
+        QByteArray executable;
+        QByteArray commandLine;
+        const char *identifier;
+    };
+    const Case cases[] = {
+        { "by name", "/usr/bin/thunar", words("thunar\0"s), "thunar" },
+        { "by an argument", "/usr/bin/thunar", words("thunar\0--bulk-rename\0/a\0"s), "bulk" },
+        { "replaced by an update", "/usr/bin/thunar (deleted)", words("/usr/bin/thunar\0"s),
+          "thunar" },
+        { "behind a wrapper", "/usr/lib/fox-esr/fox-esr", words("fox\0"s), "fox" },
+        { "the one in that place", "/opt/fox/fox-esr", words("/opt/fox/fox-esr\0"s), "fox-own" },
+        { "a script", "/usr/bin/python3.11", words("/usr/bin/python3\0-s\0/usr/bin/find-it\0"s),
+          "kde-find" },
+        { "behind env", "/usr/lib/office/program/soffice.bin",
+          words("/usr/lib/office/program/soffice.bin\0--writer\0"s), "writer" },
+        { "hidden by the user", "/usr/bin/gone", words("gone\0"s), "" },
+        { "any program of a sandbox", "/usr/bin/flatpak", words("flatpak\0run\0"s), "" },
+        { "unknown", "/usr/bin/unknown", words("unknown\0"s), "" },
+        { "nothing known of it", "", "", "" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        World w;
+        w.install(QStringLiteral("system/bulk"), "thunar --bulk-rename %F");
+        w.install(QStringLiteral("system/settings"), "thunar --settings", "NoDisplay=true");
+        w.install(QStringLiteral("system/thunar"), "thunar %F");
+        w.install(QStringLiteral("system/fox"), "/usr/lib/fox-esr/fox-esr %u");
+        w.install(QStringLiteral("user/fox-own"), "/opt/fox/fox-esr %u");
+        w.install(QStringLiteral("system/kde/find"), "find-it --path=%f");
+        w.install(QStringLiteral("system/calc"), "env A=b soffice --calc %U");
+        w.install(QStringLiteral("system/writer"), "env A=b soffice --writer %U");
+        w.install(QStringLiteral("system/gone"), "gone");
+        w.install(QStringLiteral("user/gone"), "gone", "Hidden=true");
+        w.install(QStringLiteral("system/org.x.App"), "/usr/bin/flatpak run org.x.App",
+                  "X-Flatpak=org.x.App");
+        w.write(QStringLiteral("system/broken.desktop"), "[Desktop Entry\nExec");
+        w.run(c.executable, c.commandLine);
+        EXPECT_EQ(w.identifier(), c.identifier);
+    }
+}
+
+TEST(ApplicationResolverTest, EntriesThatComeLaterAreSeen)
+{
+    World w;
+    DesktopEntries entries(
+        { w.root.filePath(QStringLiteral("system")), w.root.filePath(QStringLiteral("missing")) });
+    EXPECT_FALSE(entries.contains(QStringLiteral("late")));
+    w.install(QStringLiteral("system/late"), "late");
+    EXPECT_TRUE(entries.contains(QStringLiteral("late")));
+    w.install(QStringLiteral("missing/later"), "later");
+    EXPECT_TRUE(entries.contains(QStringLiteral("later")));
+}
+
+}
