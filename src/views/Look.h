@@ -20,8 +20,8 @@ inline QColor blended(const QColor &over, const QColor &under, double share)
 {
     const auto mix
         = [share](int one, int other) { return qRound(one * share + other * (1 - share)); };
-    return QColor(mix(over.red(), under.red()), mix(over.green(), under.green()),
-                  mix(over.blue(), under.blue()));
+    return { mix(over.red(), under.red()), mix(over.green(), under.green()),
+             mix(over.blue(), under.blue()) };
 }
 
 inline QColor text(const QPalette &palette)

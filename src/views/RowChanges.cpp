@@ -3,7 +3,6 @@
 #include <QHash>
 
 #include <algorithm>
-#include <ranges>
 
 namespace {
 
@@ -127,7 +126,7 @@ bool addMiddle(RowChanges &changes, const QList<ShelfItem> &before, const QList<
             survivors.push_back(place);
         }
     }
-    std::ranges::copy(removals | std::views::reverse, std::back_inserter(changes));
+    changes.insert(changes.end(), removals.rbegin(), removals.rend());
     if (!addMoves(changes, std::move(survivors), middle.first))
         return false;
     for (int row = middle.first; row < middle.afterEnd; ++row) {
@@ -161,7 +160,8 @@ std::optional<RowChanges> rowChanges(const QList<ShelfItem> &before, const QList
 
 std::optional<int> previousRow(const RowChanges &changes, int row)
 {
-    for (const auto &change : changes | std::views::reverse) {
+    for (auto step = changes.rbegin(); step != changes.rend(); ++step) {
+        const RowChange &change = *step;
         switch (change.kind) {
         case RowChange::Kind::Insert:
             if (row >= change.first + change.count)

@@ -2,6 +2,7 @@
 import base64
 import functools
 import http.server
+import itertools
 import json
 import os
 import struct
@@ -205,10 +206,11 @@ class Editor:
 
 class Scripted:
     """One of the scripted programs beside this file, and the events that it prints."""
+    numbers = itertools.count(1)
 
     def __init__(self, desktop, script, *arguments, place=None, title=None):
         self.desktop = desktop
-        self.log = f"{script}-{len(desktop.processes)}"
+        self.log = f"{script}-{next(self.numbers)}"
         self.process = desktop.start(self.log, sys.executable, HERE / f"{script}.py", *arguments)
         if title:
             self.window = desktop.window(title, self.process.pid)
@@ -233,7 +235,7 @@ def source(desktop, offers, actions=("copy", "move"), place=LEFT):
     for name, offer in offers.items():
         offer = dict(offer) if isinstance(offer, dict) else {"data": offer}
         script["offers"][name] = {**offer, "data": base64.b64encode(offer.get("data", b"")).decode()}
-    path = desktop.write(desktop.root_dir / f"source-{len(desktop.processes)}.json", json.dumps(script))
+    path = desktop.write(desktop.root_dir / f"source-{next(Scripted.numbers)}.json", json.dumps(script))
     return Scripted(desktop, "gtk_source", path, place=place, title="source")
 
 
