@@ -160,8 +160,8 @@ std::optional<RowChanges> rowChanges(const QList<ShelfItem> &before, const QList
 
 std::optional<int> previousRow(const RowChanges &changes, int row)
 {
-    for (auto step = changes.rbegin(); step != changes.rend(); ++step) {
-        const RowChange &change = *step;
+    for (size_t step = changes.size(); step-- > 0;) {
+        const RowChange &change = changes[step];
         switch (change.kind) {
         case RowChange::Kind::Insert:
             if (row >= change.first + change.count)

@@ -39,8 +39,15 @@ struct World
         if (!executable.isEmpty())
             QFile::link(QFile::decodeName(executable), root.filePath(QStringLiteral("proc/7/exe")));
     }
+    /// The start time tells the resolver that the process is another one.
+    void restart()
+    {
+        write(QStringLiteral("proc/7/stat"),
+              "7 (a ) b) S 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 " + QByteArray::number(++start));
+    }
     std::string identifier() { return resolver.identifier(7).toStdString(); }
 
+    int start = 0;
     QTemporaryDir root;
     ApplicationResolver resolver { root.filePath(QStringLiteral("proc")),
                                    { root.filePath(QStringLiteral("user")),
@@ -88,32 +95,27 @@ TEST(ApplicationResolverTest, TheSurestWitnessIsHeardFirst)
     w.install(QStringLiteral("system/thunar"), "thunar %F");
     EXPECT_EQ(w.identifier(), ""); // No such process.
     w.run("/usr/bin/thunar", words("thunar\0--daemon\0"s));
-    // The start time tells the resolver that the process is another one.
-    const auto restart = [&w](int start) {
-        w.write(QStringLiteral("proc/7/stat"),
-                "7 (a ) b) S 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 " + QByteArray::number(start));
-    };
-    restart(1);
+    w.restart();
     EXPECT_EQ(w.identifier(), "thunar");
 
     w.write(QStringLiteral("proc/7/cgroup"),
             "0::/user.slice/user@0.service/app.slice/app-gnome-org.x.Unit-5.scope\n");
     EXPECT_EQ(w.identifier(), "thunar"); // The same process still: what was found holds.
-    restart(2);
+    w.restart();
     EXPECT_EQ(w.identifier(), "org.x.Unit");
 
     const QByteArray launched = "GIO_LAUNCHED_DESKTOP_FILE=" + QFile::encodeName(w.root.path())
         + words("/system/kde/view.desktop\0GIO_LAUNCHED_DESKTOP_FILE_PID="s);
     w.write(QStringLiteral("proc/7/environ"), launched + words("6\0A=b\0"s));
-    restart(3);
+    w.restart();
     EXPECT_EQ(w.identifier(), "org.x.Unit"); // The mark is its parent's.
     w.write(QStringLiteral("proc/7/environ"), launched + words("7\0A=b\0"s));
-    restart(4);
+    w.restart();
     EXPECT_EQ(w.identifier(), "kde-view");
 
     w.write(QStringLiteral("proc/7/root/.flatpak-info"),
             "[Application]\nname=org.x.Sandboxed\n[Instance]\nname=no\n");
-    restart(5);
+    w.restart();
     EXPECT_EQ(w.identifier(), "org.x.Sandboxed");
 }
 
@@ -142,23 +144,24 @@ TEST(ApplicationResolverTest, EntriesAreToldApartByProgramAndArguments)
         { "unknown", "/usr/bin/unknown", words("unknown\0"s), "" },
         { "nothing known of it", "", "", "" },
     };
+    World w;
+    w.install(QStringLiteral("system/bulk"), "thunar --bulk-rename %F");
+    w.install(QStringLiteral("system/settings"), "thunar --settings", "NoDisplay=true");
+    w.install(QStringLiteral("system/thunar"), "thunar %F");
+    w.install(QStringLiteral("system/fox"), "/usr/lib/fox-esr/fox-esr %u");
+    w.install(QStringLiteral("user/fox-own"), "/opt/fox/fox-esr %u");
+    w.install(QStringLiteral("system/kde/find"), "find-it --path=%f");
+    w.install(QStringLiteral("system/calc"), "env A=b soffice --calc %U");
+    w.install(QStringLiteral("system/writer"), "env A=b soffice --writer %U");
+    w.install(QStringLiteral("system/gone"), "gone");
+    w.install(QStringLiteral("user/gone"), "gone", "Hidden=true");
+    w.install(QStringLiteral("system/org.x.App"), "/usr/bin/flatpak run org.x.App",
+              "X-Flatpak=org.x.App");
+    w.write(QStringLiteral("system/broken.desktop"), "[Desktop Entry\nExec");
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        World w;
-        w.install(QStringLiteral("system/bulk"), "thunar --bulk-rename %F");
-        w.install(QStringLiteral("system/settings"), "thunar --settings", "NoDisplay=true");
-        w.install(QStringLiteral("system/thunar"), "thunar %F");
-        w.install(QStringLiteral("system/fox"), "/usr/lib/fox-esr/fox-esr %u");
-        w.install(QStringLiteral("user/fox-own"), "/opt/fox/fox-esr %u");
-        w.install(QStringLiteral("system/kde/find"), "find-it --path=%f");
-        w.install(QStringLiteral("system/calc"), "env A=b soffice --calc %U");
-        w.install(QStringLiteral("system/writer"), "env A=b soffice --writer %U");
-        w.install(QStringLiteral("system/gone"), "gone");
-        w.install(QStringLiteral("user/gone"), "gone", "Hidden=true");
-        w.install(QStringLiteral("system/org.x.App"), "/usr/bin/flatpak run org.x.App",
-                  "X-Flatpak=org.x.App");
-        w.write(QStringLiteral("system/broken.desktop"), "[Desktop Entry\nExec");
         w.run(c.executable, c.commandLine);
+        w.restart();
         EXPECT_EQ(w.identifier(), c.identifier);
     }
 }

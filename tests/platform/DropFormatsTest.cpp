@@ -153,7 +153,7 @@ TEST(DropFormatsTest, TheBestTypeIsReadFirstAndUnknownOnesNever)
     EXPECT_FALSE(DropFormats::canHold({}));
 }
 
-TEST(DragFormatsTest, TextIsOfferedForLinksOnly)
+TEST(DragFormatsTest, TextIsOfferedForLinksAndAListForFiles)
 {
     const auto folder = FilePath::toUrl("/a b/raw_\xe4", FilePath::Kind::Directory);
     const QUrl link(u"https://example.org/?q=\u00e4"_s);
@@ -170,4 +170,7 @@ TEST(DragFormatsTest, TextIsOfferedForLinksOnly)
               "file:///a%20b/raw_%E4\r\nhttps://example.org/?q=%C3%A4\r\n");
     EXPECT_EQ(mixed.value(u"text/plain"_s), "https://example.org/?q=%C3%A4");
     EXPECT_EQ(DropFormats::url(u"text/x-moz-url"_s, mixed.value(u"text/x-moz-url"_s)), link);
+
+    for (const auto &format : DragFormats::formatsFor({ link, link }))
+        EXPECT_NE(format.type, u"text/uri-list"_s);
 }

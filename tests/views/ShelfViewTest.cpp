@@ -142,7 +142,7 @@ TEST(ShelfViewTest, AnotherLanguageShowsAtOnce)
     for (const QByteArray code : { "en", "de" }) {
         const QByteArray folder = bundle.toUtf8() + '/' + code + ".lproj";
         QDir().mkpath(QString::fromUtf8(folder));
-        World::write(folder + "/Localizable.strings", "\"clear\" = \"clear " + code + "\";\n");
+        World::write(folder + "/Localizable.strings", R"("clear" = "clear )" + code + R"(";)");
     }
     w.texts = Localizer(bundle, { QStringLiteral("en") });
     w.settings.language.set(QStringLiteral("de"));

@@ -29,26 +29,30 @@ void skipEnv(QStringList &words)
         words.removeFirst();
 }
 
-QString executable(const QString &program)
-{
-    const bool isPath = program.contains(QLatin1Char('/'));
-    return QFileInfo(isPath ? program : QStandardPaths::findExecutable(program))
-        .canonicalFilePath();
-}
-
 }
 
 QHash<QByteArray, QByteArray> keyFileGroup(const QByteArray &file, const QByteArray &group)
 {
     QHash<QByteArray, QByteArray> values;
+    const QByteArray head = '[' + group + ']';
     bool isInGroup = false;
-    for (const auto &each : file.split('\n')) {
-        const QByteArray line = each.trimmed();
+    for (qsizetype from = 0; from < file.size();) {
+        auto end = file.indexOf('\n', from);
+        end = end < 0 ? file.size() : end;
+        const auto line = QByteArrayView(file).sliced(from, end - from).trimmed();
+        from = end + 1;
+        if (line.startsWith('[')) {
+            if (isInGroup)
+                break;
+            isInGroup = line == head;
+            continue;
+        }
         const auto equals = line.indexOf('=');
-        if (line.startsWith('['))
-            isInGroup = line == '[' + group + ']';
-        else if (isInGroup && equals > 0 && !line.startsWith('#'))
-            values.insert(line.left(equals).trimmed(), line.mid(equals + 1).trimmed());
+        if (!isInGroup || equals <= 0 || line.startsWith('#'))
+            continue;
+        const auto key = line.first(equals).trimmed();
+        if (!key.endsWith(']')) // A language in brackets: most of the file is that.
+            values.insert(key.toByteArray(), line.sliced(equals + 1).trimmed().toByteArray());
     }
     return values;
 }
@@ -83,36 +87,55 @@ QString DesktopEntries::identifierOf(const QString &path) const
 QString DesktopEntries::matching(const QStringList &programs, const QStringList &arguments)
 {
     refresh();
-    for (const auto &program : programs) {
-        int best = 0;
-        QString identifier;
-        for (const auto &entry : m_entries) {
-            const int like = likeness(entry, program, arguments);
-            if (like > best) {
-                best = like;
-                identifier = entry.identifier;
-            }
+    // What the entries' programs really are is a look at the disk for each of them.
+    for (const auto names : { Names::Written, Names::Real }) {
+        for (const auto &program : programs) {
+            const QString identifier = bestMatch(program, arguments, names);
+            if (!identifier.isEmpty())
+                return identifier;
         }
-        if (best > 0)
-            return identifier;
     }
     return {};
 }
 
+QString DesktopEntries::bestMatch(const QString &program, const QStringList &arguments, Names names)
+{
+    int best = 0;
+    QString identifier;
+    for (auto &entry : m_entries) {
+        const int like = likeness(entry, program, arguments, names);
+        if (like > best) {
+            best = like;
+            identifier = entry.identifier;
+        }
+    }
+    return identifier;
+}
+
 /// 0 for another program's entry. One program may have several entries, which
 /// differ by arguments; those that the process was not given speak against one.
-int DesktopEntries::likeness(const Entry &entry, const QString &program,
-                             const QStringList &arguments)
+int DesktopEntries::likeness(Entry &entry, const QString &program, const QStringList &arguments,
+                             Names names)
 {
-    const QString name = baseName(program);
-    if (name != baseName(entry.program) && name != baseName(entry.executable))
+    const QString &known = names == Names::Written ? entry.program : executableOf(entry);
+    if (baseName(program) != baseName(known))
         return 0;
     const auto given
         = std::count_if(entry.arguments.begin(), entry.arguments.end(),
                         [&](const QString &argument) { return arguments.contains(argument); });
-    const bool isSameFile = program == entry.executable || program == entry.program;
+    const bool isSameFile = program == entry.program || program == executableOf(entry);
     return 1 + (entry.isInMenus ? 1 : 0) + 2 * static_cast<int>(std::min<qsizetype>(given, 9))
         + (isSameFile ? 20 : 0) + (given == entry.arguments.size() ? 40 : 0);
+}
+
+const QString &DesktopEntries::executableOf(Entry &entry)
+{
+    if (!entry.executable) {
+        const bool isPath = entry.program.contains(QLatin1Char('/'));
+        const QString path = isPath ? entry.program : QStandardPaths::findExecutable(entry.program);
+        entry.executable = QFileInfo(path).canonicalFilePath();
+    }
+    return *entry.executable;
 }
 
 void DesktopEntries::refresh()
@@ -160,7 +183,6 @@ void DesktopEntries::readEntry(const QString &path, const QString &identifier)
     if (words.isEmpty())
         return;
     Entry entry { identifier, words.takeFirst(), {}, {}, values.value("NoDisplay") != "true" };
-    entry.executable = executable(entry.program);
     for (const auto &word : words) {
         if (!word.contains(QLatin1Char('%'))) // A code for files and the like.
             entry.arguments.append(word);

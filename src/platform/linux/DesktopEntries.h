@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <utility>
 
 /// The values of one group ("Desktop Entry") of a file in the format that
@@ -34,7 +35,7 @@ private:
     {
         QString identifier;
         QString program; // As the entry writes it.
-        QString executable; // What that is on the disk, links followed; may be empty.
+        std::optional<QString> executable; // What that is on the disk, once it was looked up.
         QStringList arguments; // Those that are always given.
         bool isInMenus = true;
     };
@@ -42,7 +43,11 @@ private:
     void refresh();
     void readFolder(const QString &folder, const QString &prefix);
     void readEntry(const QString &path, const QString &identifier);
-    static int likeness(const Entry &entry, const QString &program, const QStringList &arguments);
+    enum class Names { Written, Real };
+    QString bestMatch(const QString &program, const QStringList &arguments, Names names);
+    static int likeness(Entry &entry, const QString &program, const QStringList &arguments,
+                        Names names);
+    static const QString &executableOf(Entry &entry);
 
     QStringList m_folders;
     QList<Entry> m_entries;

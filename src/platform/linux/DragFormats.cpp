@@ -38,11 +38,16 @@ QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls)
             titledLinks.append(line + '\n' + line);
         }
     }
-    QList<Format> formats { { QLatin1String(DropFormats::uriList), list } };
+    QList<Format> formats;
+    // As browsers do it, not for links alone: editors would try to open them as
+    // files, where their text is meant.
+    if (links.size() < urls.size())
+        formats.append({ QLatin1String(DropFormats::uriList), list });
     if (links.isEmpty())
         return formats;
     formats.append(
         { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titledLinks.join('\n'))) });
+    formats.append({ QStringLiteral("_NETSCAPE_URL"), titledLinks.first() });
     // An encoded address is ASCII, which is the same in all of these.
     for (const char *type :
          { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "STRING", "TEXT" })

@@ -16,6 +16,7 @@ struct Format
 
 /// In the order in which targets should prefer them. Text is offered for links
 /// only: many targets take text before files, and a path is not what they want.
+/// Links without files are offered as a browser offers them.
 QList<Format> formatsFor(const QList<QUrl> &urls);
 
 }
