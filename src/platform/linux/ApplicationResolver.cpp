@@ -135,7 +135,7 @@ QString ApplicationResolver::fromUnit(qint64 process)
 {
     for (const auto &line : QString::fromUtf8(read(process, "cgroup")).split(QLatin1Char('\n'))) {
         for (const auto &unit : line.split(QLatin1Char('/'))) {
-            const QString identifier = applicationInUnit(unit);
+            QString identifier = applicationInUnit(unit);
             if (!identifier.isEmpty() && m_entries.contains(identifier))
                 return identifier;
         }

@@ -90,7 +90,7 @@ QString DesktopEntries::matching(const QStringList &programs, const QStringList 
     // What the entries' programs really are is a look at the disk for each of them.
     for (const auto names : { Names::Written, Names::Real }) {
         for (const auto &program : programs) {
-            const QString identifier = bestMatch(program, arguments, names);
+            QString identifier = bestMatch(program, arguments, names);
             if (!identifier.isEmpty())
                 return identifier;
         }
