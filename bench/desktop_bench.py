@@ -21,6 +21,7 @@ ICON = BUILD / "share/vantle/icons/tray-full.svg"
 BARE = [BUILD / "bin/bench_bare_tray", ICON]
 COPYQ = ["copyq"]
 STARTS = 15
+ENTRIES = 20  # On the shelf.
 DRAGS = 100
 MOTION = 10, 1000  # Seconds, movements a second.
 IDLE = 60
@@ -47,13 +48,16 @@ class Usage:
 
     def _read(self):
         nanoseconds = sleeps = 0
-        for task in Path(f"/proc/{self.pid}/task").iterdir():
+        self.threads = set(Path(f"/proc/{self.pid}/task").iterdir())
+        for task in self.threads:
             nanoseconds += int((task / "schedstat").read_text().split()[0])
             sleeps += int((task / "status").read_text().partition("\nvoluntary_ctxt_switches:")[2].split()[0])
         return nanoseconds, sleeps, time.monotonic()
 
     def stop(self):
+        before = self.threads
         now = self._read()
+        assert before <= self.threads, "a thread ended, and what it used is lost"
         self.seconds, self.wakeups, elapsed = (b - a for a, b in zip(self.start, now))
         self.seconds /= 1e9
         self.percent = 100 * self.seconds / elapsed
@@ -72,9 +76,18 @@ def panel_window(desktop, pid):
     raise AssertionError("no panel window")
 
 
-def file_source(desktop, name="report.pdf"):
-    file = desktop.write(desktop.home / name, b"x" * 1000)
-    return peers.source(desktop, {"text/uri-list": peers.uri_list(file)}, actions=["copy"])
+def file_source(desktop, count=1):
+    files = [desktop.write(desktop.home / f"report {i}.pdf", b"x" * 1000) for i in range(count)]
+    return peers.source(desktop, {"text/uri-list": peers.uri_list(*files)}, actions=["copy"])
+
+
+def fill_shelf(desktop):
+    """As it is for whoever uses the program: with files from last time."""
+    program = Program(desktop).start()
+    source = file_source(desktop, ENTRIES)
+    program.take(*source.centre, ENTRIES)
+    program.kill()
+    desktop.end(source.process)
 
 
 def verdict(met):
@@ -84,53 +97,69 @@ def verdict(met):
 # Figures: each returns rows of figure, value, peer, ratio, aim, verdict.
 
 def start():
-    """Start to the tray's getting the icon, and memory after three idle seconds; starts take turns."""
+    """Start to the tray's getting the icon, and memory after three idle seconds, with 20 files on the shelf.
+    Starts take turns; ratios are the medians of each turn's, because other programs' use of the same libraries
+    changes what is proportional."""
     with virtual.Desktop() as desktop:
+        fill_shelf(desktop)
         commands = [os.environ["VANTLE"]], BARE, COPYQ
         rows = bench(desktop, "tray_start", STARTS, 3, *(a for command in commands for a in ("--", *command)))
-    times, memories, sessions = ([statistics.median(row[column] for row in rows if row[0] == program)
-                                  for program in range(len(commands))] for column in (1, 2, 3))
-    spread = [row[1] for row in rows if row[0] == 0]
-    yield ("Start to tray-ready, median (ms)", f"{times[0]:.1f} ({min(spread):.1f} to {max(spread):.1f})",
-           f"bare Qt tray {times[1]:.1f}", times[0] / times[1], "≤ 1.3", times[0] <= 1.3 * times[1])
-    yield ("", "", f"CopyQ {times[2]:.1f}", times[0] / times[2], "< 1", times[0] < times[2])
-    yield ("Proportional memory, median (MB)", f"{sessions[0] / 1024:.1f}", f"bare Qt tray {sessions[1] / 1024:.1f}",
-           sessions[0] / sessions[1], "≤ 1.3", sessions[0] <= 1.3 * sessions[1])
-    yield ("", "", f"CopyQ, main process {memories[2] / 1024:.1f}", sessions[0] / memories[2], "< 1",
-           sessions[0] < memories[2])
-    yield ("", "", f"CopyQ, all processes {sessions[2] / 1024:.1f}", sessions[0] / sessions[2], "< 1",
-           sessions[0] < sessions[2])
+    vantle, bare, copyq = (rows[program::len(commands)] for program in range(len(commands)))
+
+    def compare(name, unit, column, peer, peer_column, label, aim, limit):
+        ours, theirs = [row[column] / unit for row in vantle], [row[peer_column] / unit for row in peer]
+        ratio = statistics.median(a / b for a, b in zip(ours, theirs))
+        return (name, f"{statistics.median(ours):.1f} ({min(ours):.1f} to {max(ours):.1f})",
+                f"{label} {statistics.median(theirs):.1f}", ratio, aim, ratio <= limit)
+    yield compare("Start to tray-ready (ms), median of {} (range)".format(len(vantle)), 1, 1, bare, 1,
+                  "bare Qt tray", "≤ 1.3", 1.3)
+    yield compare("", 1, 1, copyq, 1, "CopyQ", "< 1", 1)
+    yield compare("Proportional memory (MB)", 1024, 3, bare, 3, "bare Qt tray", "≤ 1.3", 1.3)
+    yield compare("", 1024, 3, copyq, 2, "CopyQ, main process", "< 1", 1)
+    yield compare("", 1024, 3, copyq, 3, "CopyQ, all processes", "< 1", 1)
 
 
 def drag():
-    """From the notice that the source owns the drag's selection, which the bench gets as the program does."""
+    """From the notice that the source owns the drag's selection, which the bench gets as the program does; 20 files
+    on the shelf."""
     with virtual.Desktop() as desktop:
+        fill_shelf(desktop)
         program = Program(desktop).start()
         source = file_source(desktop)
         panel = panel_window(desktop, program.process.pid)
         rows = bench(desktop, "drag_latency", panel.id, *source.centre, 700, 600, DRAGS)
     mapped, painted, server, complete = zip(*rows)
-    for name, values in (("panel mapped", mapped), ("first painted", painted), ("first painted, X server's clock", server)):
+    for name, values in (("panel mapped", mapped), ("first painted", painted),
+                         ("first painted, by the X server's clock", server)):
         cells = [f"{statistics.median(values):.1f}", *(f"{rank(values, share):.1f}" for share in (0.95, 0.99, 1))]
-        aim = ("99 of 100 < 30", rank(values, 0.99) < 30) if values is not mapped else ("", None)
-        yield (f"Drag announced to {name} (ms)", "median {}, 95th {}, 99th {}, largest {}".format(*cells), "", None, *aim)
+        yield (f"Drag announced to {name} (ms), {len(values)} drags",
+               "median {}, 95th {}, 99th {}, largest {}; first drag {:.1f}".format(*cells, values[0]), "", None,
+               "99 of 100 < 30", rank(values, 0.99) < 30)
     yield ("First painting was the final picture", f"{int(sum(complete))} of {len(complete)}", "", None, "", None)
 
 
 def pointer():
-    """1,000 movements a second: first with no button down, then during a drag over others' windows."""
+    """Processor time and wake-ups while the pointer moves: with no button down, then during a drag over others'
+    windows. At the border of a window the toolkit itself asks to be told; the bare program is told as well."""
     with virtual.Desktop() as desktop:
+        desktop.start("trayer", "trayer", "--edge", "bottom", "--height", "24")
         program = Program(desktop).start()
+        bare = desktop.start("bare", *BARE)
         source = file_source(desktop)
         peers.target(desktop)
+        inside, across = (60, 80, 300, 200), (20, 20, 500, 700)
+        bench(desktop, "pointer_motion", 0.2, MOTION[1], *inside)  # The server announces a device at its first use.
         time.sleep(3)
-        area = 20, 20, 500, 740
-        free = Usage(program.process.pid)
-        rate = bench(desktop, "pointer_motion", *MOTION, *area)[0][0]
-        free.stop()
-        yield (f"Pointer moves {rate:.0f} times a second, no button: processor time", f"{free.percent:.3f} % of a core",
-               "", None, "0", free.seconds == 0 or free.wakeups <= 1)
-        yield ("… wake-ups in 10 s", f"{free.wakeups}", "", None, "0, or 1 of the cleanup timer", free.wakeups <= 1)
+        for name, area in (("within one window", inside), ("across windows' borders", across)):
+            ours, theirs = Usage(program.process.pid), Usage(bare.pid)
+            rate = bench(desktop, "pointer_motion", *MOTION, *area)[0][0]
+            ours.stop()
+            theirs.stop()
+            met = ours.wakeups <= 2 if area is inside else ours.wakeups <= theirs.wakeups + 2
+            yield (f"{rate:.0f} movements a second {name}, no button, {MOTION[0]} s",
+                   f"{ours.percent:.3f} % of a core, {ours.wakeups} wake-ups",
+                   f"bare Qt tray {theirs.percent:.3f} %, {theirs.wakeups}", None,
+                   "none but the cleanup timer" if area is inside else "the bare program's", met)
 
         desktop.begin_drag(*source.centre)
         virtual.wait_for(program.panel_is_up, 3, "the panel to come up")
@@ -138,22 +167,22 @@ def pointer():
         usages = {name: Usage(pid) for name, pid in (
             ("program", program.process.pid), ("source", source.process.pid),
             ("server", next(p.pid for p in desktop.processes.values() if p.args[0] == "Xvfb")))}
-        rate = bench(desktop, "pointer_motion", *MOTION, *area)[0][0]
+        rate = bench(desktop, "pointer_motion", *MOTION, *across)[0][0]
         held = {name: usage.stop() for name, usage in usages.items()}
         assert program.panel_is_up(), "the panel went during the drag"
         desktop.release()
-        ours = held["program"].percent
-        for name, peer in (("source", "the drag's source"), ("server", "the X server")):
-            yield (f"… {rate:.0f} times a second during a drag" if name == "source" else "",
-                   f"{ours:.2f} % of a core" if name == "source" else "", f"{peer} {held[name].percent:.1f} %",
-                   ours / held[name].percent, "< 3 %", ours < 3)
+        ours = held["program"]
+        yield (f"{rate:.0f} movements a second during a drag, {MOTION[0]} s",
+               f"{ours.percent:.2f} % of a core, {ours.wakeups} wake-ups",
+               f"drag source {held['source'].percent:.1f} %",
+               ours.percent / held["source"].percent, "< 3 %", ours.percent < 3)
+        yield ("", "", f"X server {held['server'].percent:.1f} %", ours.percent / held["server"].percent, "", None)
 
 
 def idle():
     """Hidden after it was shown once, beside the peers in one tray."""
     with virtual.Desktop() as desktop:
         desktop.start("trayer", "trayer", "--edge", "bottom", "--height", "24")
-        time.sleep(1)
         program = Program(desktop).start()
         others = {"bare Qt tray": desktop.start("bare", *BARE), "CopyQ": desktop.start("copyq", *COPYQ)}
         source = file_source(desktop)
@@ -162,14 +191,14 @@ def idle():
         desktop.glide(700, 600)
         desktop.release()
         program.wait_until_hidden()
-        time.sleep(5)
+        time.sleep(35)  # The toolkit's drawing threads end half a minute after their last work.
         ours, *theirs = [Usage(pid) for pid in (program.process.pid, *(p.pid for p in others.values()))]
         time.sleep(IDLE)
         for usage in (ours, *theirs):
             usage.stop()
     peer = ", ".join(f"{name} {usage.wakeups}" for name, usage in zip(others, theirs))
-    yield (f"Wake-ups in {IDLE} s, idle and hidden", f"{ours.wakeups} ({ours.seconds * 1000:.2f} ms)", peer, None,
-           "1 or 2, of the cleanup timer", ours.wakeups <= 2)
+    yield (f"Wake-ups in {IDLE} s, idle and hidden", f"{ours.wakeups} ({ours.seconds * 1000:.2f} ms of a core)", peer,
+           None, "1 or 2, of the cleanup timer", ours.wakeups <= 2)
 
 
 def table(figure):
@@ -191,7 +220,7 @@ def main():
     report = ["# Measured", "", machine()]
     print(report[-1])
     for figure in chosen:
-        report += ["", figure.__doc__, ""]
+        report += ["", " ".join(figure.__doc__.split()), ""]
         print(*report[-3:], sep="\n")
         for line in table(figure):
             report.append(line)

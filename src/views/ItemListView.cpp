@@ -104,6 +104,8 @@ QRect ItemListView::visualRect(const QModelIndex &index) const
 
 QModelIndex ItemListView::indexAt(const QPoint &point) const
 {
+    if (m_model.rowCount() == 0)
+        return {};
     const int pitch = m_delegate->height() + rowSpacing;
     const int y = point.y() + verticalOffset() - listPadding;
     const int row = y / pitch;
@@ -125,10 +127,10 @@ void ItemListView::doItemsLayout()
 
 void ItemListView::updateGeometries()
 {
-    const int pitch = m_delegate->height() + rowSpacing;
-    const int contents
-        = m_model.rowCount() == 0 ? 0 : rowTop(m_model.rowCount()) + listPadding - rowSpacing;
-    verticalScrollBar()->setSingleStep(pitch / 2);
+    const int count = m_model.rowCount();
+    const int contents = count == 0 ? 0 : rowTop(count) + listPadding - rowSpacing;
+    if (count > 0)
+        verticalScrollBar()->setSingleStep((m_delegate->height() + rowSpacing) / 2);
     verticalScrollBar()->setPageStep(viewport()->height());
     verticalScrollBar()->setRange(0, std::max(0, contents - viewport()->height()));
     QAbstractItemView::updateGeometries(); // NOLINT(bugprone-parent-virtual-call)

@@ -60,11 +60,19 @@ void ItemRowDelegate::refresh()
 {
     m_titleFont = Look::font(m_view.font(), 12.5, QFont::Medium);
     m_subtitleFont = Look::font(m_view.font(), 10);
-    m_titleHeight = QFontMetrics(m_titleFont).height();
-    m_subtitleHeight = QFontMetrics(m_subtitleFont).height();
-    m_height
-        = std::max(iconSize, m_titleHeight + rowLineGap + m_subtitleHeight) + 2 * rowEndPadding;
+    m_heights.reset();
     m_prepared.clear();
+}
+
+const ItemRowDelegate::Heights &ItemRowDelegate::heights() const
+{
+    if (!m_heights) {
+        const int title = QFontMetrics(m_titleFont).height();
+        const int subtitle = QFontMetrics(m_subtitleFont).height();
+        const int row = std::max(iconSize, title + rowLineGap + subtitle) + 2 * rowEndPadding;
+        m_heights = { title, subtitle, row };
+    }
+    return *m_heights;
 }
 
 QRect ItemRowDelegate::buttonRect(const QRect &row) const
@@ -115,14 +123,15 @@ void ItemRowDelegate::paintText(QPainter &painter, const QRect &area, const Prep
     const auto leftOf = [&](const QStaticText &text) {
         return rightAligned ? area.right() + 1 - text.size().width() : double(area.left());
     };
-    const int block = m_titleHeight + rowLineGap + m_subtitleHeight;
+    const Heights &lines = heights();
+    const int block = lines.title + rowLineGap + lines.subtitle;
     const int top = area.top() + (area.height() - block) / 2;
     painter.setPen(Look::text(m_view.palette()));
     painter.setFont(m_titleFont);
     painter.drawStaticText(QPointF(leftOf(content.title), top), content.title);
     painter.setPen(Look::secondary(m_view.palette()));
     painter.setFont(m_subtitleFont);
-    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + m_titleHeight + rowLineGap),
+    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + lines.title + rowLineGap),
                            content.subtitle);
 }
 
@@ -187,5 +196,5 @@ void ItemRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
 
 QSize ItemRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
 {
-    return { option.rect.width(), m_height };
+    return { option.rect.width(), height() };
 }

@@ -8,6 +8,8 @@
 #include <QPixmap>
 #include <QStaticText>
 
+#include <optional>
+
 class Icons;
 class ItemListModel;
 class Symbols;
@@ -32,7 +34,7 @@ public:
     ItemRowDelegate(const ItemListModel &model, Icons &icons, Symbols &symbols, QWidget &view);
 
     /// Row height in points, at the fonts of the moment.
-    int height() const { return m_height; }
+    int height() const { return heights().row; }
     /// Where the remove button of a row with that frame takes presses.
     QRect buttonRect(const QRect &row) const;
     void paintRow(QPainter &painter, const QRect &row, const ShelfItem &item, const RowLook &look);
@@ -55,6 +57,16 @@ private:
         QPixmap icon;
     };
 
+    /// In points.
+    struct Heights
+    {
+        int title;
+        int subtitle;
+        int row;
+    };
+
+    /// Measured when first asked for: while the program starts no row needs its fonts.
+    const Heights &heights() const;
     const Prepared &prepared(const ShelfItem &item, int width, double ratio);
     QStaticText shaped(const QString &text, const QFont &font, int width,
                        Qt::LayoutDirection direction) const;
@@ -68,8 +80,6 @@ private:
     QWidget &m_view;
     QFont m_titleFont;
     QFont m_subtitleFont;
-    int m_titleHeight = 0;
-    int m_subtitleHeight = 0;
-    int m_height = 0;
+    mutable std::optional<Heights> m_heights;
     QCache<QUuid, Prepared> m_prepared;
 };

@@ -2,6 +2,7 @@
 import shlex
 import shutil
 from collections import defaultdict
+from pathlib import Path
 
 import pytest
 
@@ -50,7 +51,8 @@ def pytest_runtest_makereport(item):
 
 
 def failure_folder(item):
-    return FAILURES / "".join(c if c.isalnum() or c in "-_" else "-" for c in item.nodeid.split("/")[-1]).strip("-")
+    file, _, test = item.nodeid.partition("::")
+    return FAILURES / "".join(c if c.isalnum() or c in "-_" else "-" for c in f"{Path(file).stem}-{test}").strip("-")
 
 
 def pytest_terminal_summary(terminalreporter, config):
@@ -60,7 +62,8 @@ def pytest_terminal_summary(terminalreporter, config):
     table = defaultdict(dict)
     for outcome in ("passed", "failed", "error", "skipped"):
         for report in terminalreporter.stats.get(outcome, []):
-            file, _, test = report.nodeid.rpartition("/")[2].partition("::")
+            file, _, test = report.nodeid.partition("::")
+            file = file.rpartition("/")[2]
             manager = next(m for m in WINDOW_MANAGERS if f"[{m}" in test)
             name = f"{file} " + test.replace(f"[{manager}-", "[").replace(f"[{manager}]", "")
             table[name][manager] = f"{report.duration:.1f} s" if outcome == "passed" else outcome.upper()

@@ -414,7 +414,10 @@ class Desktop:
 
     def drop(self, x, y):
         self.glide(x, y, 0.4)
-        time.sleep(0.3)
+        for step in (1, 0):  # A source that was slow to find the target learns of it now.
+            time.sleep(0.25)
+            self.move(x + step, y)
+        time.sleep(0.1)
         self.release()
 
     def click(self, x, y, button=1):

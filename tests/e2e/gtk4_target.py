@@ -6,7 +6,7 @@ import gi
 
 gi.require_version("Gtk", "4.0")
 gi.require_version("Gdk", "4.0")
-from gi.repository import Gdk, GObject, Gtk  # noqa: E402
+from gi.repository import Gdk, GLib, GObject, Gtk  # noqa: E402
 
 
 def dropped(target, value, _x, _y):
@@ -28,6 +28,7 @@ def activate(application):
     label.add_controller(target)
     window.set_child(label)
     window.present()
+    GLib.idle_add(lambda: print('{"event": "ready"}', flush=True), priority=GLib.PRIORITY_LOW)  # After it was drawn.
 
 
 app = Gtk.Application(application_id="test.target4")

@@ -15,7 +15,7 @@ import gi
 
 gi.require_version("Gtk", "3.0")
 gi.require_version("Gdk", "3.0")
-from gi.repository import Gdk, Gtk  # noqa: E402
+from gi.repository import Gdk, GLib, Gtk  # noqa: E402
 
 script = json.load(open(sys.argv[1]))
 offers = script["offers"]
@@ -60,4 +60,5 @@ box.connect("drag-failed", lambda *_: log("failed") or True)
 box.connect("drag-data-delete", lambda *_: log("delete"))
 window.connect("destroy", Gtk.main_quit)
 window.show_all()
+GLib.idle_add(lambda: log("ready"), priority=GLib.PRIORITY_LOW)  # After it was drawn.
 Gtk.main()

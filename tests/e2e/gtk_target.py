@@ -65,4 +65,5 @@ window.connect("drag-drop", dropped)
 window.connect("drag-data-received", received)
 window.connect("destroy", Gtk.main_quit)
 window.show_all()
+GLib.idle_add(lambda: print('{"event": "ready"}', flush=True), priority=GLib.PRIORITY_LOW)  # After it was drawn.
 Gtk.main()

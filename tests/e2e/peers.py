@@ -215,6 +215,7 @@ class Scripted:
         if title:
             self.window = desktop.window(title, self.process.pid)
             desktop.place(self.window, *place)
+            self.event("ready")
 
     def events(self, kind=None):
         lines = (self.desktop.logs / f"{self.log}.log").read_text(errors="replace").splitlines()

@@ -13,7 +13,8 @@ from desktop import Rect, wait_for
 BUS_NAME = "app.vantleapp.Vantle"
 TREE = Path(__file__).resolve().parents[2]
 HEADER, PADDING, ROW, SPACING = 44, 8, 44, 5  # Of the panel's list, in points.
-REMOVE_BUTTON = 25  # From the panel's right edge to the middle of a row's remove button.
+REMOVE_BUTTON = 25  # From the panel's right edge to the middle of a row's remove button,
+CLOSE, CLEAR, HANDLE = 21, 45, 83  # of the buttons and of the drag handle in the header.
 
 
 class Program:
@@ -130,6 +131,10 @@ class Program:
     def remove_button(self, index):
         rect = self.panel_rect()
         return rect.x + rect.width - REMOVE_BUTTON, self.row(index)[1]
+
+    def header(self, from_right):
+        rect = self.panel_rect()
+        return rect.x + rect.width - from_right, rect.y + HEADER // 2 - 2
 
     def wait_until_hidden(self, timeout=3):
         wait_for(lambda: not self.panel_is_up(), timeout, "the panel to go")

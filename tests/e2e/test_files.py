@@ -4,7 +4,8 @@ import os
 import pytest
 
 from desktop import wait_for
-from peers import Editor, FileManager, Firefox, Scripted, data, source, target, target4, uri_list, DROP_COLOUR
+from peers import DROP_COLOUR, Editor, FileManager, Firefox, Scripted, data, source, target, target4, uri_list
+from program import HANDLE
 
 ODD_NAMES = [b"a b.txt", b"line\nbreak.txt", b"100%25 #?.txt", b"latin-\xe4.txt", "日本 ü.txt".encode()]
 CONTENTS = {
@@ -165,13 +166,18 @@ def test_files_go_through_the_portal_both_ways(desktop, shelf):
 
 
 @main
-def test_the_shelf_refuses_its_own_rows(desktop, shelf):
+def test_the_shelf_refuses_its_own_rows_and_the_handle_carries_all(desktop, shelf):
     paths = make_files(desktop.home / "from", [b"one.txt", b"two.txt"])
     fill(desktop, shelf, paths)
     shelf.give(0, *shelf.row(1))
     receiver = target(desktop)
     shelf.give(0, *receiver.centre)  # Works, so the refused drag is over.
     receiver.event("drop")
+    desktop.keys("Escape")  # Nothing is selected any more, so the handle carries all.
+    desktop.begin_drag(*shelf.header(HANDLE), dx=-24, dy=30)
+    desktop.drop(*receiver.centre)
+    wait_for(lambda: len(receiver.events("drop")) == 2, what="the second drop")
+    assert data(receiver.event("drop"), "text/uri-list") == uri_list(*paths)
     assert shelf.paths() == paths
 
 

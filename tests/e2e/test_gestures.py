@@ -5,6 +5,7 @@ import pytest
 
 from desktop import wait_for
 from peers import Editor, FileManager, source, uri_list
+from program import CLOSE
 
 main = pytest.mark.main
 
@@ -74,7 +75,7 @@ def test_an_ignored_application_calls_nothing_but_by_the_corner(desktop, program
     ({"shakeToSummon": False}, [], False),
     ({"dragModifier": "shift"}, [], False),
     ({"dragModifier": "shift"}, ["Shift_L"], True),
-])
+], ids=["off", "modifier missing", "modifier held"])
 def test_preferences_of_the_drag_gesture(desktop, program, preferences, keys, comes):
     program.prefer(onboarded=True, **preferences)
     program.start()
@@ -116,7 +117,8 @@ def test_a_drag_while_the_panel_is_up_leaves_it_up(desktop, shelf):
     assert shelf.panel_is_up()
 
 
-@pytest.mark.parametrize("mode, expected", [("topRight", (24, 24)), ("cursor", None), ("last", (24, 24))])
+@pytest.mark.parametrize("mode, expected", [("topRight", (24, 24)), ("cursor", None), ("last", (24, 24))],
+                         ids=["topRight", "cursor", "last"])
 def test_where_it_comes_up(desktop, program, mode, expected):
     program.prefer(onboarded=True, summonPosition=mode)
     program.start()
@@ -131,6 +133,27 @@ def test_where_it_comes_up(desktop, program, mode, expected):
             assert (rect.x, rect.y) == (314, 214)
         desktop.keys("Escape")
         program.wait_until_hidden()
+
+
+def test_it_is_moved_and_resized_and_stays_so(desktop, program):
+    program.prefer(onboarded=True, summonPosition="last")
+    program.start().summon()
+    before = program.panel_rect()
+    desktop.press(*before.at(0.5, 0.8))
+    desktop.glide(before.x - 200, before.y + 400)
+    desktop.release()
+    moved = wait_for(lambda: next((r for r in [program.panel_rect()] if r.x < before.x - 200), None), what="the move")
+    assert (moved.width, moved.height) == (before.width, before.height)
+    desktop.press(moved.x + moved.width - 5, moved.y + moved.height - 5)
+    desktop.glide(moved.x + moved.width + 75, moved.y + moved.height + 35)
+    desktop.release()
+    wait_for(lambda: abs(program.panel_rect().width - moved.width - 80) <= 2, what="the new size")
+    time.sleep(1.0)  # It is stored after a moment of rest.
+    resized = program.panel_rect()
+    program.restart().summon()
+    assert program.panel_rect() == resized
+    desktop.click(*program.header(CLOSE))
+    program.wait_until_hidden()
 
 
 def test_it_stands_on_every_desktop_and_above(desktop, shelf):

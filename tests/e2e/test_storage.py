@@ -7,6 +7,7 @@ import pytest
 
 from desktop import wait_for
 from peers import source, uri_list
+from program import CLEAR
 
 main = pytest.mark.main
 SHELF = "E621E1F8-C36C-495A-93FC-0C247A3E6E5F"
@@ -46,6 +47,10 @@ def test_removal_and_undo(desktop, shelf):
         wait_for(lambda: desktop.active_window() == shelf.panel().id, what="the keyboard")
         desktop.keys("Control_L", "z")
         assert shelf.wait_for_items(2) == before
+    desktop.click(*shelf.header(CLEAR))
+    shelf.wait_for_items(0)
+    desktop.keys("Control_L", "z")
+    assert shelf.wait_for_items(2) == before
     desktop.keys("Control_L", "a")
     desktop.keys("Delete")
     shelf.wait_for_items(0)
@@ -89,7 +94,8 @@ def test_what_a_half_finished_save_leaves_does_no_harm(desktop, program):
 
 @main
 @pytest.mark.any_wm
-@pytest.mark.parametrize("text", ["no json", '{"dragModifier": ["shift"], "ignoredApps": 7, "onboarded": "yes"}', "[]"])
+@pytest.mark.parametrize("text", ["no json", '{"dragModifier": ["shift"], "ignoredApps": 7, "onboarded": "yes"}', "[]"],
+                         ids=["no json", "wrong types", "no object"])
 def test_preferences_that_are_none(desktop, program, text):
     file = desktop.write(desktop.config_home / "Vantle/preferences.json", text)
     program.start()

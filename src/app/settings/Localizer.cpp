@@ -21,11 +21,11 @@ QString tablePath(const QString &bundle, const QString &code)
 QStringList codesIn(const QString &bundle)
 {
     QStringList codes;
-    const auto folders
-        = QDir(bundle).entryList({ QStringLiteral("*.lproj") }, QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString &folder : folders) {
-        const QString code = folder.chopped(6); // ".lproj"
-        if (QFile::exists(tablePath(bundle, code)))
+    const auto ending = QLatin1String(".lproj");
+    // Without a name filter: that would load the toolkit's regular expressions at every start.
+    for (const QString &folder : QDir(bundle).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QString code = folder.chopped(std::min(folder.size(), ending.size()));
+        if (folder.endsWith(ending) && QFile::exists(tablePath(bundle, code)))
             codes.append(code);
     }
     return codes;

@@ -43,7 +43,6 @@ void chooseTheme()
 ThemeIcons::ThemeIcons(QString folder)
     : m_folder(std::move(folder))
 {
-    chooseTheme();
 }
 
 QIcon ThemeIcons::forFile(const QUrl &url)
@@ -51,8 +50,9 @@ QIcon ThemeIcons::forFile(const QUrl &url)
     const bool isFolder = url.path(QUrl::FullyEncoded).endsWith(u'/');
     const QMimeType type = isFolder
         ? m_types.mimeTypeForName(QStringLiteral("inode/directory"))
-        : m_types.mimeTypeForFile(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(url))),
-                                  QMimeDatabase::MatchExtension);
+        : m_types.mimeTypeForFile(
+            FilePath::display(FilePath::lastComponent(FilePath::fromUrl(url))),
+            QMimeDatabase::MatchExtension);
     QIcon &icon = m_icons[type.name()];
     if (icon.isNull()) {
         const QStringList names = isFolder
@@ -72,8 +72,10 @@ QIcon ThemeIcons::forWebLocation()
     return icon;
 }
 
-QIcon ThemeIcons::find(const QStringList &names, const QString &fallback) const
+QIcon ThemeIcons::find(const QStringList &names, const QString &fallback)
 {
+    if (!std::exchange(m_themeChosen, true))
+        chooseTheme();
     for (const QString &name : names) {
         if (QIcon::hasThemeIcon(name))
             return QIcon::fromTheme(name);

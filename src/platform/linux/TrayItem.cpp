@@ -12,7 +12,7 @@ constexpr double notifierGrace = 1; // Seconds.
 
 constexpr std::array imageSizes { 16, 22, 24, 32, 48, 64 };
 
-/// The sizes that trays ask for, drawn once, each sharp.
+/// The sizes that trays ask for, each drawn sharp.
 QIcon atTraySizes(const QIcon &image)
 {
     QIcon result;
@@ -34,10 +34,10 @@ TrayItem::~TrayItem() = default;
 
 void TrayItem::setImage(const QIcon &image, const QString &description)
 {
-    m_image = atTraySizes(image);
+    m_image = image;
     m_description = description;
     if (m_icon) {
-        m_icon->setIcon(m_image);
+        m_icon->setIcon(this->image());
         m_icon->setToolTip(m_description);
     }
 }
@@ -77,10 +77,17 @@ void TrayItem::appear(TrayKind kind)
                          if (reason == QSystemTrayIcon::Trigger && onActivate)
                              onActivate();
                      });
-    m_icon->setIcon(m_image);
+    m_icon->setIcon(image());
     m_icon->setToolTip(m_description);
     buildMenu();
     m_icon->show();
+}
+
+/// A notifier item is sent as pictures, of the sizes that there are; an embedded
+/// one draws itself in the size that it gets.
+QIcon TrayItem::image() const
+{
+    return m_kind == TrayKind::Notifier ? atTraySizes(m_image) : m_image;
 }
 
 void TrayItem::buildMenu()

@@ -31,6 +31,7 @@ private:
     void update();
     void appear(TrayKind kind);
     void buildMenu();
+    QIcon image() const;
 
     MainQueue &m_queue;
     TrayHosts m_hosts;

@@ -92,7 +92,9 @@ void X11PanelWindow::setRootView(QWidget *view)
     m_rootView = view;
     view->setParent(this);
     layoutRootView();
-    view->show();
+    // Else it is shown, laid out and given its fonts together with the panel.
+    if (isVisible())
+        view->show();
 }
 
 QRectF X11PanelWindow::frame() const
