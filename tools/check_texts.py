@@ -6,29 +6,78 @@ import re
 import sys
 
 root = pathlib.Path(__file__).resolve().parent.parent
-tables = {}
-for file in sorted(root.glob("src/resources/Vantle_Vantle.bundle/*.lproj/Localizable.strings")):
-    text = re.sub(r"/\*.*?\*/", "", file.read_text(), flags=re.S)
-    pairs = re.findall(r'"((?:[^"\\]|\\.)*)"\s*=\s*"((?:[^"\\]|\\.)*)"\s*;', text)
-    tables[file.parent.stem] = dict(pairs)
-    if len(pairs) != len(dict(pairs)):
-        sys.exit(f"{file.parent.name}: a key stands twice")
+LITERAL = r'"((?:[^"\\\n]|\\.)*)"'
+TOKENS = re.compile(rf'//[^\n]*|/\*.*?\*/|{LITERAL}', re.S)
+CALL = re.compile(r"\b\w*[tT]exts\s*(?:\.|->)\s*text\s*\(")
+CONVERSION = re.compile(r"%%|%(?:(\d+)\$)?(@|lld|d)")
+bad = []
 
-literals, used = set(), set()
-for file in (root / "src").rglob("*.cpp"):
-    source = file.read_text()
-    literals |= set(re.findall(r'"([a-z][a-z0-9_]*)"', source))
-    used |= set(re.findall(r'\btext\(\s*(?:QStringLiteral|QLatin1String)\("(\w+)"\)', source))
 
-english = tables.get("en", {})
-bad = [f"en: no text for the key {key}" for key in sorted(used - english.keys())]
-bad += [f"en: nothing uses the key {key}" for key in sorted(english.keys() - literals)]
+def without_comments(source):
+    """Comments go, literals stay: a quote or two slashes may stand inside the other."""
+    return TOKENS.sub(lambda match: match[0] if match[1] is not None else " ", source)
+
+
+def first_argument(source, start):
+    """What stands between that place and the comma or bracket that ends the argument."""
+    depth, position = 0, start
+    while position < len(source):
+        if literal := re.compile(LITERAL).match(source, position):
+            position = literal.end()
+            continue
+        if source[position] in "([{":
+            depth += 1
+        elif source[position] in ")]}" or source[position] == ",":
+            if depth == 0:
+                break
+            depth -= source[position] != ","
+        position += 1
+    return source[start:position]
+
+
+def read_table(file):
+    text = without_comments(file.read_text(encoding="utf-8"))
+    entry = re.compile(rf"\s*{LITERAL}\s*=\s*{LITERAL}\s*;")
+    table, position = {}, 0
+    while match := entry.match(text, position):
+        if match[1] in table:
+            bad.append(f"{file.parent.name}: the key {match[1]} stands twice")
+        table[match[1]] = match[2]
+        position = match.end()
+    if text[position:].strip():
+        bad.append(f"{file.parent.name}: not an entry: {text[position:].strip().splitlines()[0]}")
+    return table
 
 
 def arguments(text):
-    return sorted(re.findall(r"%(?:\d+\$)?(@|lld|d)", text))
+    """Each argument's position and type; one without a position takes the next."""
+    found, following = [], 1
+    for match in CONVERSION.finditer(text):
+        if match[0] == "%%":
+            continue
+        found.append((int(match[1]) if match[1] else following, match[2]))
+        following += not match[1]
+    return sorted(found)
 
 
+literals, used = set(), {}
+for file in sorted((root / "src").rglob("*.[ch]*")):
+    source = without_comments(file.read_text(encoding="utf-8"))
+    literals |= set(re.findall(LITERAL, source))
+    for call in CALL.finditer(source):
+        for key in re.findall(LITERAL, first_argument(source, call.end())):
+            used.setdefault(key, file.relative_to(root))
+
+bundle = root / "src/resources/Vantle_Vantle.bundle"
+tables = {file.parent.stem: read_table(file) for file in sorted(bundle.glob("*.lproj/Localizable.strings"))}
+english = tables.get("en", {})
+bad += [f"{used[key]}: no text for the key {key}" for key in sorted(used.keys() - english.keys())]
+bad += [f"en: nothing uses the key {key}" for key in sorted(english.keys() - literals)]
+for key, text in english.items():
+    if key.endswith("_n") and arguments(text) != [(1, "lld")]:
+        bad.append(f"en: {key} takes a count and nothing else")
+    if "%" in CONVERSION.sub("", text) and arguments(text):
+        bad.append(f"en: {key} holds a percent sign that is neither doubled nor an argument")
 for language, table in tables.items():
     bad += [f"{language}: no text for the key {key}" for key in sorted(english.keys() - table.keys())]
     bad += [f"{language}: the key {key} is not in English" for key in sorted(table.keys() - english.keys())]

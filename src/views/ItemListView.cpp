@@ -4,6 +4,7 @@
 #include "store/ShelfStore.h"
 #include "views/SlimScrollBar.h"
 
+#include <QCoreApplication>
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -145,6 +146,15 @@ void ItemListView::resizeEvent(QResizeEvent *event)
 {
     QListView::resizeEvent(event);
     updateGeometries();
+}
+
+/// The toolkit shows or hides a scroll bar a turn of the loop after its range was
+/// set, which may be after the first picture.
+void ItemListView::showEvent(QShowEvent *event)
+{
+    QListView::showEvent(event);
+    QEvent layOut(QEvent::LayoutRequest);
+    QCoreApplication::sendEvent(this, &layOut);
 }
 
 void ItemListView::changeEvent(QEvent *event)

@@ -46,6 +46,7 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void changeEvent(QEvent *event) override;
     void updateGeometries() override;
     void scrollContentsBy(int dx, int dy) override;
