@@ -23,6 +23,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QImageReader>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -112,6 +113,8 @@ int main(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(VANTLE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("app.vantleapp.Vantle"));
     QApplication::setQuitOnLastWindowClosed(false);
+    // The toolkit's 128 refuse what cameras make today.
+    QImageReader::setAllocationLimit(512); // Megabytes.
     if (!Xcb::toolkitConnection()) {
         std::fputs("Vantle needs an X server: it does not run on this platform.\n", stderr);
         return 1;

@@ -1,5 +1,7 @@
 #include "base/AtomicFile.h"
 
+#include "base/NativeFile.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,47 +24,6 @@ QByteArray folderOf(const QByteArray &path)
     if (slash < 0)
         return QByteArrayLiteral(".");
     return slash == 0 ? QByteArrayLiteral("/") : path.left(slash);
-}
-
-bool writeAll(int file, const QByteArray &bytes)
-{
-    const char *next = bytes.constData();
-    auto left = static_cast<size_t>(bytes.size());
-    while (left > 0) {
-        const ssize_t count = ::write(file, next, left);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        next += count;
-        left -= static_cast<size_t>(count);
-    }
-    return true;
-}
-
-/// Without it the rename itself may be lost in a power cut. Some file systems
-/// cannot do it; the file is complete in any case.
-void syncFolder(const QByteArray &folder)
-{
-    const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (handle < 0)
-        return;
-    ::fsync(handle);
-    ::close(handle);
-}
-
-/// Writes into the open temporary file and closes it, whatever happens.
-bool fill(int file, const QByteArray &bytes, std::optional<mode_t> mode)
-{
-    bool done = writeAll(file, bytes) && (!mode || ::fchmod(file, *mode) == 0)
-        && ::fsync(file) == 0;
-    const int reason = errno;
-    // A full network file system may tell only now.
-    const bool closed = ::close(file) == 0;
-    if (done && !closed)
-        return false;
-    errno = reason;
-    return done;
 }
 
 }
@@ -88,7 +49,9 @@ bool AtomicFile::write(const QByteArray &path, const QByteArray &bytes)
         errno = ELOOP;
         return false;
     }
-    struct stat old {};
+    struct stat old
+    {
+    };
     std::optional<mode_t> mode;
     if (::stat(target.constData(), &old) == 0) {
         if (!S_ISREG(old.st_mode)) {
@@ -103,8 +66,12 @@ bool AtomicFile::write(const QByteArray &path, const QByteArray &bytes)
     const int file = ::mkostemp(temporary.data(), O_CLOEXEC); // Mode 0600.
     if (file < 0)
         return false;
-    if (fill(file, bytes, mode) && ::rename(temporary.constData(), target.constData()) == 0) {
-        syncFolder(folder);
+    // File systems without permissions refuse; the content counts for more.
+    if (mode)
+        ::fchmod(file, *mode);
+    if (NativeFile::writeAndClose(file, bytes)
+        && ::rename(temporary.constData(), target.constData()) == 0) {
+        NativeFile::syncFolder(folder);
         return true;
     }
     const int reason = errno;

@@ -7,8 +7,9 @@
 namespace AtomicFile {
 
 /// The bytes are on the disk when this returns true. A file that exists keeps
-/// its permissions, a new one is the user's alone; of a symbolic link the target
-/// is replaced. On failure the old file is untouched and errno says why.
+/// its permissions where the file system has any, a new one is the user's alone;
+/// of a symbolic link the target is replaced. On failure the old file is untouched and errno says
+/// why.
 bool write(const QByteArray &path, const QByteArray &bytes);
 
 /// The path that a symbolic link finally names, whether or not anything is

@@ -29,13 +29,6 @@ QString frameKey()
     return QStringLiteral("ShelfPanelFrame");
 }
 
-/// Unlike QRectF::contains, a point between two screens is on one of them only.
-bool holds(const QRectF &frame, const QPointF &point)
-{
-    return point.x() >= frame.left() && point.x() < frame.right() && point.y() >= frame.top()
-        && point.y() < frame.bottom();
-}
-
 double overlap(const QRectF &a, const QRectF &b)
 {
     const QRectF common = a & b;
@@ -117,7 +110,7 @@ std::optional<Screen> ShelfPanel::activeScreen() const
 {
     if (const auto location = m_pointer.location()) {
         for (const Screen &screen : m_screens.all()) {
-            if (holds(screen.frame, *location))
+            if (screen.holds(*location))
                 return screen;
         }
     }

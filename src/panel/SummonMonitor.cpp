@@ -17,13 +17,6 @@ constexpr double cornerSize = 6; // Points.
 constexpr double cornerPause = 1; // Seconds between two firings of the corner gesture.
 constexpr double dragDistance = 4; // Points.
 
-/// Half open, unlike QRectF::contains: neighbouring screens share no point.
-bool holds(const QRectF &frame, const QPointF &point)
-{
-    return frame.left() <= point.x() && point.x() < frame.right() && frame.top() <= point.y()
-        && point.y() < frame.bottom();
-}
-
 }
 
 SummonMonitor::SummonMonitor(PointerMonitor &pointer, DragSelection &selection,
@@ -121,9 +114,8 @@ bool SummonMonitor::inCorner(const QPointF &at) const
 {
     const auto screens = m_screens.all();
     return std::any_of(screens.begin(), screens.end(), [&at](const Screen &screen) {
-        const QRectF &frame = screen.frame;
-        return holds(frame, at) && frame.right() - cornerSize < at.x()
-            && at.y() < frame.top() + cornerSize;
+        return screen.holds(at) && screen.frame.right() - cornerSize < at.x()
+            && at.y() < screen.frame.top() + cornerSize;
     });
 }
 

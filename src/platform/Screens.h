@@ -10,6 +10,13 @@ struct Screen
 {
     QRectF frame;
     QRectF visibleFrame; // Without panels and docks.
+
+    /// Unlike QRectF::contains, a point between two screens is on one of them only.
+    bool holds(const QPointF &point) const
+    {
+        return frame.left() <= point.x() && point.x() < frame.right() && frame.top() <= point.y()
+            && point.y() < frame.bottom();
+    }
 };
 
 class Screens

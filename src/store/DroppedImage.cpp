@@ -7,8 +7,8 @@
 
 namespace {
 
-/// A few hundred bytes can announce any size. Unpacked, this is 256 MB, where
-/// the reader's own limit lies as well.
+/// A few hundred bytes can announce any size. Unpacked, this is 256 MB, or twice
+/// that with 16 bits a channel.
 constexpr qint64 mostPixels = 64LL * 1024 * 1024;
 
 bool isTiff(const QMimeType &type)

@@ -2,7 +2,7 @@
 
 #include "base/AtomicFile.h"
 #include "base/FilePath.h"
-#include "store/DataFiles.h"
+#include "base/NativeFile.h"
 #include "store/StateCoding.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ ShelfStore::ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Sound
     , m_sounds(sounds)
     , m_texts(texts)
 {
-    DataFiles::makeFolder(m_paths.dataDir);
+    NativeFile::makeFolder(m_paths.dataDir);
     if (load() == Loaded::State)
         sweepOrphans();
 }
@@ -58,7 +58,7 @@ ShelfStore::~ShelfStore() = default;
 ShelfStore::Loaded ShelfStore::load()
 {
     const auto state = StateCoding::decodeState(
-        DataFiles::read(m_paths.dataDir + "/shelves.json").value_or(QByteArray()));
+        NativeFile::read(m_paths.dataDir + "/shelves.json").bytes.value_or(QByteArray()));
     if (state && !state->shelves.isEmpty()) {
         auto open = state->shelves;
         for (Shelf &shelf : open)
@@ -71,7 +71,8 @@ ShelfStore::Loaded ShelfStore::load()
         return Loaded::State;
     }
     const QByteArray oldPath = m_paths.dataDir + "/items.json";
-    const auto oldItems = StateCoding::decodeItems(DataFiles::read(oldPath).value_or(QByteArray()));
+    const auto oldItems
+        = StateCoding::decodeItems(NativeFile::read(oldPath).bytes.value_or(QByteArray()));
     Shelf only;
     only.id = QUuid::createUuid();
     if (oldItems)
@@ -97,7 +98,7 @@ void ShelfStore::adopt(QList<Shelf> open, QList<Shelf> closedShelves, const QUui
 bool ShelfStore::save()
 {
     mirrorCurrent();
-    DataFiles::makeFolder(m_paths.dataDir); // It may have been removed, or not been there to make.
+    NativeFile::makeFolder(m_paths.dataDir); // It may have been removed, or not been there to make.
     const ShelfState state { currentID.value(), shelves.value(), closed.value() };
     return AtomicFile::write(m_paths.dataDir + "/shelves.json", StateCoding::encode(state));
 }
@@ -121,9 +122,9 @@ void ShelfStore::sweepOrphans() const
                 used.insert(FilePath::lastComponent(FilePath::fromUrl(item.url)));
         }
     }
-    for (const QByteArray &name : DataFiles::namesIn(droppedDir())) {
+    for (const QByteArray &name : NativeFile::namesIn(droppedDir())) {
         if (!used.contains(name))
-            DataFiles::remove(droppedDir() + '/' + name);
+            NativeFile::remove(droppedDir() + '/' + name);
     }
 }
 
@@ -152,7 +153,7 @@ void ShelfStore::discardManaged(const QList<ShelfItem> &list) const
         // The standardised path, since the place was judged by it.
         const QByteArray path = FilePath::standardized(FilePath::fromUrl(item.url));
         if (isManaged(item.url) && !hasLinkBetween(droppedDir(), path))
-            DataFiles::remove(path);
+            NativeFile::remove(path);
     }
 }
 

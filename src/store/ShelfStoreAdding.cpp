@@ -2,8 +2,8 @@
 
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
+#include "base/NativeFile.h"
 #include "store/Addresses.h"
-#include "store/DataFiles.h"
 #include "store/DroppedImage.h"
 
 #include <QTextBoundaryFinder>
@@ -104,7 +104,7 @@ void ShelfStore::addText(const QString &text)
     }
     const QByteArray path
         = newFilePath(m_texts.text(QStringLiteral("dropped_text")), QStringLiteral("txt"));
-    if (DataFiles::writeNew(path, text.toUtf8()))
+    if (NativeFile::writeNew(path, text.toUtf8()))
         insertDropped(path, previewOf(text));
 }
 
@@ -116,7 +116,7 @@ void ShelfStore::addLink(const QUrl &url)
         return;
     const QByteArray path
         = newFilePath(m_texts.text(QStringLiteral("dropped_link")), QStringLiteral("webloc"));
-    if (DataFiles::writeNew(path, webLocation(url)))
+    if (NativeFile::writeNew(path, webLocation(url)))
         insertDropped(path, linkTitle(url), url);
 }
 
@@ -157,7 +157,7 @@ void ShelfStore::addFromWorker(const QString &extension, Bytes bytes)
         WorkerPriority::UserInitiated,
         [this, &queue = m_queue, alive = std::weak_ptr(m_alive), path, bytes = std::move(bytes)] {
             const auto content = bytes();
-            if (!content || !DataFiles::writeNew(path, *content))
+            if (!content || !NativeFile::writeNew(path, *content))
                 return;
             queue.post([this, alive, path] {
                 if (alive.lock())
@@ -171,7 +171,7 @@ QUrl ShelfStore::makeDemoFile()
     const QString name = m_texts.text(QStringLiteral("demo_file_name")) + QStringLiteral(".txt");
     const QByteArray path = droppedDir() + '/' + name.toUtf8();
     if (!FilePath::exists(path))
-        DataFiles::writeNew(path, m_texts.text(QStringLiteral("demo_file_content")).toUtf8());
+        NativeFile::writeNew(path, m_texts.text(QStringLiteral("demo_file_content")).toUtf8());
     return FilePath::toUrl(path);
 }
 

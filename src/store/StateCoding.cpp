@@ -5,7 +5,6 @@
 #include <QJsonObject>
 #include <QSet>
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -186,13 +185,11 @@ std::optional<QList<T>> toList(const QJsonValue &value,
     if (!value.isArray())
         return std::nullopt;
     QList<T> list;
-    QSet<QUuid> ids; // What is found by its id must have one of its own.
     const auto array = value.toArray();
     for (const auto &each : array) {
         auto decoded = element(each);
-        if (!decoded || ids.contains(decoded->id))
+        if (!decoded)
             return std::nullopt;
-        ids.insert(decoded->id);
         list.append(std::move(*decoded));
     }
     return list;
@@ -272,13 +269,27 @@ std::optional<QList<Shelf>> toShelves(const QJsonValue &value)
     return toList(value, toShelf);
 }
 
-bool shareAnId(const QList<Shelf> &some, const QList<Shelf> &others)
+/// What is found by its id must have one of its own: of several with one id the
+/// first keeps it.
+template<typename T>
+void makeDistinct(QList<T> &list, QSet<QUuid> &known)
 {
-    QSet<QUuid> ids;
-    for (const Shelf &shelf : some)
-        ids.insert(shelf.id);
-    return std::any_of(others.begin(), others.end(),
-                       [&](const Shelf &shelf) { return ids.contains(shelf.id); });
+    for (T &each : list) {
+        if (known.contains(each.id))
+            each.id = QUuid::createUuid();
+        known.insert(each.id);
+    }
+}
+
+void makeDistinct(ShelfState &state)
+{
+    QSet<QUuid> shelves;
+    QSet<QUuid> items;
+    for (auto *list : { &state.shelves, &state.closed }) {
+        makeDistinct(*list, shelves);
+        for (Shelf &shelf : *list)
+            makeDistinct(shelf.items, items);
+    }
 }
 
 }
@@ -304,13 +315,18 @@ std::optional<ShelfState> StateCoding::decodeState(const QByteArray &json)
     reader.required("current", state.current, toId);
     reader.required("shelves", state.shelves, toShelves);
     reader.required("closed", state.closed, toShelves);
-    if (!reader.isGood() || shareAnId(state.shelves, state.closed))
+    if (!reader.isGood())
         return std::nullopt;
+    makeDistinct(state);
     return state;
 }
 
 std::optional<QList<ShelfItem>> StateCoding::decodeItems(const QByteArray &json)
 {
     const auto document = QJsonDocument::fromJson(json);
-    return document.isArray() ? toItems(document.array()) : std::nullopt;
+    auto items = document.isArray() ? toItems(document.array()) : std::nullopt;
+    QSet<QUuid> known;
+    if (items)
+        makeDistinct(*items, known);
+    return items;
 }

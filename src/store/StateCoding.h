@@ -4,7 +4,8 @@
 
 /// The JSON form of the records. Reading is all or nothing: a key that is
 /// missing or a value of the wrong type spoils the whole file; only unknown keys
-/// are passed over, and null counts as absent where a field may be absent.
+/// are passed over, and null counts as absent where a field may be absent. An id
+/// that came before is replaced by a new one.
 ///
 /// Written compactly: "\/" for a slash, UUIDs in upper case, dates as seconds
 /// since 2001-01-01 UTC, bytes as Base64, and absent fields left out.

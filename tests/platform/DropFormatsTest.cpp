@@ -3,10 +3,14 @@
 
 #include "base/FilePath.h"
 
+#include <QFile>
 #include <QHash>
 #include <QSysInfo>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 namespace {
 
@@ -126,6 +130,25 @@ TEST(DropFormatsTest, TextIsDecodedAsItsTypeSays)
         SCOPED_TRACE(c.what);
         EXPECT_EQ(DropFormats::text(c.type, c.data), c.text);
     }
+}
+
+TEST(DropFormatsTest, APageReadsNoFileThatItNames)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(u"style.css"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(inotify_add_watch(watch, folder.path().toUtf8().constData(), IN_OPEN), 0);
+
+    const QByteArray address = "file://" + file.fileName().toUtf8();
+    const QByteArray page = "<html><head><link rel=\"stylesheet\" type=\"text/css\" href=\""
+        + address + "\"></head><body background=\"" + address
+        + "\"><table><tr><td style=\"background-image: url(" + address + ")\">words<img src=\""
+        + address + "\"></td></tr></table>";
+    EXPECT_EQ(DropFormats::text(u"text/html"_s, page).value_or(QString()).trimmed(), u"words"_s);
+    char event[4096];
+    EXPECT_EQ(read(watch, event, sizeof event), -1) << "a file was opened";
+    close(watch);
 }
 
 TEST(DropFormatsTest, BrowsersWriteAddressAndTitle)

@@ -23,7 +23,8 @@ public:
     void set(const char *name, const char *value)
     {
         if (!m_old.count(name))
-            m_old[name] = qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt;
+            m_old[name]
+                = qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt;
         if (value != nullptr)
             qputenv(name, value);
         else
@@ -146,7 +147,8 @@ TEST(XdgAutostartTest, OnWritesAnEntryAndOffRemovesIt)
     EXPECT_EQ(autostart.setEnabled(true), std::nullopt);
     EXPECT_TRUE(autostart.enabled());
     const QByteArray entry = read(path);
-    EXPECT_TRUE(entry.contains("\nExec=\"/opt/my \\\\$x\\\\\\\\%%/van\\\\\"tle\"\n")) << entry.data();
+    EXPECT_TRUE(entry.contains("\nExec=\"/opt/my \\\\$x\\\\\\\\%%/van\\\\\"tle\"\n"))
+        << entry.data();
     EXPECT_TRUE(entry.contains("\nTryExec=/opt/my $x\\\\%/van\"tle\n")) << entry.data();
 
     EXPECT_EQ(autostart.setEnabled(false), std::nullopt);

@@ -16,10 +16,7 @@ const QString keyA = QStringLiteral("a");
 
 struct World
 {
-    World()
-    {
-        QDir(config.path()).mkdir(QStringLiteral("Vantle"));
-    }
+    World() { QDir(config.path()).mkdir(QStringLiteral("Vantle")); }
     QString path(const char *name) const { return config.filePath(QLatin1String(name)); }
     void write(const char *name, const QByteArray &bytes) const
     {
@@ -63,7 +60,9 @@ TEST(JsonPreferencesTest, NothingIsWrittenBeforeTheFirstChangeAndThenForTheUserA
     EXPECT_FALSE(QFileInfo::exists(w.path("Vantle")));
 
     preferences.setValue(keyA, 1);
-    struct stat status {};
+    struct stat status
+    {
+    };
     ASSERT_EQ(::stat(qPrintable(w.path("Vantle/preferences.json")), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
     ASSERT_EQ(::stat(qPrintable(w.path("Vantle")), &status), 0);

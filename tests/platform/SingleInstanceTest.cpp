@@ -80,8 +80,7 @@ TEST(SingleInstanceTest, TheSecondStartAsksTheFirstToComeUp)
     SingleInstance first(state.path().toUtf8(), bus.connection("first"));
     ASSERT_EQ(first.acquire(), Result::First);
     const QString second = bus.connection("second");
-    const auto start
-        = [&] { return SingleInstance(state.path().toUtf8(), second).acquire(); };
+    const auto start = [&] { return SingleInstance(state.path().toUtf8(), second).acquire(); };
 
     // Requests that come while the first is still starting are answered, kept and delivered once.
     EXPECT_EQ(elsewhere(start), Result::HandedOver);
@@ -147,15 +146,23 @@ TEST(SingleInstanceTest, WithoutABusTheLockDecidesAndGoesWithItsProcess)
 
 TEST(SingleInstanceTest, AHolderThatEndsMeanwhileIsSucceeded)
 {
-    const QTemporaryDir state;
-    auto holder = std::make_unique<SingleInstance>(state.path().toUtf8(), noBus);
-    ASSERT_EQ(holder->acquire(), Result::First);
-    std::thread ending([&] {
-        ::usleep(30000);
+    Bus bus;
+    // One without a bus, and one that takes the request but ends before it answers.
+    for (const QString &its : { noBus, bus.connection("first") }) {
+        SCOPED_TRACE(qPrintable(its));
+        const QTemporaryDir state;
+        auto holder = std::make_unique<SingleInstance>(state.path().toUtf8(), its);
+        ASSERT_EQ(holder->acquire(), Result::First);
+        const QString other = its == noBus ? noBus : bus.connection("second");
+        auto result = Result::HeldElsewhere;
+        std::thread starting(
+            [&] { result = SingleInstance(state.path().toUtf8(), other).acquire(); });
+        ::usleep(60000);
+        QDBusConnection::disconnectFromBus(its);
         holder.reset();
-    });
-    EXPECT_EQ(SingleInstance(state.path().toUtf8(), noBus).acquire(), Result::First);
-    ending.join();
+        starting.join();
+        EXPECT_EQ(result, Result::First);
+    }
 }
 
 TEST(SingleInstanceTest, WhereNoLockCanBeHadTheNameAloneDecides)

@@ -17,7 +17,7 @@ public:
     std::optional<QString> setEnabled(bool enabled) override
     {
         asked.push_back(enabled);
-        return QStringLiteral("the session refuses");
+        return u"the session refuses"_qs;
     }
     bool registered = false;
     std::vector<bool> asked;
@@ -26,107 +26,70 @@ public:
 /// A store of preferences that outlives the settings, as over restarts.
 struct World
 {
-    AppSettings start() { return AppSettings(preferences, autostart, texts, "/home/anna/Downloads"); }
+    AppSettings start() { return { preferences, autostart, texts, "/home/anna/Downloads" }; }
 
     FakePreferences preferences;
     StubbornAutostart autostart;
-    Localizer texts { QStringLiteral("/nonexistent"), { QStringLiteral("en") } };
+    Localizer texts { u"/nonexistent"_qs, { u"en"_qs } };
 };
 
 }
 
-TEST(AppSettingsTest, AFreshStoreGivesTheDefaultsAndStaysEmpty)
+TEST(AppSettingsTest, EverySettingHasItsDefaultUntilItIsSetAndThenKeepsItsValue)
 {
-    World w;
-    const auto settings = w.start();
-    EXPECT_TRUE(settings.shakeToSummon.value());
-    EXPECT_TRUE(settings.cornerToSummon.value());
-    EXPECT_EQ(settings.saveFolderPath.value(), QStringLiteral("/home/anna/Downloads"));
-    EXPECT_EQ(settings.language.value(), QStringLiteral("system"));
-    EXPECT_FALSE(settings.launchAtLogin.value());
-    EXPECT_EQ(settings.summonPosition.value(), QStringLiteral("topRight"));
-    EXPECT_TRUE(settings.dockToEdge.value());
-    EXPECT_EQ(settings.autoCleanup.value(), QStringLiteral("off"));
-    EXPECT_FALSE(settings.removeAfterDragOut.value());
-    EXPECT_EQ(settings.dragModifier.value(), QStringLiteral("none"));
-    EXPECT_TRUE(settings.ignoredApps.value().isEmpty());
-    EXPECT_TRUE(settings.watchedFolders.value().isEmpty());
-    EXPECT_EQ(settings.doubleClickAction.value(), QStringLiteral("quicklook"));
-    EXPECT_TRUE(settings.publicLinks.value());
-    EXPECT_FALSE(settings.deleteCloudOnRemove.value());
-    EXPECT_EQ(settings.hotKeyLabel.value(), QStringLiteral("⌥⌘S"));
-    EXPECT_TRUE(settings.isDefaultHotKey());
-    EXPECT_FALSE(settings.onboarded.value());
-    EXPECT_EQ(w.preferences.writes, 0);
-}
-
-TEST(AppSettingsTest, WhatIsSetIsKeptOverARestart)
-{
-    World w;
-    const QStringList folders { QStringLiteral("/a b"), QStringLiteral("/ö") };
-    {
-        auto settings = w.start();
-        settings.shakeToSummon.set(false);
-        settings.cornerToSummon.set(false);
-        settings.saveFolderPath.set(QStringLiteral("/elsewhere"));
-        settings.summonPosition.set(QStringLiteral("a word of a later version"));
-        settings.dockToEdge.set(false);
-        settings.autoCleanup.set(QStringLiteral("1d"));
-        settings.removeAfterDragOut.set(true);
-        settings.dragModifier.set(QStringLiteral("shift"));
-        settings.ignoredApps.set({ QStringLiteral("org.gnome.Nautilus") });
-        settings.watchedFolders.set(folders);
-        settings.doubleClickAction.set(QStringLiteral("open"));
-        settings.publicLinks.set(false);
-        settings.deleteCloudOnRemove.set(true);
-        settings.onboarded.set(true);
-        EXPECT_EQ(w.preferences.writes, 14);
-    }
-    const auto settings = w.start();
-    EXPECT_FALSE(settings.shakeToSummon.value());
-    EXPECT_FALSE(settings.cornerToSummon.value());
-    EXPECT_EQ(settings.saveFolderPath.value(), QStringLiteral("/elsewhere"));
-    EXPECT_EQ(settings.summonPosition.value(), QStringLiteral("a word of a later version"));
-    EXPECT_FALSE(settings.dockToEdge.value());
-    EXPECT_EQ(settings.autoCleanup.value(), QStringLiteral("1d"));
-    EXPECT_TRUE(settings.removeAfterDragOut.value());
-    EXPECT_EQ(settings.dragModifier.value(), QStringLiteral("shift"));
-    EXPECT_EQ(settings.ignoredApps.value(), QStringList { QStringLiteral("org.gnome.Nautilus") });
-    EXPECT_EQ(settings.watchedFolders.value(), folders);
-    EXPECT_EQ(settings.doubleClickAction.value(), QStringLiteral("open"));
-    EXPECT_FALSE(settings.publicLinks.value());
-    EXPECT_TRUE(settings.deleteCloudOnRemove.value());
-    EXPECT_TRUE(settings.onboarded.value());
+    const auto expect = [](auto AppSettings::*property, const auto &byDefault, const auto &other) {
+        World w;
+        {
+            auto settings = w.start();
+            EXPECT_EQ((settings.*property).value(), byDefault);
+            EXPECT_EQ(w.preferences.writes, 0);
+            (settings.*property).set(other);
+            EXPECT_EQ(w.preferences.writes, 1);
+        }
+        EXPECT_EQ((w.start().*property).value(), other);
+    };
+    const QStringList paths { u"/a b"_qs, u"/ö"_qs };
+    expect(&AppSettings::shakeToSummon, true, false);
+    expect(&AppSettings::cornerToSummon, true, false);
+    expect(&AppSettings::saveFolderPath, u"/home/anna/Downloads"_qs, u"/elsewhere"_qs);
+    expect(&AppSettings::summonPosition, u"topRight"_qs, u"a word of a later version"_qs);
+    expect(&AppSettings::dockToEdge, true, false);
+    expect(&AppSettings::autoCleanup, u"off"_qs, u"1d"_qs);
+    expect(&AppSettings::removeAfterDragOut, false, true);
+    expect(&AppSettings::dragModifier, u"none"_qs, u"shift"_qs);
+    expect(&AppSettings::ignoredApps, QStringList(), paths);
+    expect(&AppSettings::watchedFolders, QStringList(), paths);
+    expect(&AppSettings::doubleClickAction, u"quicklook"_qs, u"open"_qs);
+    expect(&AppSettings::publicLinks, true, false);
+    expect(&AppSettings::deleteCloudOnRemove, false, true);
+    expect(&AppSettings::onboarded, false, true);
 }
 
 TEST(AppSettingsTest, AnotherTypeCountsAsAbsent)
 {
     World w;
     w.preferences.object = {
-        { QStringLiteral("shakeToSummon"), 0 },
-        { QStringLiteral("dockToEdge"), QStringLiteral("no") },
-        { QStringLiteral("hotKeyCode"), QStringLiteral("17") },
-        { QStringLiteral("hotKeyModifiers"), 2304.5 },
-        { QStringLiteral("autoCleanup"), true },
-        { QStringLiteral("ignoredApps"), QJsonArray { QStringLiteral("one"), 2 } },
-        { QStringLiteral("onboarded"), QJsonValue::Null },
+        { u"shakeToSummon"_qs, 0 },
+        { u"dockToEdge"_qs, u"no"_qs },
+        { u"hotKeyCode"_qs, 4294967298.0 }, // Beyond an int, where it would be 2.
+        { u"hotKeyModifiers"_qs, 2304.5 },
+        { u"autoCleanup"_qs, true },
+        { u"ignoredApps"_qs, QJsonArray { u"one"_qs, 2 } },
+        { u"onboarded"_qs, QJsonValue::Null },
     };
     const auto settings = w.start();
     EXPECT_TRUE(settings.shakeToSummon.value());
     EXPECT_TRUE(settings.dockToEdge.value());
     EXPECT_TRUE(settings.isDefaultHotKey());
-    EXPECT_EQ(settings.autoCleanup.value(), QStringLiteral("off"));
+    EXPECT_EQ(settings.autoCleanup.value(), u"off"_qs);
     EXPECT_TRUE(settings.ignoredApps.value().isEmpty());
     EXPECT_FALSE(settings.onboarded.value());
-
-    w.preferences.object = { { QStringLiteral("hotKeyCode"), 4294967297.0 } };
-    EXPECT_EQ(w.start().hotKeyCode.value(), 1);
 }
 
 TEST(AppSettingsTest, TheHotKeysLabelIsAnnouncedWhenAllElseIsStored)
 {
     World w;
-    const QString label = QStringLiteral("⌃⌥Ä"); // Known only while the key is being pressed.
+    const QString label = u"⌃⌥Ä"_qs; // Known only while the key is being pressed.
     {
         auto settings = w.start();
         int announced = 0;
@@ -136,7 +99,7 @@ TEST(AppSettingsTest, TheHotKeysLabelIsAnnouncedWhenAllElseIsStored)
                 EXPECT_EQ(next, label);
                 EXPECT_EQ(settings.hotKeyCode.value(), 39);
                 EXPECT_EQ(settings.hotKeyModifiers.value(), 0x1800);
-                EXPECT_EQ(w.preferences.object.value(QStringLiteral("hotKeyLabel")), label);
+                EXPECT_EQ(w.preferences.object.value(u"hotKeyLabel"_qs), label);
             },
             Deliver::ChangesOnly);
         settings.setHotKey(39, 0x1800, label);
@@ -149,7 +112,7 @@ TEST(AppSettingsTest, TheHotKeysLabelIsAnnouncedWhenAllElseIsStored)
 
     settings.resetHotKey();
     EXPECT_TRUE(settings.isDefaultHotKey());
-    EXPECT_EQ(settings.hotKeyLabel.value(), QStringLiteral("⌥⌘S"));
+    EXPECT_EQ(settings.hotKeyLabel.value(), u"⌥⌘S"_qs);
     EXPECT_TRUE(w.start().isDefaultHotKey());
 }
 
@@ -158,16 +121,16 @@ TEST(AppSettingsTest, TheLanguageReachesTheTextsAtOnceAndAtTheNextStart)
     World w;
     {
         auto settings = w.start();
-        EXPECT_EQ(w.texts.currentCode(), QStringLiteral("en"));
+        EXPECT_EQ(settings.language.value(), u"system"_qs);
         QString whenHeard;
         const auto ticket = settings.language.subscribe(
             [&](const QString &) { whenHeard = w.texts.currentCode(); }, Deliver::ChangesOnly);
-        settings.language.set(QStringLiteral("fr"));
-        EXPECT_EQ(whenHeard, QStringLiteral("fr"));
+        settings.language.set(u"fr"_qs);
+        EXPECT_EQ(whenHeard, u"fr"_qs);
     }
-    w.texts.setOverride(QStringLiteral("system"));
+    w.texts.setOverride(u"system"_qs);
     const auto settings = w.start();
-    EXPECT_EQ(w.texts.currentCode(), QStringLiteral("fr"));
+    EXPECT_EQ(w.texts.currentCode(), u"fr"_qs);
 }
 
 TEST(AppSettingsTest, LaunchingAtLoginBelongsToTheSessionAndARefusalIsOnlyLogged)

@@ -46,40 +46,31 @@ TEST(RemoveTest, UndoRestoresTheOldOrder)
 {
     const struct
     {
-        const char *what;
         QList<int> removed;
         int addedSince;
-        QList<int> order; // Files by number.
-    } cases[] = {
-        { "two of ten", { 1, 4 }, 0, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9 } },
-        { "neighbours", { 0, 1, 2, 8, 9 }, 0, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9 } },
-        { "with new ones since", { 1, 4 }, 3, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12 } },
-        { "the last ones", { 8, 9 }, 3, { 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12 } },
-    };
+    } cases[] = { { { 1, 4 }, 0 }, { { 0, 1, 2, 8, 9 }, 0 }, { { 1, 4 }, 3 }, { { 8, 9 }, 3 } };
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(testing::PrintToString(c.removed.size()) + " removed, then added "
+                     + testing::PrintToString(c.addedSince));
         World w;
-        const auto files = w.files(13);
+        const auto files = w.files(10 + c.addedSince);
         w.store().add(files.first(10));
         const auto before = w.store().items.value();
         QSet<QUuid> ids;
         for (const int index : c.removed)
             ids.insert(w.id(index));
         w.store().removeIds(ids);
-        w.store().add(files.mid(10, c.addedSince));
+        w.store().add(files.mid(10));
         w.sounds.played.clear();
-        QList<ShelfItem> restored;
-        w.store().onRestored = [&](const auto &items) { restored = items; };
+        qsizetype restored = 0;
+        w.store().onRestored = [&](const auto &items) { restored = items.size(); };
 
         w.queue.advance(59);
         EXPECT_TRUE(w.store().undoRemove());
-        QList<QUrl> expected;
-        for (const int number : c.order)
-            expected.append(files.at(number));
-        EXPECT_EQ(w.urls(), expected);
+        EXPECT_EQ(w.urls(), files);
         EXPECT_EQ(w.store().items.value().first(10), before);
-        EXPECT_EQ(restored.size(), c.removed.size());
-        EXPECT_EQ(w.notice(), q("%1 restored").arg(c.removed.size()));
+        EXPECT_EQ(restored, c.removed.size());
+        EXPECT_EQ(w.notice(), q("%1 restored").arg(restored));
         EXPECT_EQ(w.sounds.played, std::vector { Sound::Pop });
         EXPECT_EQ(w.savedState()->shelves.first().items, w.store().items.value());
         EXPECT_FALSE(w.store().undoRemove());
@@ -126,15 +117,12 @@ TEST(RemoveTest, WhatRemovesNothingLeavesTheStash)
     w.store().add(w.files(1));
     w.store().clear();
     const auto notice = w.store().notice.value();
-    int cancelled = 0;
     const QUuid unknown = QUuid::createUuid();
-    w.store().uploadCancels.insert(unknown, [&] { ++cancelled; });
+    w.store().uploadCancels.insert(unknown, [] { ADD_FAILURE() << "cancelled"; });
     w.store().removeIds({ unknown });
-    w.store().removeIds({});
     w.store().removeUrls({ w.file("other"), QUrl() });
     w.store().clear();
     EXPECT_EQ(w.store().notice.value(), notice);
-    EXPECT_EQ(cancelled, 0);
     EXPECT_TRUE(w.store().undoRemove());
 }
 
@@ -144,7 +132,7 @@ TEST(RemoveTest, AFileThatIsGoneOrBackDoesNotReturn)
     const auto files = w.files(3);
     w.store().add(files);
     w.store().clear();
-    QFile::remove(QFile::decodeName(FilePath::fromUrl(files.at(0))));
+    NativeFile::remove(FilePath::fromUrl(files.at(0)));
     w.store().add({ files.at(1) });
     EXPECT_TRUE(w.store().undoRemove());
     EXPECT_EQ(w.urls(), (QList { files.at(1), files.at(2) }));
@@ -166,7 +154,6 @@ TEST(RemoveTest, UndoTravelsToTheShelfOfTheRemoval)
     w.store().clear();
     w.store().switchTo(b.id);
     EXPECT_TRUE(w.store().undoRemove());
-    EXPECT_EQ(w.store().currentID.value(), a.id);
     EXPECT_EQ(w.savedState(), (ShelfState { a.id, { a, b }, {} }));
 
     // Closed in the meantime: into the current one.
@@ -185,7 +172,6 @@ TEST(RemoveTest, AddressesMatchFilesAndLinks)
     w.store().removeUrls(
         { QUrl(q("https://a.org/x")), QUrl(w.file("file0").toString() + QLatin1Char('/')) });
     EXPECT_EQ(w.urls(), QList { w.file("file1") });
-    EXPECT_EQ(w.notice(), q("2 removed"));
 }
 
 TEST(RemoveTest, TransfersAndSelectionGoWithTheEntry)
@@ -194,16 +180,13 @@ TEST(RemoveTest, TransfersAndSelectionGoWithTheEntry)
     w.store().add(w.files(3));
     const QUuid gone = w.id(0);
     const QUuid stays = w.id(1);
-    const QUuid elsewhere = QUuid::createUuid();
     QList<int> cancelled;
     w.store().uploadCancels = { { gone, [&] { cancelled.append(0); } },
                                 { stays, [&] { cancelled.append(1); } },
-                                { elsewhere, [&] { cancelled.append(2); } } };
+                                { QUuid::createUuid(), [&] { cancelled.append(2); } } };
     w.store().uploading.set({ gone, stays });
     w.store().progress.set({ { gone, 0.5 }, { stays, 0.5 } });
     w.store().selectAll();
-    w.store().click(gone, EventModifier::Command);
-    w.store().click(gone, EventModifier::Command);
 
     w.store().removeIds({ gone });
     EXPECT_EQ(cancelled, QList { 0 });
@@ -212,8 +195,7 @@ TEST(RemoveTest, TransfersAndSelectionGoWithTheEntry)
     EXPECT_EQ(w.store().selection.value(), (QSet { stays, w.id(1) }));
 
     w.store().removeIds(w.store().selection.value()); // The very set that changes.
-    EXPECT_TRUE(w.store().items.value().isEmpty());
-    EXPECT_TRUE(w.store().selection.value().isEmpty());
+    EXPECT_TRUE(w.store().items.value().isEmpty() && w.store().selection.value().isEmpty());
     w.store().undoRemove();
     w.store().clear();
     EXPECT_EQ(cancelled, (QList { 0, 1, 2 }));
@@ -235,24 +217,20 @@ TEST(RemoveTest, AStashAtTheEndOfTheProgramIsSwept)
 TEST(RemoveTest, OnlyFilesInTheStoresOwnFolderAreDeleted)
 {
     World w;
-    const QByteArray users = FilePath::fromUrl(w.file("documents/precious"));
+    w.write(w.home() + "/documents/precious", "");
     w.write(w.dropped("own/inner"), "");
     w.write(w.dropped("a"), "");
     ASSERT_EQ(symlink((w.home() + "/documents").constData(), w.dropped("link").constData()), 0);
-    const QList<QUrl> urls {
-        QUrl::fromEncoded("file://" + w.dropped("../../documents/precious")),
-        QUrl::fromEncoded("file://"
-                          + w.dropped("link/precious")), // Through a link to the user's folder.
-        FilePath::toUrl(w.dropped("link")),
-        FilePath::toUrl(w.dropped("own")),
-        QUrl::fromEncoded("file://" + w.data("x/../dropped/./a")),
-        FilePath::toUrl(w.data("dropped")),
-    };
+    QList<QUrl> urls;
+    // The second leads through a link to the user's folder; the last is the folder itself.
+    for (const char *path : { "dropped/../../documents/precious", "dropped/link/precious",
+                              "dropped/link", "dropped/own", "x/../dropped/./a", "dropped" })
+        urls.append(QUrl::fromEncoded("file://" + w.data(path)));
     w.store().add(urls);
     ASSERT_EQ(w.urls().size(), urls.size());
     w.store().clear();
     w.queue.advance(61);
-    EXPECT_TRUE(FilePath::exists(users));
+    EXPECT_TRUE(FilePath::exists(w.home() + "/documents/precious"));
     EXPECT_TRUE(FilePath::exists(w.data("dropped")));
     EXPECT_TRUE(w.droppedNames().isEmpty());
 }
@@ -285,7 +263,6 @@ TEST(ExpiryTest, OldEntriesLeaveForGoodUnlessPinnedOrInTransfer)
     current.items.removeFirst();
     other.items.removeFirst();
     EXPECT_EQ(w.savedState(), (ShelfState { current.id, { current, other, pinned }, { closed } }));
-    EXPECT_EQ(w.store().shelves.value(), (QList { current, other, pinned }));
     EXPECT_EQ(w.store().selection.value(),
               (QSet { current.items.at(0).id, current.items.at(1).id }));
     EXPECT_EQ(w.droppedNames(),
@@ -297,14 +274,7 @@ TEST(ExpiryTest, OldEntriesLeaveForGoodUnlessPinnedOrInTransfer)
     w.store().uploading.set({});
     w.store().pruneExpired(100);
     EXPECT_EQ(w.urls(), QList { current.items.at(0).url });
-}
-
-TEST(ExpiryTest, APinnedCurrentShelfKeepsItsEntries)
-{
-    World w;
-    Shelf pinned = World::shelf({ World::item(w.file("a"), 0) });
-    pinned.pinned = true;
-    w.writeState({ pinned.id, { pinned }, {} });
-    w.store().pruneExpired(1);
-    EXPECT_EQ(w.store().items.value().size(), 1);
+    w.store().switchTo(pinned.id);
+    w.store().pruneExpired(100);
+    EXPECT_EQ(w.urls().size(), 1);
 }

@@ -2,9 +2,9 @@
 
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
+#include "base/NativeFile.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
-#include "store/DataFiles.h"
 #include "store/ShelfStore.h"
 #include "store/StateCoding.h"
 
@@ -27,23 +27,19 @@ class World
 public:
     World()
     {
-        const QString folder = m_home.path() + QStringLiteral("/Vantle_Vantle.bundle/en.lproj");
-        QDir().mkpath(folder);
-        QFile table(folder + QStringLiteral("/Localizable.strings"));
-        EXPECT_TRUE(table.open(QIODevice::WriteOnly));
-        table.write(
-            R"("app_name" = "Vantle"; "dropped_text" = "Text snippet"; "dropped_link" = "Link";
+        const QByteArray bundle = home() + "/Vantle_Vantle.bundle";
+        write(bundle + "/en.lproj/Localizable.strings",
+              R"("app_name" = "Vantle"; "dropped_text" = "Text snippet"; "dropped_link" = "Link";
             "dropped_image" = "Bild 1"; "demo_file_name" = "Try me"; "demo_file_content" = "Hello.";
             "removed_one_undo" = "one removed"; "removed_n_undo" = "%lld removed";
             "restored_n" = "%lld restored";)");
-        table.close();
-        m_texts.emplace(m_home.path() + QStringLiteral("/Vantle_Vantle.bundle"), QStringList());
+        m_texts.emplace(QString::fromUtf8(bundle), QStringList());
     }
 
     ~World()
     {
         m_store.reset();
-        DataFiles::remove(m_home.path().toUtf8()); // QTemporaryDir cannot spell every name.
+        NativeFile::remove(m_home.path().toUtf8()); // QTemporaryDir cannot spell every name.
     }
 
     ShelfStore &store()
@@ -91,7 +87,7 @@ public:
 
     static void write(const QByteArray &path, const QByteArray &bytes)
     {
-        EXPECT_TRUE(DataFiles::writeNew(path, bytes)) << path.constData();
+        EXPECT_TRUE(NativeFile::writeNew(path, bytes)) << path.constData();
     }
 
     void writeState(const ShelfState &state) const
@@ -104,12 +100,18 @@ public:
         return StateCoding::decodeState(saved().value_or(QByteArray()));
     }
 
-    std::optional<QByteArray> saved() const { return DataFiles::read(data("shelves.json")); }
+    std::optional<QByteArray> saved() const { return NativeFile::read(data("shelves.json")).bytes; }
+
+    /// "missing" where there is no such file.
+    static QByteArray read(const QByteArray &path)
+    {
+        return NativeFile::read(path).bytes.value_or("missing");
+    }
 
     /// The names in the folder "dropped", sorted.
     QList<QByteArray> droppedNames() const
     {
-        auto names = DataFiles::namesIn(data("dropped"));
+        auto names = NativeFile::namesIn(data("dropped"));
         std::sort(names.begin(), names.end());
         return names;
     }

@@ -118,8 +118,8 @@ AppSettings::AppSettings(Preferences &preferences, Autostart &autostart, Localiz
     writeThrough(deleteCloudOnRemove, QStringLiteral("deleteCloudOnRemove"));
     writeThrough(onboarded, QStringLiteral("onboarded"));
 
-    m_tickets.push_back(language.subscribe([&texts](const QString &code) { texts.setOverride(code); },
-                                           Deliver::ChangesOnly));
+    m_tickets.push_back(language.subscribe(
+        [&texts](const QString &code) { texts.setOverride(code); }, Deliver::ChangesOnly));
     m_tickets.push_back(launchAtLogin.subscribe(
         [&autostart](bool enabled) { LoginItem::set(autostart, enabled); }, Deliver::ChangesOnly));
 }

@@ -1,11 +1,10 @@
 #include "platform/linux/ApplicationResolver.h"
 
-#include "platform/linux/NativeFile.h"
+#include "base/NativeFile.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QStandardPaths>
 
 #include <algorithm>
 #include <utility>
@@ -75,11 +74,6 @@ ApplicationResolver::ApplicationResolver(QString processes, const QStringList &a
     : m_processes(std::move(processes))
     , m_entries(applications)
 {
-}
-
-QStringList ApplicationResolver::standardFolders()
-{
-    return QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation);
 }
 
 QString ApplicationResolver::identifier(qint64 process)

@@ -10,8 +10,6 @@ public:
     /// desktop entries, the most important first.
     ApplicationResolver(QString processes, const QStringList &applications);
 
-    static QStringList standardFolders();
-
     /// Its desktop entry's id without ".desktop"; empty where none can be told.
     /// Asked in turn: the sandbox, the launcher's mark in the environment, the
     /// unit in which the session runs it, and what the installed entries start.

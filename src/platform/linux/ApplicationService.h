@@ -30,7 +30,7 @@ class ApplicationAdaptor final : public QDBusAbstractAdaptor
 public:
     explicit ApplicationAdaptor(ApplicationService &service);
 
-public Q_SLOTS:
+public Q_SLOTS: // NOLINT(readability-redundant-access-specifiers): these are slots.
     // NOLINTNEXTLINE(readability-identifier-naming): the interface's own name.
     void Activate(const QVariantMap &platformData);
 

@@ -1,6 +1,6 @@
 #include "platform/linux/DesktopEntries.h"
 
-#include "platform/linux/NativeFile.h"
+#include "base/NativeFile.h"
 
 #include <QDir>
 #include <QFile>

@@ -85,11 +85,17 @@ QString fromHtmlBytes(QByteArrayView data)
     return fromBytes(data);
 }
 
+/// A page loads nothing: it could name any file, and one that never ends.
+class Page final : public QTextDocument
+{
+    QVariant loadResource(int, const QUrl &) override { return {}; }
+};
+
 /// What a piece of a page says: where it is nothing but one link or one picture,
 /// its address, else its text.
 QString textOfHtml(const QString &html)
 {
-    QTextDocument document;
+    Page document;
     document.setUndoRedoEnabled(false);
     document.setHtml(html);
     QStringList links;

@@ -1,14 +1,14 @@
 #include "platform/linux/JsonPreferences.h"
 
 #include "base/AtomicFile.h"
-#include "platform/linux/NativeFile.h"
+#include "base/NativeFile.h"
 
 #include <QJsonDocument>
 
 #include <fcntl.h>
-#include <stdio.h> // renameat2
 
 #include <cerrno>
+#include <cstdio> // renameat2
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "platform/linux/SingleInstance.h"
 
+#include "base/NativeFile.h"
 #include "platform/linux/ApplicationService.h"
-#include "platform/linux/NativeFile.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -36,8 +36,8 @@ QDBusConnection busNamed(const QString &connection)
 
 }
 
-SingleInstance::SingleInstance(QByteArray stateFolder, QString connection)
-    : m_folder(std::move(stateFolder) + "/Vantle")
+SingleInstance::SingleInstance(const QByteArray &stateFolder, QString connection)
+    : m_folder(stateFolder + "/Vantle")
     , m_connection(std::move(connection))
 {
 }
@@ -55,17 +55,18 @@ SingleInstance::Result SingleInstance::acquire()
     const bool canAsk = busNamed(m_connection).isConnected();
     const QDeadlineTimer deadline(canAsk ? startLimit : endLimit);
     HandOver last = HandOver::NobodyThere;
-    do {
+    for (;;) {
         if (lock() != Lock::Others)
             return becomeFirst();
         last = handOver();
         if (last == HandOver::Done)
             return Result::HandedOver;
-        if (last == HandOver::NoAnswer)
+        if (deadline.hasExpired())
             break;
-        // The holder of the lock has no name yet, or is just ending.
+        // The holder of the lock has no name yet, or is just ending. One that hangs
+        // has used up the time with its first answer that did not come.
         std::this_thread::sleep_for(retryPause);
-    } while (!deadline.hasExpired());
+    }
 
     std::fputs(last == HandOver::NoAnswer
                    ? "Vantle is already running, but does not answer.\n"
@@ -118,9 +119,9 @@ bool SingleInstance::serve()
     m_service = std::make_unique<ApplicationService>();
     bus.registerObject(objectPath, m_service.get(), QDBusConnection::ExportAdaptors);
     bus.interface()->setTimeout(callLimit);
-    const auto reply = bus.interface()->registerService(
-        busName, QDBusConnectionInterface::DontQueueService,
-        QDBusConnectionInterface::DontAllowReplacement);
+    const auto reply
+        = bus.interface()->registerService(busName, QDBusConnectionInterface::DontQueueService,
+                                           QDBusConnectionInterface::DontAllowReplacement);
     if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered)
         return true;
     bus.unregisterObject(objectPath);

@@ -23,7 +23,7 @@ public:
 
     /// `stateFolder` is XDG_STATE_HOME; `connection` names a bus connection that is
     /// not the session's.
-    explicit SingleInstance(QByteArray stateFolder, QString connection = {});
+    explicit SingleInstance(const QByteArray &stateFolder, QString connection = {});
     ~SingleInstance();
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;

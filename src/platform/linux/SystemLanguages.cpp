@@ -9,7 +9,7 @@ namespace {
 QByteArray messagesLocale()
 {
     for (const char *variable : { "LC_ALL", "LC_MESSAGES", "LANG" }) {
-        if (const QByteArray value = qgetenv(variable); !value.isEmpty())
+        if (QByteArray value = qgetenv(variable); !value.isEmpty())
             return value;
     }
     return QByteArrayLiteral("C");

@@ -1,5 +1,6 @@
 #include "platform/linux/TrayHosts.h"
 
+#include "platform/linux/x11/X11Root.h"
 #include "platform/linux/x11/Xcb.h"
 
 #include <QCoreApplication>
@@ -12,21 +13,17 @@
 #include <xcb/xfixes.h>
 
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
 const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
-constexpr int answerLimit = 2000; // Milliseconds.
-
-xcb_window_t rootOf(xcb_connection_t *connection, int screen)
-{
-    auto roots = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; screen > 0 && roots.rem > 1; --screen)
-        xcb_screen_next(&roots);
-    return roots.rem > 0 ? roots.data->root : Xcb::none;
-}
+/// The answer to a question that nobody waits for may take its time. A watcher
+/// that hangs must not be taken for none: the toolkit would ask it again, and
+/// wait. One that dies answers through the bus.
+constexpr int noLimit = std::numeric_limits<int>::max();
 
 }
 
@@ -48,8 +45,8 @@ void TrayHosts::watchBus()
         m_settled = true;
         return;
     }
-    auto *watcher = new QDBusServiceWatcher(
-        watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto *watcher
+        = new QDBusServiceWatcher(watcherName, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             &TrayHosts::askNotifierWatcher);
     // From any sender: naming the service would make the bus library look up its owner first.
@@ -68,7 +65,7 @@ void TrayHosts::askNotifierWatcher()
     message.setAutoStartService(false);
     message << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
     m_question = new QDBusPendingCallWatcher(
-        QDBusConnection::sessionBus().asyncCall(message, answerLimit), this);
+        QDBusConnection::sessionBus().asyncCall(message, noLimit), this);
     connect(m_question, &QDBusPendingCallWatcher::finished, this,
             [this](QDBusPendingCallWatcher *call) {
                 takeAnswer(*call);
@@ -97,24 +94,21 @@ void TrayHosts::watchServer()
         return;
     std::free(host);
     const auto *fixes = xcb_get_extension_data(connection, &xcb_xfixes_id);
-    const xcb_window_t root = rootOf(connection, screen);
     m_selection = Xcb::Atoms(connection)("_NET_SYSTEM_TRAY_S" + QByteArray::number(screen));
-    if (root == Xcb::none || m_selection == Xcb::none)
+    if (m_selection == Xcb::none)
         return;
     if (fixes != nullptr && fixes->present != 0) {
         m_selectionNotify = static_cast<uint8_t>(fixes->first_event + XCB_XFIXES_SELECTION_NOTIFY);
         xcb_discard_reply(connection, xcb_xfixes_query_version(connection, 5, 0).sequence);
         xcb_xfixes_select_selection_input(
-            connection, root, m_selection,
+            connection, X11Root::ofScreen(connection, screen), m_selection,
             XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
                 | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
                 | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
         QCoreApplication::instance()->installNativeEventFilter(this);
     }
     // Asked after watching has begun, so that nothing is missed between.
-    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, m_selection), nullptr));
-    m_trayManager = reply && reply->owner != Xcb::none;
+    m_trayManager = Xcb::selectionOwner(connection, m_selection) != Xcb::none;
 }
 
 bool TrayHosts::nativeEventFilter(const QByteArray &, void *message, qintptr *)

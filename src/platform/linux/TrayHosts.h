@@ -30,7 +30,7 @@ public:
 private Q_SLOTS:
     void askNotifierWatcher();
 
-private:
+private: // NOLINT(readability-redundant-access-specifiers): those above are slots.
     void watchBus();
     void watchServer();
     void takeAnswer(const QDBusPendingCallWatcher &call);
@@ -40,7 +40,8 @@ private:
     bool m_settled = false;
     bool m_notifierHost = false;
     bool m_trayManager = false;
-    QDBusPendingCallWatcher *m_question = nullptr; // The latest one; earlier answers are out of date.
+    QDBusPendingCallWatcher *m_question
+        = nullptr; // The latest one; earlier answers are out of date.
     uint32_t m_selection = 0; // _NET_SYSTEM_TRAY_Sn
     uint8_t m_selectionNotify = 0; // The event's number.
 };

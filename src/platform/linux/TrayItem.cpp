@@ -1,9 +1,11 @@
 #include "platform/linux/TrayItem.h"
 
+#include <QAction>
 #include <QMenu>
 #include <QPixmap>
 
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -65,7 +67,7 @@ void TrayItem::update()
     }
 }
 
-/// The toolkit now asks the notifier watcher by itself and waits for it: it has
+/// The toolkit now asks the notifier watcher by itself and waits for it: which has
 /// just answered us, or there is none.
 void TrayItem::appear(TrayKind kind)
 {
@@ -79,7 +81,9 @@ void TrayItem::appear(TrayKind kind)
                      });
     m_icon->setIcon(image());
     m_icon->setToolTip(m_description);
+    m_menu = std::make_unique<QMenu>();
     buildMenu();
+    m_icon->setContextMenu(m_menu.get());
     m_icon->show();
 }
 
@@ -90,18 +94,18 @@ QIcon TrayItem::image() const
     return m_kind == TrayKind::Notifier ? atTraySizes(m_image) : m_image;
 }
 
+/// In the same menu: a host is told when its entries change, but not when another
+/// menu takes its place.
 void TrayItem::buildMenu()
 {
-    auto menu = std::make_unique<QMenu>();
+    for (QAction *old : m_menu->actions()) {
+        m_menu->removeAction(old);
+        old->deleteLater(); // It may be the one that is being chosen.
+    }
     for (const MenuEntry &entry : m_entries) {
         if (entry.title.isEmpty())
-            menu->addSeparator();
+            m_menu->addSeparator();
         else
-            menu->addAction(trayLabel(entry.title, m_kind), menu.get(), entry.action);
+            m_menu->addAction(trayLabel(entry.title, m_kind), m_menu.get(), entry.action);
     }
-    m_icon->setContextMenu(menu.get());
-    // The old one may be the one whose entry is being chosen.
-    if (m_menu)
-        m_menu.release()->deleteLater();
-    m_menu = std::move(menu);
 }

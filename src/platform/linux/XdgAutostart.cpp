@@ -1,7 +1,7 @@
 #include "platform/linux/XdgAutostart.h"
 
 #include "base/AtomicFile.h"
-#include "platform/linux/NativeFile.h"
+#include "base/NativeFile.h"
 
 #include <QList>
 
@@ -18,7 +18,10 @@ namespace {
 /// A string value of a desktop entry.
 QByteArray escapedValue(QByteArray text)
 {
-    return text.replace('\\', "\\\\").replace('\n', "\\n").replace('\t', "\\t").replace('\r', "\\r");
+    return text.replace('\\', "\\\\")
+        .replace('\n', "\\n")
+        .replace('\t', "\\t")
+        .replace('\r', "\\r");
 }
 
 /// One argument of an Exec line: quoted, its percent signs doubled, and all that

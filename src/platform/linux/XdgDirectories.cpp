@@ -1,6 +1,6 @@
 #include "platform/linux/XdgDirectories.h"
 
-#include "platform/linux/NativeFile.h"
+#include "base/NativeFile.h"
 
 #include <QList>
 

@@ -90,8 +90,10 @@ public:
 
     void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
     {
-        if (m_url)
+        if (m_url) {
+            m_reading->gained();
             return completion(m_url);
+        }
         m_reading->load<QUrl>(
             [types = DropFormats::urlTypes(m_types)](SelectionReader &reader) {
                 return readFirst<QUrl>(reader, types, DropFormats::url);
@@ -149,15 +151,19 @@ QList<QUrl> examined(const QList<QUrl> &urls)
         QList<QUrl> done;
     };
     auto look = std::make_shared<Look>();
-    std::thread([look, urls] {
-        for (const QUrl &url : urls) {
-            const QUrl known = withSlashOfKind(url);
-            const std::lock_guard guard(look->mutex);
-            look->done.append(known);
-            if (look->done.size() == urls.size())
-                look->changed.notify_all();
-        }
-    }).detach();
+    try {
+        std::thread([look, urls] {
+            for (const QUrl &url : urls) {
+                const QUrl known = withSlashOfKind(url);
+                const std::lock_guard guard(look->mutex);
+                look->done.append(known);
+                if (look->done.size() == urls.size())
+                    look->changed.notify_all();
+            }
+        }).detach();
+    } catch (const std::system_error &) { // No thread is to be had.
+        return urls;
+    }
     std::unique_lock lock(look->mutex);
     look->changed.wait_for(lock, limit, [&] { return look->done.size() == urls.size(); });
     return look->done + urls.mid(look->done.size());

@@ -34,6 +34,8 @@ public:
     void start();
     /// Answers every open load with nothing. Nothing is called from now on.
     void giveUp();
+    /// Something of the drop has been taken.
+    void gained();
     /// Whether the thread has ended, after waiting at most that long for it.
     bool waitForEnd(std::chrono::milliseconds limit);
 
@@ -76,7 +78,6 @@ private:
     };
 
     void enqueue(Job job);
-    void gained();
     void run();
     void runJobs(SelectionReader &reader);
     ItemProviders objects(SelectionReader &reader);

@@ -41,18 +41,15 @@ SelectionReader::~SelectionReader()
 /// The notice of its destruction tells a source's death at once.
 void SelectionReader::watchOwner()
 {
-    m_owner = selectionOwner();
+    m_owner = Xcb::selectionOwner(m_connection, m_atoms("XdndSelection"));
     const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_connection, m_owner, XCB_CW_EVENT_MASK, &events);
-    m_ownerGone = m_owner == Xcb::none || selectionOwner() != m_owner;
+    m_ownerGone = m_owner == Xcb::none || !isOwnerThere();
 }
 
-xcb_window_t SelectionReader::selectionOwner()
+bool SelectionReader::isOwnerThere()
 {
-    const auto cookie = xcb_get_selection_owner(m_connection, m_atoms("XdndSelection"));
-    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
-    return reply ? reply->owner : Xcb::none;
+    return Xcb::selectionOwner(m_connection, m_atoms("XdndSelection")) == m_owner;
 }
 
 SelectionReader::Clock::time_point SelectionReader::patience() const
@@ -90,7 +87,7 @@ SelectionReader::Event SelectionReader::nextEvent(Clock::time_point until)
 
 SelectionReader::Answer SelectionReader::read(const QByteArray &type, qsizetype cap)
 {
-    if (m_ownerGone || m_window == Xcb::none || selectionOwner() != m_owner)
+    if (m_ownerGone || m_window == Xcb::none || !isOwnerThere())
         return {};
     // A property of its own, so that the late answer to an earlier question is
     // not taken for the answer to this one.

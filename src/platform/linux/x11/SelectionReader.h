@@ -40,7 +40,7 @@ private:
     enum class Chunk { Data, Last, TooLarge, Gone };
 
     void watchOwner();
-    xcb_window_t selectionOwner();
+    bool isOwnerThere();
     Event nextEvent(Clock::time_point until);
     Outcome convert(xcb_atom_t target, xcb_atom_t property);
     Answer take(xcb_atom_t property, qsizetype cap);

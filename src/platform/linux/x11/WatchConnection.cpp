@@ -1,5 +1,7 @@
 #include "platform/linux/x11/WatchConnection.h"
 
+#include "platform/linux/x11/X11Root.h"
+
 #include <QAbstractEventDispatcher>
 #include <QSocketNotifier>
 
@@ -68,10 +70,7 @@ bool WatchConnection::connect()
     m_connection = xcb_connect(nullptr, &screen);
     if (xcb_connection_has_error(m_connection) != 0)
         return false;
-    auto roots = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
-    for (; screen > 0 && roots.rem > 1; --screen)
-        xcb_screen_next(&roots);
-    m_root = roots.data->root;
+    m_root = X11Root::ofScreen(m_connection, screen);
     return true;
 }
 
@@ -130,11 +129,30 @@ void WatchConnection::handleQueued()
 {
     if (!m_usable)
         return;
-    while (auto *event = xcb_poll_for_queued_event(m_connection))
-        dispatch(Xcb::Owned<xcb_generic_event_t>(event));
-    dispatchReplies();
-    xcb_flush(m_connection);
+    // Sending reads from the socket too, and so does whoever waits for a reply
+    // while an event is being handled: until nothing has come that way.
+    do
+        xcb_flush(m_connection);
+    while (dispatchQueued());
     checkAlive();
+}
+
+/// Whether there was anything.
+bool WatchConnection::dispatchQueued()
+{
+    bool any = false;
+    for (; auto *event = xcb_poll_for_queued_event(m_connection); any = true)
+        dispatch(Xcb::Owned<xcb_generic_event_t>(event));
+    for (; !m_pending.empty(); any = true) {
+        void *reply = nullptr;
+        xcb_generic_error_t *error = nullptr;
+        if (xcb_poll_for_reply(m_connection, m_pending.front().sequence, &reply, &error) == 0)
+            break;
+        const Xcb::Owned<void> ownedReply(reply);
+        const Xcb::Owned<xcb_generic_error_t> ownedError(error);
+        answerFirst(reply);
+    }
+    return any;
 }
 
 void WatchConnection::dispatch(Xcb::Owned<xcb_generic_event_t> event)
@@ -143,18 +161,21 @@ void WatchConnection::dispatch(Xcb::Owned<xcb_generic_event_t> event)
         handler(*event);
 }
 
-void WatchConnection::dispatchReplies()
+void WatchConnection::answerFirst(const void *reply)
+{
+    const auto handler = std::move(m_pending.front().handler);
+    m_pending.pop_front();
+    handler(reply);
+}
+
+void WatchConnection::settle()
 {
     while (!m_pending.empty()) {
-        void *reply = nullptr;
         xcb_generic_error_t *error = nullptr;
-        if (xcb_poll_for_reply(m_connection, m_pending.front().sequence, &reply, &error) == 0)
-            return;
-        const Xcb::Owned<void> ownedReply(reply);
+        const Xcb::Owned<void> reply(
+            xcb_wait_for_reply(m_connection, m_pending.front().sequence, &error));
         const Xcb::Owned<xcb_generic_error_t> ownedError(error);
-        const auto handler = std::move(m_pending.front().handler);
-        m_pending.pop_front();
-        handler(reply);
+        answerFirst(reply.get());
     }
 }
 

@@ -13,14 +13,6 @@
 
 class QSocketNotifier;
 
-/// Frees what libxcb hands out.
-struct XcbFree
-{
-    void operator()(void *memory) const { std::free(memory); }
-};
-template<typename T>
-using XcbPointer = std::unique_ptr<T, XcbFree>;
-
 /// A connection to the X server beside the toolkit's, for watching the session:
 /// what is selected on it disturbs nobody. Replies come by callback, in the order
 /// in which they were asked for, so that nothing here waits for the server.
@@ -61,6 +53,10 @@ public:
                              } });
     }
 
+    /// Waits for the server until nothing that was asked is open any more, nor what
+    /// its answers made us ask. Events wait meanwhile.
+    void settle();
+
     /// The id of the process to which a window belongs, 0 where that is unknown.
     void whenProcessKnown(xcb_window_t window, std::function<void(qint64)> handler);
     /// The same, waiting for the server.
@@ -77,8 +73,9 @@ private:
     bool hasExtensions();
     void readSocket();
     void handleQueued();
+    bool dispatchQueued();
     void dispatch(Xcb::Owned<xcb_generic_event_t> event);
-    void dispatchReplies();
+    void answerFirst(const void *reply);
     void checkAlive();
 
     xcb_connection_t *m_connection = nullptr;

@@ -22,9 +22,7 @@ X11Compositor::X11Compositor(xcb_connection_t *connection, xcb_window_t root)
                 | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
                 | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     }
-    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, m_selection), nullptr));
-    m_running = reply && reply->owner != 0;
+    m_running = Xcb::selectionOwner(connection, m_selection) != Xcb::none;
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 

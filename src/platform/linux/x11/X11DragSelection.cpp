@@ -67,6 +67,9 @@ void X11DragSelection::handleEvent(const xcb_generic_event_t &event)
 
 void X11DragSelection::ownerChanged(xcb_window_t owner, xcb_timestamp_t time)
 {
+    // A press before this notice is told first, and with it what it found here:
+    // else this drag would be older than its own press.
+    m_connection.settle();
     ++m_notices;
     if (owner == Xcb::none)
         return; // The end of a drag; what it carried stays known.

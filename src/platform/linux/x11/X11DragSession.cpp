@@ -3,6 +3,7 @@
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "platform/linux/DragFormats.h"
+#include "platform/linux/x11/X11Root.h"
 
 #include <QBitmap>
 #include <QCoreApplication>
@@ -67,11 +68,6 @@ QRegion shapeOf(const QPixmap &pixmap)
     return pixmap.scaled(pixmap.deviceIndependentSize().toSize()).mask();
 }
 
-xcb_window_t rootWindow(xcb_connection_t *connection)
-{
-    return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-}
-
 QList<QUrl> urlsOf(const QList<DraggingItem> &items)
 {
     QList<QUrl> urls;
@@ -100,7 +96,8 @@ X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &worke
     , m_workers(workers)
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
-    , m_compositor(m_connection, rootWindow(m_connection))
+    , m_compositor(m_connection,
+                   X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
 {
     m_atoms.fetch({ "XdndSelection", "XdndStatus", "XdndFinished", "XdndTypeList", "XdndAware" });
     QCoreApplication::instance()->installNativeEventFilter(this);
@@ -182,13 +179,11 @@ bool X11DragSession::answerRequest(const xcb_selection_request_event_t &request)
 /// reaches it, and so before the first target hears of the drag.
 void X11DragSession::announceTypes()
 {
-    const auto cookie = xcb_get_selection_owner(m_connection, m_atoms("XdndSelection"));
-    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
-    if (!reply || !Xcb::isOwn(m_connection, reply->owner))
+    const xcb_window_t owner = Xcb::selectionOwner(m_connection, m_atoms("XdndSelection"));
+    if (!Xcb::isOwn(m_connection, owner))
         return;
     const auto types = m_offer->types();
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, reply->owner, m_atoms("XdndTypeList"),
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, owner, m_atoms("XdndTypeList"),
                         XCB_ATOM_ATOM, 32, static_cast<quint32>(types.size()), types.constData());
     xcb_flush(m_connection);
 }

@@ -21,7 +21,9 @@ QString X11FrontApplication::identifier() const
     if (!m_connection.isUsable())
         return {};
     const QString active = identifierOf(activeWindow());
-    return active.isEmpty() ? identifierOf(dragOwner()) : active;
+    if (!active.isEmpty())
+        return active;
+    return identifierOf(Xcb::selectionOwner(m_connection.xcb(), m_dragSelection));
 }
 
 QString X11FrontApplication::identifierOf(xcb_window_t window) const
@@ -35,11 +37,4 @@ xcb_window_t X11FrontApplication::activeWindow() const
     return Xcb::property32(m_connection.xcb(), m_connection.root(), m_activeWindow, XCB_ATOM_WINDOW,
                            1)
         .value(0);
-}
-
-xcb_window_t X11FrontApplication::dragOwner() const
-{
-    const Xcb::Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-        m_connection.xcb(), xcb_get_selection_owner(m_connection.xcb(), m_dragSelection), nullptr));
-    return reply ? reply->owner : Xcb::none;
 }

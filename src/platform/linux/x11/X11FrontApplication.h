@@ -17,7 +17,6 @@ public:
 private:
     QString identifierOf(xcb_window_t window) const;
     xcb_window_t activeWindow() const;
-    xcb_window_t dragOwner() const;
 
     const WatchConnection &m_connection;
     ApplicationResolver &m_resolver;

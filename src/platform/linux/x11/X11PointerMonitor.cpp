@@ -12,7 +12,9 @@
 namespace {
 
 constexpr double sampleInterval = 0.008; // Seconds.
-constexpr double longestHold = 15; // Seconds for which a release may wait for a drop.
+// Seconds for which a release may wait for a drop: more than any drop takes. Only a
+// source that hangs over our window with the button released lets it come to that.
+constexpr double longestHold = 35;
 
 QPointF inPoints(const QPoint &native)
 {

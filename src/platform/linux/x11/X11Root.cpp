@@ -2,13 +2,19 @@
 
 #include "platform/linux/x11/Xcb.h"
 
-#include <algorithm>
-
 xcb_window_t X11Root::of(xcb_connection_t *connection, xcb_window_t window)
 {
     const Xcb::Owned<xcb_get_geometry_reply_t> reply(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
     return reply ? reply->root : xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+}
+
+xcb_window_t X11Root::ofScreen(xcb_connection_t *connection, int number)
+{
+    auto roots = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; number > 0 && roots.rem > 1; --number)
+        xcb_screen_next(&roots);
+    return roots.data->root;
 }
 
 int X11Root::screenNumber(xcb_connection_t *connection, xcb_window_t root)
@@ -25,12 +31,7 @@ int X11Root::screenNumber(xcb_connection_t *connection, xcb_window_t root)
 void X11Root::send(xcb_connection_t *connection, xcb_window_t root, xcb_window_t about,
                    xcb_atom_t type, std::initializer_list<uint32_t> data)
 {
-    xcb_client_message_event_t message {};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = about;
-    message.type = type;
-    std::copy(data.begin(), data.end(), message.data.data32);
+    const auto message = Xcb::clientMessage(about, type, data);
     xcb_send_event(connection, 0, root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char *>(&message));

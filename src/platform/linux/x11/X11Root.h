@@ -10,6 +10,8 @@ namespace X11Root {
 
 /// Waits for the X server.
 xcb_window_t of(xcb_connection_t *connection, xcb_window_t window);
+/// Of the screen with that number, which a display's name may give.
+xcb_window_t ofScreen(xcb_connection_t *connection, int number);
 /// The n of selections that exist once a screen ("_NET_WM_CM_Sn").
 int screenNumber(xcb_connection_t *connection, xcb_window_t root);
 /// Asks the window manager for something about a window of ours.

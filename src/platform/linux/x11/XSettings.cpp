@@ -90,13 +90,12 @@ QByteArray property(xcb_connection_t *connection, int screen)
     const auto name = atom(connection, "_XSETTINGS_SETTINGS");
     if (selection == Xcb::none || name == Xcb::none)
         return {};
-    const auto owner = owned(xcb_get_selection_owner_reply(
-        connection, xcb_get_selection_owner(connection, selection), nullptr));
-    if (!owner || owner->owner == Xcb::none)
+    const xcb_window_t owner = Xcb::selectionOwner(connection, selection);
+    if (owner == Xcb::none)
         return {};
     const auto reply = owned(xcb_get_property_reply(
-        connection,
-        xcb_get_property(connection, 0, owner->owner, name, name, 0, longestProperty), nullptr));
+        connection, xcb_get_property(connection, 0, owner, name, name, 0, longestProperty),
+        nullptr));
     if (!reply || reply->format != 8)
         return {};
     return QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),

@@ -24,8 +24,16 @@ QList<quint32> Xcb::property32(xcb_connection_t *connection, xcb_window_t window
     return { values, values + reply->value_len };
 }
 
-void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
-                      std::initializer_list<quint32> data, xcb_window_t about)
+xcb_window_t Xcb::selectionOwner(xcb_connection_t *connection, xcb_atom_t selection)
+{
+    const auto cookie = xcb_get_selection_owner(connection, selection);
+    const Owned<xcb_get_selection_owner_reply_t> reply(
+        xcb_get_selection_owner_reply(connection, cookie, nullptr));
+    return reply ? reply->owner : none;
+}
+
+xcb_client_message_event_t Xcb::clientMessage(xcb_window_t about, xcb_atom_t type,
+                                              std::initializer_list<quint32> data)
 {
     xcb_client_message_event_t message {};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -33,6 +41,13 @@ void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t 
     message.window = about;
     message.type = type;
     std::copy(data.begin(), data.end(), message.data.data32);
+    return message;
+}
+
+void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
+                      std::initializer_list<quint32> data, xcb_window_t about)
+{
+    const auto message = clientMessage(about, type, data);
     // Checked and discarded, so that the error does not reach the toolkit's log.
     const auto cookie = xcb_send_event_checked(connection, 0, to, XCB_EVENT_MASK_NO_EVENT,
                                                reinterpret_cast<const char *>(&message));

@@ -32,6 +32,11 @@ xcb_connection_t *toolkitConnection();
 QList<quint32> property32(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
                           xcb_atom_t type, quint32 limit);
 
+/// Who has the selection, none if nobody. Waits for the X server.
+xcb_window_t selectionOwner(xcb_connection_t *connection, xcb_atom_t selection);
+
+xcb_client_message_event_t clientMessage(xcb_window_t about, xcb_atom_t type,
+                                         std::initializer_list<quint32> data);
 /// Sends a client message whose failure nobody needs to know: the window may have gone.
 void sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
                  std::initializer_list<quint32> data, xcb_window_t about);

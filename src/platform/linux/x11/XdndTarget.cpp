@@ -29,9 +29,12 @@ XdndTarget::XdndTarget(MainQueue &queue)
 
 XdndTarget::~XdndTarget()
 {
-    for (const Drop &drop : m_drops) {
-        drop.reading->giveUp();
-        drop.reading->waitForEnd(std::chrono::milliseconds(500));
+    onLandingEnded = nullptr;
+    while (!m_drops.empty()) {
+        const auto reading = m_drops.front().reading;
+        reading->giveUp();
+        endDrop(reading.get(), DropReading::Gain::Nothing);
+        reading->waitForEnd(std::chrono::milliseconds(500));
     }
 }
 

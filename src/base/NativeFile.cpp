@@ -1,0 +1,149 @@
+#include "base/NativeFile.h"
+
+#include "base/FilePath.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+constexpr qsizetype largest = 256 << 20; // Bytes.
+constexpr mode_t usersOnly = 0700; // What the base directory specification asks for.
+
+std::optional<QByteArray> readAll(int file)
+{
+    QByteArray bytes;
+    std::array<char, 65536> buffer {};
+    for (;;) {
+        const ssize_t count = ::read(file, buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count == 0)
+            return bytes;
+        if (count < 0 || bytes.size() + count > largest)
+            return {};
+        bytes.append(buffer.data(), count);
+    }
+}
+
+bool writeAll(int file, const QByteArray &bytes)
+{
+    const char *next = bytes.constData();
+    auto left = static_cast<size_t>(bytes.size());
+    while (left > 0) {
+        const ssize_t count = ::write(file, next, left);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return false;
+        next += count;
+        left -= static_cast<size_t>(count);
+    }
+    return true;
+}
+
+}
+
+NativeFile::Content NativeFile::read(const QByteArray &path)
+{
+    // Without O_NONBLOCK, opening a pipe would wait for its writer.
+    const int file = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0)
+        return { {}, errno == ENOENT || errno == ENOTDIR ? Failure::Missing : Failure::Unreadable };
+    Content content { {}, Failure::Unreadable };
+    struct stat status
+    {
+    };
+    if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode))
+        content.bytes = readAll(file);
+    ::close(file);
+    return content;
+}
+
+bool NativeFile::writeNew(const QByteArray &path, const QByteArray &bytes)
+{
+    const QByteArray folder = FilePath::parent(path);
+    makeFolder(folder);
+    ::unlink(path.constData());
+    const int file = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0)
+        return false;
+    if (!writeAndClose(file, bytes)) {
+        ::unlink(path.constData());
+        return false;
+    }
+    syncFolder(folder);
+    return true;
+}
+
+bool NativeFile::writeAndClose(int file, const QByteArray &bytes)
+{
+    const bool written = writeAll(file, bytes) && ::fsync(file) == 0;
+    const int reason = errno;
+    // A full network file system may tell only now.
+    const bool closed = ::close(file) == 0;
+    if (!written)
+        errno = reason;
+    return written && closed;
+}
+
+bool NativeFile::makeFolder(const QByteArray &path)
+{
+    if (::mkdir(path.constData(), usersOnly) == 0)
+        return true;
+    const auto slash = path.lastIndexOf('/');
+    if (errno == ENOENT && slash > 0) {
+        if (!makeFolder(path.left(slash)))
+            return false;
+        if (::mkdir(path.constData(), usersOnly) == 0)
+            return true;
+    }
+    int reason = errno;
+    struct stat status
+    {
+    };
+    if (::stat(path.constData(), &status) == 0) {
+        if (S_ISDIR(status.st_mode))
+            return true;
+        reason = ENOTDIR;
+    }
+    errno = reason;
+    return false;
+}
+
+void NativeFile::syncFolder(const QByteArray &folder)
+{
+    const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0)
+        return;
+    ::fsync(handle);
+    ::close(handle);
+}
+
+QList<QByteArray> NativeFile::namesIn(const QByteArray &folder)
+{
+    QList<QByteArray> names;
+    DIR *stream = ::opendir(folder.constData());
+    if (stream == nullptr)
+        return names;
+    while (const dirent *entry = ::readdir(stream)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+    }
+    ::closedir(stream);
+    return names;
+}
+
+void NativeFile::remove(const QByteArray &path)
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(path.toStdString()), ignored);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+/// Files and folders at native paths. Nothing here waits for what is no plain
+/// file: a pipe or a device at a path is unreadable.
+namespace NativeFile {
+
+enum class Failure { Missing, Unreadable };
+
+struct Content
+{
+    std::optional<QByteArray> bytes;
+    Failure failure = Failure::Missing; // Where there are no bytes.
+};
+
+/// Reads a regular file of at most 256 MB to its end.
+Content read(const QByteArray &path);
+
+/// Makes a file that is on the disk when this returns true; on failure none is
+/// left. What had the name before goes; the folder is made where it is missing.
+/// Readable as the user's umask says, since people copy such files elsewhere.
+bool writeNew(const QByteArray &path, const QByteArray &bytes);
+
+/// Writes all bytes to the disk and closes the open file, whatever happens. On
+/// failure errno says why.
+bool writeAndClose(int file, const QByteArray &bytes);
+
+/// Makes the folder and those above it, for the user alone where they are new;
+/// whether it is there. On failure errno says why.
+bool makeFolder(const QByteArray &path);
+
+/// Without it a new name may be lost in a power cut. Some file systems cannot do
+/// it; the file itself is complete in any case.
+void syncFolder(const QByteArray &folder);
+
+/// The names in it, hidden ones too.
+QList<QByteArray> namesIn(const QByteArray &folder);
+
+/// With everything in it; a symbolic link goes, its target stays.
+void remove(const QByteArray &path);
+
+}
