@@ -55,12 +55,25 @@ std::optional<UrlForm> urlFormOf(const QString &type)
     return std::nullopt;
 }
 
+/// The byte order that a mark at the beginning tells; none without a mark.
+std::optional<QStringConverter::Encoding> markedUtf16(QByteArrayView data)
+{
+    const auto encoding = QStringConverter::encodingForData(data);
+    switch (encoding.value_or(QStringConverter::Utf8)) {
+    case QStringConverter::Utf16BE:
+    case QStringConverter::Utf16LE:
+        return encoding;
+    default:
+        return std::nullopt;
+    }
+}
+
 QString fromUtf16(QByteArrayView data)
 {
-    auto encoding = QStringConverter::encodingForData(data);
-    if (encoding != QStringConverter::Utf16BE && encoding != QStringConverter::Utf16LE) {
-        // Without a mark at its beginning: nearly all text has a zero byte in its
-        // first unit, and where that stands tells the order.
+    auto encoding = markedUtf16(data);
+    if (!encoding) {
+        // Nearly all text has a zero byte in its first unit, and where that stands
+        // tells the order.
         const bool bigEndian = data.size() >= 2 && data[0] == '\0' && data[1] != '\0';
         encoding = bigEndian ? QStringConverter::Utf16BE : QStringConverter::Utf16LE;
     }
@@ -78,11 +91,8 @@ QString fromBytes(QByteArrayView data)
 
 QString fromHtmlBytes(QByteArrayView data)
 {
-    const auto encoding = QStringConverter::encodingForData(data);
     const bool looksWide = data.size() >= 2 && (data[0] == '\0') != (data[1] == '\0');
-    if (looksWide || encoding == QStringConverter::Utf16LE || encoding == QStringConverter::Utf16BE)
-        return fromUtf16(data);
-    return fromBytes(data);
+    return looksWide || markedUtf16(data) ? fromUtf16(data) : fromBytes(data);
 }
 
 /// A page loads nothing: it could name any file, and one that never ends.

@@ -54,9 +54,10 @@ Picture picture(const QList<DraggingItem> &items, const QPointF &at, qreal ratio
     pixmap.setDevicePixelRatio(ratio);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
-    for (auto item = items.rbegin(); item != items.rend(); ++item) {
-        if (!item->icon.isNull())
-            item->icon.paint(&painter, item->frame.translated(-bounds.topLeft()).toRect());
+    for (auto i = items.size(); i-- > 0;) {
+        const DraggingItem &item = items.at(i);
+        if (!item.icon.isNull())
+            item.icon.paint(&painter, item.frame.translated(-bounds.topLeft()).toRect());
     }
     return { pixmap, (at - bounds.topLeft()).toPoint() };
 }

@@ -21,9 +21,8 @@ QString X11FrontApplication::identifier() const
     if (!m_connection.isUsable())
         return {};
     const QString active = identifierOf(activeWindow());
-    if (!active.isEmpty())
-        return active;
-    return identifierOf(Xcb::selectionOwner(m_connection.xcb(), m_dragSelection));
+    return active.isEmpty() ? identifierOf(Xcb::selectionOwner(m_connection.xcb(), m_dragSelection))
+                            : active;
 }
 
 QString X11FrontApplication::identifierOf(xcb_window_t window) const

@@ -98,8 +98,8 @@ QByteArray property(xcb_connection_t *connection, int screen)
         nullptr));
     if (!reply || reply->format != 8)
         return {};
-    return QByteArray(static_cast<const char *>(xcb_get_property_value(reply.get())),
-                      xcb_get_property_value_length(reply.get()));
+    return { static_cast<const char *>(xcb_get_property_value(reply.get())),
+             xcb_get_property_value_length(reply.get()) };
 }
 
 }
