@@ -120,7 +120,7 @@ TEST(DropFormatsTest, TextIsDecodedAsItsTypeSays)
           u"https://a.b/c"_s },
         { "a lone picture", u"text/html"_s, "<img src=\"https://a.b/c.png\" alt=x>",
           u"https://a.b/c.png"_s },
-        { "a picture in a link", u"text/html"_s, "<a href=\"https://a.b/\"><img src=\"c.png\"></a>",
+        { "a picture in a link", u"text/html"_s, "<a href='https://a.b/'><img src='c.png'></a>",
           u"https://a.b/"_s },
         { "a page", u"text/html"_s, "<p>one <a href=\"https://a.b/\">two</a></p><p>three",
           u"one two\nthree"_s },
@@ -141,10 +141,9 @@ TEST(DropFormatsTest, APageReadsNoFileThatItNames)
     ASSERT_GE(inotify_add_watch(watch, folder.path().toUtf8().constData(), IN_OPEN), 0);
 
     const QByteArray address = "file://" + file.fileName().toUtf8();
-    const QByteArray page = "<html><head><link rel=\"stylesheet\" type=\"text/css\" href=\""
-        + address + "\"></head><body background=\"" + address
-        + "\"><table><tr><td style=\"background-image: url(" + address + ")\">words<img src=\""
-        + address + "\"></td></tr></table>";
+    const QByteArray page = "<html><head><link rel='stylesheet' type='text/css' href='" + address
+        + "'></head><body background='" + address + "'><table><tr><td style='background-image: url("
+        + address + ")'>words<img src='" + address + "'></td></tr></table>";
     EXPECT_EQ(DropFormats::text(u"text/html"_s, page).value_or(QString()).trimmed(), u"words"_s);
     char event[4096];
     EXPECT_EQ(read(watch, event, sizeof event), -1) << "a file was opened";
