@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 
 /// The user's folders as absolute native paths, without a slash at the end.
 /// Bytes, because a home folder's name need not be valid UTF-8.
@@ -11,4 +12,6 @@ struct Directories
     QByteArray config; // XDG_CONFIG_HOME
     QByteArray state; // XDG_STATE_HOME
     QByteArray downloads; // Empty if the desktop names none.
+    QByteArray pictures;
+    QList<QByteArray> named; // All folders that the desktop names: documents, music, …
 };

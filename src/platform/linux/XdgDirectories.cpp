@@ -2,7 +2,7 @@
 
 #include "base/NativeFile.h"
 
-#include <QList>
+#include <QHash>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -47,23 +47,25 @@ QByteArray unquoted(const QByteArray &text)
     return result;
 }
 
-/// A line reads: XDG_DOWNLOAD_DIR="$HOME/Downloads" or an absolute path. The home
-/// folder itself means that there is none; the last line counts.
-QByteArray downloadsFolder(const QByteArray &config, const QByteArray &home)
+/// The folders that the desktop's list names, by their keys. A line reads
+/// XDG_DOWNLOAD_DIR="$HOME/Downloads" or has an absolute path. The home folder
+/// itself means that there is none; the last line counts.
+QHash<QByteArray, QByteArray> userFolders(const QByteArray &config, const QByteArray &home)
 {
     const auto content = NativeFile::read(config + "/user-dirs.dirs");
-    QByteArray result;
+    QHash<QByteArray, QByteArray> result;
     for (const QByteArray &line : content.bytes.value_or(QByteArray()).split('\n')) {
         const auto equals = line.indexOf('=');
-        if (equals < 0 || line.left(equals).trimmed() != "XDG_DOWNLOAD_DIR")
+        if (equals < 0 || line.trimmed().startsWith('#'))
             continue;
         QByteArray path = unquoted(line.mid(equals + 1).trimmed());
         if (path == "$HOME" || path.startsWith("$HOME/"))
             path.replace(0, 5, home);
         if (path.startsWith('/'))
-            result = withoutSlash(path);
+            result.insert(line.left(equals).trimmed(), withoutSlash(path));
     }
-    return result == home ? QByteArray() : result;
+    result.removeIf([&](const auto &entry) { return entry.value() == home; });
+    return result;
 }
 
 }
@@ -75,6 +77,9 @@ Directories XdgDirectories::fromEnvironment()
     result.data = folder("XDG_DATA_HOME", result.home + "/.local/share");
     result.config = folder("XDG_CONFIG_HOME", result.home + "/.config");
     result.state = folder("XDG_STATE_HOME", result.home + "/.local/state");
-    result.downloads = downloadsFolder(result.config, result.home);
+    const auto named = userFolders(result.config, result.home);
+    result.downloads = named.value("XDG_DOWNLOAD_DIR");
+    result.pictures = named.value("XDG_PICTURES_DIR", result.home + "/Pictures");
+    result.named = named.values();
     return result;
 }
