@@ -2,7 +2,6 @@
 
 #include "base/NativeFile.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,7 +9,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <optional>
 
 namespace {
@@ -24,6 +22,15 @@ QByteArray folderOf(const QByteArray &path)
     if (slash < 0)
         return QByteArrayLiteral(".");
     return slash == 0 ? QByteArrayLiteral("/") : path.left(slash);
+}
+
+/// Beside the target, since only within a file system a rename is one step. One
+/// name for each target: whatever a killed process leaves, the next write removes.
+QByteArray temporaryFor(const QByteArray &target)
+{
+    const QByteArray ending = QByteArrayLiteral(".vantle-new");
+    const QByteArray name = target.mid(target.lastIndexOf('/') + 1);
+    return folderOf(target) + "/." + name.left(NAME_MAX - 1 - ending.size()) + ending;
 }
 
 }
@@ -44,6 +51,11 @@ QByteArray AtomicFile::linkTarget(const QByteArray &path)
 
 bool AtomicFile::write(const QByteArray &path, const QByteArray &bytes)
 {
+    return write(path, QByteArrayList { bytes });
+}
+
+bool AtomicFile::write(const QByteArray &path, const QByteArrayList &pieces)
+{
     const QByteArray target = linkTarget(path);
     if (target.isEmpty()) {
         errno = ELOOP;
@@ -61,17 +73,16 @@ bool AtomicFile::write(const QByteArray &path, const QByteArray &bytes)
         mode = old.st_mode & permissionBits;
     }
 
-    const QByteArray folder = folderOf(target);
-    QByteArray temporary = folder + "/.vantle-XXXXXX";
-    const int file = ::mkostemp(temporary.data(), O_CLOEXEC); // Mode 0600.
+    const QByteArray temporary = temporaryFor(target);
+    const int file = NativeFile::create(temporary);
     if (file < 0)
         return false;
     // File systems without permissions refuse; the content counts for more.
     if (mode)
         ::fchmod(file, *mode);
-    if (NativeFile::writeAndClose(file, bytes)
+    if (NativeFile::writeAndClose(file, pieces)
         && ::rename(temporary.constData(), target.constData()) == 0) {
-        NativeFile::syncFolder(folder);
+        NativeFile::syncFolder(folderOf(target));
         return true;
     }
     const int reason = errno;

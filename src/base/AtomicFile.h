@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 
 /// Replacing a file in one step: after a crash at any moment the file holds
 /// either all of the old bytes or all of the new ones.
@@ -8,9 +9,12 @@ namespace AtomicFile {
 
 /// The bytes are on the disk when this returns true. A file that exists keeps
 /// its permissions where the file system has any, a new one is the user's alone;
-/// of a symbolic link the target is replaced. On failure the old file is untouched and errno says
-/// why.
+/// of a symbolic link the target is replaced. On failure the old file is
+/// untouched and errno says why. One caller at a time for each file: a killed
+/// process leaves at most one file beside it, which the next write replaces.
 bool write(const QByteArray &path, const QByteArray &bytes);
+/// The same with all pieces, one after the other.
+bool write(const QByteArray &path, const QByteArrayList &pieces);
 
 /// The path that a symbolic link finally names, whether or not anything is
 /// there; the path itself if it is no link, nothing for links that go in circles.

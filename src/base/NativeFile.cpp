@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -16,15 +17,26 @@ namespace {
 
 constexpr qsizetype largest = 256 << 20; // Bytes.
 constexpr mode_t usersOnly = 0700; // What the base directory specification asks for.
+constexpr mode_t usersFile = 0600;
+constexpr mode_t othersBits = 0077;
+
+/// Repeats a call that a signal interrupted.
+template<typename Call>
+auto uninterrupted(Call call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
 
 std::optional<QByteArray> readAll(int file)
 {
     QByteArray bytes;
     std::array<char, 65536> buffer {};
     for (;;) {
-        const ssize_t count = ::read(file, buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
-            continue;
+        const ssize_t count
+            = uninterrupted([&] { return ::read(file, buffer.data(), buffer.size()); });
         if (count == 0)
             return bytes;
         if (count < 0 || bytes.size() + count > largest)
@@ -38,9 +50,7 @@ bool writeAll(int file, const QByteArray &bytes)
     const char *next = bytes.constData();
     auto left = static_cast<size_t>(bytes.size());
     while (left > 0) {
-        const ssize_t count = ::write(file, next, left);
-        if (count < 0 && errno == EINTR)
-            continue;
+        const ssize_t count = uninterrupted([&] { return ::write(file, next, left); });
         if (count < 0)
             return false;
         next += count;
@@ -71,11 +81,10 @@ bool NativeFile::writeNew(const QByteArray &path, const QByteArray &bytes)
 {
     const QByteArray folder = FilePath::parent(path);
     makeFolder(folder);
-    ::unlink(path.constData());
-    const int file = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int file = create(path);
     if (file < 0)
         return false;
-    if (!writeAndClose(file, bytes)) {
+    if (!writeAndClose(file, { bytes })) {
         ::unlink(path.constData());
         return false;
     }
@@ -83,12 +92,21 @@ bool NativeFile::writeNew(const QByteArray &path, const QByteArray &bytes)
     return true;
 }
 
-bool NativeFile::writeAndClose(int file, const QByteArray &bytes)
+int NativeFile::create(const QByteArray &path)
 {
-    const bool written = writeAll(file, bytes) && ::fsync(file) == 0;
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    ::unlink(path.constData());
+    return uninterrupted([&] { return ::open(path.constData(), flags, usersFile); });
+}
+
+bool NativeFile::writeAndClose(int file, const QByteArrayList &pieces)
+{
+    const bool written = std::all_of(pieces.begin(), pieces.end(),
+                                     [&](const QByteArray &piece) { return writeAll(file, piece); })
+        && uninterrupted([&] { return ::fsync(file); }) == 0;
     const int reason = errno;
-    // A full network file system may tell only now.
-    const bool closed = ::close(file) == 0;
+    // A full network file system may tell only now. Interrupted, it is closed all the same.
+    const bool closed = ::close(file) == 0 || errno == EINTR;
     if (!written)
         errno = reason;
     return written && closed;
@@ -118,12 +136,26 @@ bool NativeFile::makeFolder(const QByteArray &path)
     return false;
 }
 
+bool NativeFile::makePrivateFolder(const QByteArray &path)
+{
+    if (!makeFolder(path))
+        return false;
+    struct stat status
+    {
+    };
+    if (::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode)
+        && (status.st_mode & othersBits) != 0)
+        ::chmod(path.constData(), status.st_mode & usersOnly);
+    return true;
+}
+
 void NativeFile::syncFolder(const QByteArray &folder)
 {
-    const int handle = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    const int handle = uninterrupted([&] { return ::open(folder.constData(), flags); });
     if (handle < 0)
         return;
-    ::fsync(handle);
+    uninterrupted([&] { return ::fsync(handle); });
     ::close(handle);
 }
 

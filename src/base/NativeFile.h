@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QList>
 
 #include <optional>
@@ -22,16 +23,24 @@ Content read(const QByteArray &path);
 
 /// Makes a file that is on the disk when this returns true; on failure none is
 /// left. What had the name before goes; the folder is made where it is missing.
-/// Readable as the user's umask says, since people copy such files elsewhere.
+/// Both are for the user alone.
 bool writeNew(const QByteArray &path, const QByteArray &bytes);
+
+/// Opens a new file of the user's alone for writing; a file or a link that had
+/// the name before goes. -1 on failure, and errno says why.
+int create(const QByteArray &path);
 
 /// Writes all bytes to the disk and closes the open file, whatever happens. On
 /// failure errno says why.
-bool writeAndClose(int file, const QByteArray &bytes);
+bool writeAndClose(int file, const QByteArrayList &pieces);
 
 /// Makes the folder and those above it, for the user alone where they are new;
 /// whether it is there. On failure errno says why.
 bool makeFolder(const QByteArray &path);
+
+/// A folder that is the program's own: one that others may enter is closed to
+/// them, unless it is a link by which the user keeps the data elsewhere.
+bool makePrivateFolder(const QByteArray &path);
 
 /// Without it a new name may be lost in a power cut. Some file systems cannot do
 /// it; the file itself is complete in any case.

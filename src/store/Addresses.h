@@ -16,9 +16,4 @@ QSet<QByteArray> keys(const QList<ShelfItem> &items);
 /// Whether it was new.
 bool insertNew(QSet<QByteArray> &known, const QUrl &url);
 
-/// How an entry keeps the address of a file: one spelling, a folder's with a
-/// slash at the end. Invalid for what is not a file of this machine. Asks the
-/// disk what kind of thing it is, but opens nothing.
-QUrl stored(const QUrl &url);
-
 }

@@ -12,18 +12,6 @@
 
 namespace {
 
-/// The entries whose file is still there. A file that cannot be asked for, in a
-/// folder without permission for example, was not found missing.
-QList<ShelfItem> located(const QList<ShelfItem> &list)
-{
-    QList<ShelfItem> present;
-    present.reserve(list.size());
-    std::copy_if(list.begin(), list.end(), std::back_inserter(present), [](const ShelfItem &item) {
-        return FilePath::exists(FilePath::fromUrl(item.url));
-    });
-    return present;
-}
-
 /// Whether a folder between that one and the file is a symbolic link, which
 /// would lead a removal out of the folder.
 bool hasLinkBetween(const QByteArray &folder, const QByteArray &file)
@@ -39,16 +27,17 @@ bool hasLinkBetween(const QByteArray &folder, const QByteArray &file)
 
 }
 
-ShelfStore::ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Sounds &sounds,
-                       const Localizer &texts)
+ShelfStore::ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Bookmarks &bookmarks,
+                       Sounds &sounds, const Localizer &texts)
     : currentID(QUuid::createUuid())
     , m_paths(std::move(paths))
     , m_queue(queue)
     , m_workers(workers)
+    , m_bookmarks(bookmarks)
     , m_sounds(sounds)
     , m_texts(texts)
 {
-    NativeFile::makeFolder(m_paths.dataDir);
+    NativeFile::makePrivateFolder(m_paths.dataDir);
     if (load() == Loaded::State)
         sweepOrphans();
 }
@@ -57,27 +46,27 @@ ShelfStore::~ShelfStore() = default;
 
 ShelfStore::Loaded ShelfStore::load()
 {
-    const auto state = StateCoding::decodeState(
+    auto state = StateCoding::decodeState(
         NativeFile::read(m_paths.dataDir + "/shelves.json").bytes.value_or(QByteArray()));
     if (state && !state->shelves.isEmpty()) {
-        auto open = state->shelves;
-        for (Shelf &shelf : open)
-            shelf.items = located(rehome(shelf.items));
-        auto closedShelves = state->closed;
-        for (Shelf &shelf : closedShelves)
-            shelf.items = rehome(shelf.items);
-        adopt(std::move(open), std::move(closedShelves), state->current);
+        for (auto *list : { &state->shelves, &state->closed }) {
+            for (Shelf &shelf : *list)
+                shelf.items = rehome(std::move(shelf.items));
+        }
+        Locating::keepLocated(m_bookmarks, state->shelves);
+        adopt(std::move(state->shelves), std::move(state->closed), state->current);
         save();
         return Loaded::State;
     }
     const QByteArray oldPath = m_paths.dataDir + "/items.json";
     const auto oldItems
         = StateCoding::decodeItems(NativeFile::read(oldPath).bytes.value_or(QByteArray()));
-    Shelf only;
-    only.id = QUuid::createUuid();
+    QList<Shelf> only(1);
+    only.first().id = QUuid::createUuid();
     if (oldItems)
-        only.items = located(rehome(*oldItems));
-    adopt({ only }, {}, only.id);
+        only.first().items = rehome(*oldItems);
+    Locating::keepLocated(m_bookmarks, only);
+    adopt(std::move(only), {}, {});
     if (!oldItems)
         return Loaded::Nothing;
     // The older file gives way only to a new one that is safely there.
@@ -100,7 +89,8 @@ bool ShelfStore::save()
     mirrorCurrent();
     NativeFile::makeFolder(m_paths.dataDir); // It may have been removed, or not been there to make.
     const ShelfState state { currentID.value(), shelves.value(), closed.value() };
-    return AtomicFile::write(m_paths.dataDir + "/shelves.json", StateCoding::encode(state));
+    m_isSaved = AtomicFile::write(m_paths.dataDir + "/shelves.json", m_encoder.encode(state));
+    return m_isSaved;
 }
 
 void ShelfStore::mirrorCurrent()
@@ -115,6 +105,9 @@ void ShelfStore::mirrorCurrent()
 
 void ShelfStore::sweepOrphans() const
 {
+    const auto names = NativeFile::namesIn(droppedDir());
+    if (names.isEmpty())
+        return;
     QSet<QByteArray> used;
     for (const auto *list : { &shelves.value(), &closed.value() }) {
         for (const Shelf &shelf : *list) {
@@ -122,7 +115,7 @@ void ShelfStore::sweepOrphans() const
                 used.insert(FilePath::lastComponent(FilePath::fromUrl(item.url)));
         }
     }
-    for (const QByteArray &name : NativeFile::namesIn(droppedDir())) {
+    for (const QByteArray &name : names) {
         if (!used.contains(name))
             NativeFile::remove(droppedDir() + '/' + name);
     }
@@ -147,8 +140,13 @@ bool ShelfStore::isManaged(const QUrl &url) const
     return FilePath::isBelow(FilePath::fromUrl(url), droppedDir());
 }
 
+/// To be called once the state without these entries is saved: a state on disk
+/// never names a file that was deleted. Where saving fails, the files stay for
+/// the sweep of a later start.
 void ShelfStore::discardManaged(const QList<ShelfItem> &list) const
 {
+    if (!m_isSaved)
+        return;
     for (const ShelfItem &item : list) {
         // The standardised path, since the place was judged by it.
         const QByteArray path = FilePath::standardized(FilePath::fromUrl(item.url));

@@ -6,7 +6,9 @@
 #include "platform/Modifiers.h"
 #include "platform/Sounds.h"
 #include "store/AppPaths.h"
+#include "store/Locating.h"
 #include "store/Shelf.h"
+#include "store/StateEncoder.h"
 
 #include <QHash>
 #include <QImage>
@@ -18,6 +20,7 @@
 #include <optional>
 #include <utility>
 
+class Bookmarks;
 class Localizer;
 
 /// The one owner of all shelf data. Every operation changes `items` first, then
@@ -31,8 +34,8 @@ class ShelfStore
 {
 public:
     /// Loads the state of the data folder, or makes one empty shelf.
-    ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Sounds &sounds,
-               const Localizer &texts);
+    ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Bookmarks &bookmarks,
+               Sounds &sounds, const Localizer &texts);
     ~ShelfStore();
     ShelfStore(const ShelfStore &) = delete;
     ShelfStore &operator=(const ShelfStore &) = delete;
@@ -78,13 +81,31 @@ public:
     /// Removes for good what is older than that many seconds on open shelves that are not pinned.
     void pruneExpired(double maxAge);
 
-    // Shelves.
+    // Shelves: at least one is open, and of the closed ones the newest five are kept.
 
     QList<ShelfInfo> shelfInfos() const;
     std::optional<Shelf> currentShelf() const;
     QString currentTitle() const;
     QString title(const Shelf &shelf) const;
     void switchTo(const QUuid &given);
+    void switchToIndex(qsizetype index);
+    /// Empty and numbered; it becomes the current one.
+    void newShelf();
+    /// Trimmed and cut to 40 characters; blanks alone are no name.
+    void renameShelf(const QUuid &id, const QString &text);
+    void togglePin(const QUuid &id);
+    void closeShelf(const QUuid &given);
+    /// Without the entries whose file is gone, at the end of the open ones, and current.
+    void reopenShelf(const QUuid &given);
+    /// Entries of the current shelf to another open one, or to a new one that does not become
+    /// current. What the destination has already leaves all the same.
+    void move(const QSet<QUuid> &given, const std::optional<QUuid> &destination);
+
+    // Files that move.
+
+    /// Looks for the files of the current shelf on a worker: entries follow theirs, and those whose
+    /// file is gone leave quietly. One check at a time; a request during one is dropped.
+    void refreshLocationsInBackground();
 
     // Selection: never persisted.
 
@@ -118,6 +139,7 @@ private:
     void sweepOrphans() const;
     QList<ShelfItem> rehome(QList<ShelfItem> list) const;
     void discardManaged(const QList<ShelfItem> &list) const;
+    void applyLocations(const QList<LocateResult> &results);
     QByteArray droppedDir() const { return m_paths.dataDir + "/dropped"; }
 
     void commit(QList<ShelfItem> next);
@@ -141,15 +163,22 @@ private:
     qsizetype itemIndex(const std::optional<QUuid> &id) const;
     qsizetype shelfIndex(const QUuid &id) const;
     void selectRange(qsizetype from, qsizetype to);
+    Shelf numberedShelf() const;
+    QString nextShelfName() const;
+    void keepClosed(Shelf shelf);
 
     AppPaths m_paths;
     MainQueue &m_queue;
     Workers &m_workers;
+    Bookmarks &m_bookmarks;
     Sounds &m_sounds;
     const Localizer &m_texts;
 
     std::optional<QUuid> m_anchor; // Fixed end of a range.
     int m_noticeSeq = 0;
+    StateEncoder m_encoder; // Of the state file.
+    bool m_isSaved = true; // The file on disk names no entry that has left.
+    bool m_refreshingLocations = false;
     QList<Removed> m_lastRemoved; // The one stash.
     std::optional<QUuid> m_lastRemovedShelf;
     Ticket m_purge;

@@ -3,10 +3,11 @@
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
+#include "platform/Bookmarks.h"
 #include "store/Addresses.h"
+#include "store/Characters.h"
 #include "store/DroppedImage.h"
-
-#include <QTextBoundaryFinder>
+#include "store/WebLocation.h"
 
 #include <algorithm>
 
@@ -16,20 +17,6 @@ namespace {
 constexpr double unixAtReference = 978307200;
 constexpr qsizetype longestPreview = 60;
 constexpr qsizetype longestLinkTitle = 80;
-
-/// As people count characters: an emoji of several parts, or a letter with its
-/// accents, is one.
-QString firstCharacters(const QString &text, qsizetype count)
-{
-    // The finder looks at the whole text before it starts, which may be many
-    // megabytes; and a "character" of a thousand accents is none to show.
-    const QString start = text.left(count * 32);
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, start);
-    for (qsizetype taken = 0; taken < count && finder.position() < start.size(); ++taken)
-        finder.toNextBoundary();
-    const QString cut = start.left(finder.position());
-    return cut.isValidUtf16() ? cut : cut.chopped(1);
-}
 
 bool isNewline(QChar character)
 {
@@ -51,7 +38,7 @@ std::optional<QString> previewOf(const QString &text)
     while (end != begin && isBlank(*(end - 1)))
         --end;
     const QString line = text.mid(begin - text.begin(), end - begin);
-    return line.isEmpty() ? std::nullopt : std::optional(firstCharacters(line, longestPreview));
+    return line.isEmpty() ? std::nullopt : std::optional(Characters::first(line, longestPreview));
 }
 
 /// The address that this text is, if it is nothing else.
@@ -67,16 +54,6 @@ std::optional<QUrl> webAddress(const QString &text)
     return web && url.isValid() && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
 }
 
-QByteArray webLocation(const QUrl &url)
-{
-    return QByteArrayLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                             "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-                             "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-                             "<plist version=\"1.0\">\n<dict>\n\t<key>URL</key>\n\t<string>")
-        + QString::fromLatin1(url.toEncoded()).toHtmlEscaped().toUtf8()
-        + QByteArrayLiteral("</string>\n</dict>\n</plist>\n");
-}
-
 }
 
 void ShelfStore::add(const QList<QUrl> &urls)
@@ -86,7 +63,7 @@ void ShelfStore::add(const QList<QUrl> &urls)
     for (const QUrl &url : urls) {
         if (FilePath::fromUrl(url).isEmpty() || !Addresses::insertNew(known, url))
             continue;
-        next.append(newItem(Addresses::stored(url)));
+        next.append(newItem(url));
     }
     if (next.size() == items.value().size())
         return;
@@ -116,7 +93,7 @@ void ShelfStore::addLink(const QUrl &url)
         return;
     const QByteArray path
         = newFilePath(m_texts.text(QStringLiteral("dropped_link")), QStringLiteral("webloc"));
-    if (NativeFile::writeNew(path, webLocation(url)))
+    if (NativeFile::writeNew(path, WebLocation::encode(url)))
         insertDropped(path, linkTitle(url), url);
 }
 
@@ -130,7 +107,7 @@ QString ShelfStore::linkTitle(const QUrl &url)
     QString path = url.path(QUrl::FullyDecoded);
     while (path.endsWith(QLatin1Char('/')))
         path.chop(1);
-    return firstCharacters(title + path, longestLinkTitle);
+    return Characters::first(title + path, longestLinkTitle);
 }
 
 void ShelfStore::addImage(const QImage &image)
@@ -175,13 +152,19 @@ QUrl ShelfStore::makeDemoFile()
     return FilePath::toUrl(path);
 }
 
-/// Two files of one kind and second differ by the random part.
+/// Two files of one kind and second differ by the random part. A name that is
+/// taken would replace the file of another entry.
 QByteArray ShelfStore::newFilePath(const QString &base, const QString &extension) const
 {
     const auto seconds = static_cast<qint64>(m_queue.now() + unixAtReference);
-    const QByteArray random = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).left(4);
-    return droppedDir() + '/' + base.toUtf8() + '-' + QByteArray::number(seconds) + '-'
-        + random.toUpper() + '.' + extension.toUtf8();
+    const QByteArray start
+        = droppedDir() + '/' + base.toUtf8() + '-' + QByteArray::number(seconds) + '-';
+    QByteArray path;
+    do {
+        const QByteArray random = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).left(4);
+        path = start + random.toUpper() + '.' + extension.toUtf8();
+    } while (FilePath::exists(path));
+    return path;
 }
 
 void ShelfStore::insertDropped(const QByteArray &path, const std::optional<QString> &preview,
@@ -203,7 +186,9 @@ ShelfItem ShelfStore::newItem(const QUrl &url) const
 {
     ShelfItem item;
     item.id = QUuid::createUuid();
-    item.url = url;
+    const Bookmarked made = m_bookmarks.make(url);
+    item.url = made.url;
+    item.bookmark = made.bookmark;
     item.addedAt = m_queue.now();
     return item;
 }

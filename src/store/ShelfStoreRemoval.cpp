@@ -1,7 +1,6 @@
 #include "store/ShelfStore.h"
 
 #include "app/settings/Localizer.h"
-#include "base/FilePath.h"
 #include "store/Addresses.h"
 
 #include <algorithm>
@@ -82,11 +81,13 @@ void ShelfStore::clear()
 
 void ShelfStore::forgetUploads(const QSet<QUuid> &ids)
 {
-    auto nowUploading = uploading.value();
-    auto nowProgress = progress.value();
     for (const QUuid &id : ids) {
         if (const auto cancel = uploadCancels.take(id))
             cancel();
+    }
+    auto nowUploading = uploading.value();
+    auto nowProgress = progress.value();
+    for (const QUuid &id : ids) {
         nowUploading.remove(id);
         nowProgress.remove(id);
     }
@@ -150,10 +151,14 @@ QList<ShelfItem> ShelfStore::putBack(const QList<Removed> &removed)
     const auto present = items.value();
     auto known = Addresses::keys(present);
     auto rest = present.begin();
-    for (const auto &[index, item] : removed) {
+    QList<QUrl> urls;
+    for (const auto &[index, item] : removed)
+        urls.append(item.url);
+    const auto exists = Locating::present(m_bookmarks, urls);
+    for (qsizetype i = 0; i < removed.size(); ++i) {
+        const auto &[index, item] = removed.at(i);
         // A file that vanished in the meantime does not come back as a dead row.
-        if (!FilePath::exists(FilePath::fromUrl(item.url))
-            || !Addresses::insertNew(known, item.url))
+        if (!exists.at(i) || !Addresses::insertNew(known, item.url))
             continue;
         const auto before = std::clamp<qsizetype>(index - next.size(), 0, present.end() - rest);
         std::copy(rest, rest + before, std::back_inserter(next));
@@ -178,10 +183,10 @@ void ShelfStore::pruneExpired(double maxAge)
     removed += takeExpiredHere(cutoff);
     if (removed.isEmpty())
         return;
-    discardManaged(removed);
     if (onRemoved)
         onRemoved(removed);
     save();
+    discardManaged(removed);
 }
 
 QList<ShelfItem> ShelfStore::takeExpiredElsewhere(double cutoff)

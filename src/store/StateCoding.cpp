@@ -1,145 +1,23 @@
 #include "store/StateCoding.h"
 
+#include "store/StateEncoder.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 
-#include <charconv>
 #include <cmath>
 
 namespace {
 
-// Writing.
+// Every function gives none for a value that is not exactly of its type.
 
-void appendEscaped(QByteArray &out, char byte)
-{
-    static constexpr char digits[] = "0123456789abcdef";
-    switch (byte) {
-    case '\b':
-        out += "\\b";
-        break;
-    case '\f':
-        out += "\\f";
-        break;
-    case '\n':
-        out += "\\n";
-        break;
-    case '\r':
-        out += "\\r";
-        break;
-    case '\t':
-        out += "\\t";
-        break;
-    default:
-        out += "\\u00";
-        out += digits[byte >> 4];
-        out += digits[byte & 15];
-    }
-}
-
-void appendString(QByteArray &out, const QByteArray &utf8)
-{
-    out += '"';
-    for (const char byte : utf8) {
-        if (byte == '"' || byte == '\\' || byte == '/') {
-            out += '\\';
-            out += byte;
-        } else if (byte >= 0 && byte < 0x20) {
-            appendEscaped(out, byte);
-        } else {
-            out += byte;
-        }
-    }
-    out += '"';
-}
-
-/// The fewest digits that read back as the same number, never with an exponent.
-void appendNumber(QByteArray &out, double number)
-{
-    Q_ASSERT(std::isfinite(number));
-    char buffer[400]; // The smallest double has 343 characters.
-    const auto end
-        = std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed);
-    out.append(buffer, end.ptr - buffer);
-}
-
-/// Of the object that was begun last; the comma before it comes by itself.
-void appendKey(QByteArray &out, const char *key)
-{
-    if (!out.endsWith('{'))
-        out += ',';
-    out += '"';
-    out += key;
-    out += "\":";
-}
-
-void appendText(QByteArray &out, const char *key, const QByteArray &utf8)
-{
-    appendKey(out, key);
-    appendString(out, utf8);
-}
-
-void appendId(QByteArray &out, const char *key, const QUuid &id)
-{
-    appendText(out, key, id.toByteArray(QUuid::WithoutBraces).toUpper());
-}
-
-template<typename T>
-void appendList(QByteArray &out, const char *key, const QList<T> &list,
-                void (*append)(QByteArray &, const T &))
-{
-    appendKey(out, key);
-    out += '[';
-    for (const T &element : list) {
-        if (!out.endsWith('['))
-            out += ',';
-        append(out, element);
-    }
-    out += ']';
-}
-
-void appendItem(QByteArray &out, const ShelfItem &item)
-{
-    out += '{';
-    appendId(out, "id", item.id);
-    appendText(out, "url", item.url.toEncoded());
-    appendKey(out, "addedAt");
-    appendNumber(out, item.addedAt);
-    if (item.driveFileId)
-        appendText(out, "driveFileId", item.driveFileId->toUtf8());
-    if (item.driveLink)
-        appendText(out, "driveLink", item.driveLink->toUtf8());
-    if (item.preview)
-        appendText(out, "preview", item.preview->toUtf8());
-    if (item.bookmark)
-        appendText(out, "bookmark", item.bookmark->toBase64());
-    if (item.link)
-        appendText(out, "link", item.link->toEncoded());
-    out += '}';
-}
-
-void appendShelf(QByteArray &out, const Shelf &shelf)
-{
-    out += '{';
-    appendId(out, "id", shelf.id);
-    if (shelf.name)
-        appendText(out, "name", shelf.name->toUtf8());
-    appendKey(out, "pinned");
-    out += shelf.pinned ? "true" : "false";
-    appendList(out, "items", shelf.items, appendItem);
-    if (shelf.closedAt) {
-        appendKey(out, "closedAt");
-        appendNumber(out, *shelf.closedAt);
-    }
-    out += '}';
-}
-
-// Reading. Every function gives none for a value that is not exactly of its type.
-
+/// Half a surrogate pair is no text: it could not be written again.
 std::optional<QString> toText(const QJsonValue &value)
 {
-    return value.isString() ? std::optional(value.toString()) : std::nullopt;
+    const QString text = value.toString();
+    return value.isString() && text.isValidUtf16() ? std::optional(text) : std::nullopt;
 }
 
 std::optional<bool> toBool(const QJsonValue &value)
@@ -155,17 +33,16 @@ std::optional<double> toDate(const QJsonValue &value)
 
 std::optional<QUuid> toId(const QJsonValue &value)
 {
+    constexpr qsizetype length = 36; // Without braces.
     const QString text = value.toString();
     const QUuid id = QUuid::fromString(text);
-    // The comparison refuses braces, and tells the id of all zeros from no id.
-    const bool canonical
-        = id.toString(QUuid::WithoutBraces).compare(text, Qt::CaseInsensitive) == 0;
-    return canonical ? std::optional(id) : std::nullopt;
+    const bool zeros = id.isNull() && text == QUuid().toString(QUuid::WithoutBraces);
+    return text.size() == length && (zeros || !id.isNull()) ? std::optional(id) : std::nullopt;
 }
 
 std::optional<QUrl> toUrl(const QJsonValue &value)
 {
-    const QUrl url(value.toString()); // Empty, which is not valid, for what is no string.
+    const QUrl url(toText(value).value_or(QString())); // Empty, which is not valid, for no text.
     return url.isValid() ? std::optional(url) : std::nullopt;
 }
 
@@ -296,13 +173,7 @@ void makeDistinct(ShelfState &state)
 
 QByteArray StateCoding::encode(const ShelfState &state)
 {
-    QByteArray out;
-    out += '{';
-    appendId(out, "current", state.current);
-    appendList(out, "shelves", state.shelves, appendShelf);
-    appendList(out, "closed", state.closed, appendShelf);
-    out += '}';
-    return out;
+    return StateEncoder().encode(state).join();
 }
 
 std::optional<ShelfState> StateCoding::decodeState(const QByteArray &json)

@@ -13,6 +13,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <tuple>
 
 namespace {
 
@@ -54,6 +56,32 @@ TEST(AtomicFileTest, ANewFileIsTheUsersAloneAndAnOldOneKeepsItsPermissions)
     EXPECT_EQ(w.names(), QStringList { QStringLiteral("a") });
 }
 
+TEST(AtomicFileTest, WhatAKilledProcessLeftIsReplacedAndNeverFollowed)
+{
+    const World w;
+    const QByteArray victim = w.path("victim");
+    ASSERT_TRUE(NativeFile::writeNew(victim, "the user's"));
+    const auto leftovers = {
+        +[](const QByteArray &path) { return NativeFile::writeNew(path, "torn"); },
+        +[](const QByteArray &path) { return ::symlink("victim", path.constData()) == 0; },
+        +[](const QByteArray &path) { return ::mkfifo(path.constData(), 0666) == 0; },
+    };
+    // The longest name there is must have a temporary one as well.
+    for (const QByteArray &name : { QByteArray("a"), QByteArray(NAME_MAX, 'n') }) {
+        const QByteArray target = w.folder.path().toUtf8() + '/' + name;
+        const QByteArray temporary
+            = w.folder.path().toUtf8() + "/." + name.left(243) + ".vantle-new";
+        for (const auto leave : leftovers) {
+            ASSERT_TRUE(leave(temporary));
+            ASSERT_TRUE(AtomicFile::write(target, "new"));
+            EXPECT_EQ(NativeFile::read(target).bytes, QByteArray("new"));
+            EXPECT_EQ(World::mode(target), 0600u);
+        }
+    }
+    EXPECT_EQ(NativeFile::read(victim).bytes, QByteArray("the user's"));
+    EXPECT_EQ(w.names().size(), 3);
+}
+
 TEST(AtomicFileTest, OfALinkTheTargetIsReplaced)
 {
     const World w;
@@ -67,6 +95,27 @@ TEST(AtomicFileTest, OfALinkTheTargetIsReplaced)
         EXPECT_EQ(NativeFile::read(w.path("elsewhere/re\xff\n%41")).bytes, QByteArray(text));
         EXPECT_TRUE(QFileInfo(QFile::decodeName(w.path("twice"))).isSymLink());
     }
+}
+
+TEST(AtomicFileTest, WhatTheProgramMakesIsTheUsersAloneWhateverTheMask)
+{
+    const World w;
+    const mode_t before = ::umask(0);
+    EXPECT_TRUE(NativeFile::writeNew(w.path("own/a"), "content"));
+    ::umask(before);
+    EXPECT_EQ(World::mode(w.path("own")), 0700u);
+    EXPECT_EQ(World::mode(w.path("own/a")), 0600u);
+
+    // Others lose what they had, the user keeps what there is.
+    ASSERT_EQ(::symlink("own", w.path("link").constData()), 0);
+    for (const auto &[name, old, expected] :
+         { std::tuple("own", 0755u, 0700u), { "own", 0577u, 0500u }, { "link", 0755u, 0755u } }) {
+        ASSERT_EQ(::chmod(w.path("own").constData(), old), 0);
+        EXPECT_TRUE(NativeFile::makePrivateFolder(w.path(name)));
+        EXPECT_EQ(World::mode(w.path("own")), expected) << name << old;
+    }
+    EXPECT_FALSE(NativeFile::makePrivateFolder(w.path("own/a")));
+    EXPECT_EQ(World::mode(w.path("own/a")), 0600u);
 }
 
 TEST(AtomicFileTest, AFailureLeavesTheOldFileAndNothingElse)

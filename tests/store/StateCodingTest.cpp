@@ -1,8 +1,13 @@
 #include "store/StateCoding.h"
 
+#include "store/StateEncoder.h"
+
 #include <gtest/gtest.h>
 
 #include <QSet>
+
+#include <algorithm>
+#include <random>
 
 namespace {
 
@@ -22,6 +27,78 @@ QByteArray itemWith(const QByteArray &rest)
     return R"({"id":")" + idB + R"(","url":"file:///a","addedAt":1)" + rest + '}';
 }
 
+/// One change of a kind that the store makes.
+class RandomEdit
+{
+public:
+    explicit RandomEdit(ShelfState &state)
+        : m_state(state)
+    {
+    }
+
+    void operator()()
+    {
+        auto &list = below(4) > 0 ? m_state.shelves : m_state.closed;
+        if (list.isEmpty() || below(10) == 0) {
+            list.insert(below(list.size() + 1), Shelf { QUuid::createUuid(), {}, false, {}, {} });
+            return;
+        }
+        Shelf &shelf = list[below(list.size())];
+        switch (below(6)) {
+        case 0:
+            shelf.name = QString::number(below(1000));
+            shelf.closedAt = below(2) == 0 ? std::nullopt : std::optional(double(below(100)));
+            break;
+        case 1:
+            if (below(4) == 0)
+                list.removeAt(&shelf - list.data());
+            break;
+        case 2:
+            std::rotate(list.begin(), list.begin() + below(list.size()), list.end());
+            break;
+        default:
+            editItems(shelf.items);
+        }
+    }
+
+private:
+    void editItems(QList<ShelfItem> &items)
+    {
+        const qsizetype at = below(items.size() + 1);
+        if (at == items.size() || below(3) == 0) {
+            ShelfItem item;
+            item.id = QUuid::createUuid();
+            item.url = QUrl::fromEncoded("file:///a/" + QByteArray::number(below(1000)));
+            items.insert(at, item);
+        } else if (below(3) == 0) {
+            items.removeAt(at);
+        } else if (below(3) == 0) {
+            std::rotate(items.begin(), items.begin() + at, items.end());
+        } else if (below(3) == 0 && !m_state.shelves.isEmpty()) {
+            m_state.shelves.last().items.append(items.at(at)); // With its id, even into one list.
+        } else {
+            items[at].preview = QString::number(below(1000));
+            items[at].bookmark = QByteArray(below(100), '\xff');
+        }
+    }
+
+    qsizetype below(qsizetype end) { return static_cast<qsizetype>(m_random() % size_t(end)); }
+
+    ShelfState &m_state;
+    std::mt19937 m_random { 7 };
+};
+
+}
+
+TEST(StateCodingTest, BytesThatAreUsedAgainAreThoseOfANewEncoder)
+{
+    ShelfState state;
+    StateEncoder encoder;
+    RandomEdit edit(state);
+    for (int i = 0; i < 3000; ++i) {
+        edit();
+        ASSERT_EQ(encoder.encode(state).join(), StateCoding::encode(state)) << i;
+    }
 }
 
 TEST(StateCodingTest, EveryFieldComesBack)

@@ -3,6 +3,7 @@
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
+#include "platform/fake/FakeBookmarks.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
 #include "store/ShelfStore.h"
@@ -32,7 +33,8 @@ public:
               R"("app_name" = "Vantle"; "dropped_text" = "Text snippet"; "dropped_link" = "Link";
             "dropped_image" = "Bild 1"; "demo_file_name" = "Try me"; "demo_file_content" = "Hello.";
             "removed_one_undo" = "one removed"; "removed_n_undo" = "%lld removed";
-            "restored_n" = "%lld restored";)");
+            "restored_n" = "%lld restored"; "shelf_numbered" = "Shelf %lld";
+            "shelf_closed" = "%@ closed"; "moved_to" = "moved to %@";)");
         m_texts.emplace(QString::fromUtf8(bundle), QStringList());
     }
 
@@ -45,7 +47,7 @@ public:
     ShelfStore &store()
     {
         if (!m_store)
-            m_store.emplace(paths(), queue, workers, sounds, *m_texts);
+            m_store.emplace(paths(), queue, workers, bookmarks, sounds, *m_texts);
         return *m_store;
     }
 
@@ -137,6 +139,7 @@ public:
         made.id = QUuid::createUuid();
         made.url = url;
         made.addedAt = addedAt;
+        made.bookmark = FakeBookmarks::bookmarkOf(FilePath::fromUrl(url));
         return made;
     }
 
@@ -150,6 +153,7 @@ public:
 
     VirtualQueue queue;
     VirtualWorkers workers { queue };
+    FakeBookmarks bookmarks;
     FakeSounds sounds;
 
 private:

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+#include <QUrl>
+
+#include <optional>
+
+/// Files of extension "webloc": a property list that holds a web address.
+namespace WebLocation {
+
+/// As XML.
+QByteArray encode(const QUrl &url);
+
+/// The absolute address under "URL" in the root dictionary, of the XML form or
+/// the binary one; none for anything else.
+std::optional<QUrl> decode(const QByteArray &bytes);
+
+}
