@@ -1,0 +1,83 @@
+#include "platform/linux/RemoteLooks.h"
+
+#include "platform/linux/Volumes.h"
+
+#include <condition_variable>
+#include <system_error>
+#include <thread>
+
+struct RemoteLooks::Job
+{
+    const QList<Task> tasks;
+    std::mutex mutex;
+    std::condition_variable changed;
+    QList<Result> results;
+    qsizetype next = 0; // The task to go on with.
+    bool stopped = false; // Nobody waits for the rest.
+    bool ended = false;
+};
+
+RemoteLooks::RemoteLooks(Look look)
+    : m_look(std::move(look))
+{
+}
+
+std::shared_ptr<RemoteLooks::Job> RemoteLooks::start(const QByteArray &mountPoint,
+                                                     const QList<Task> &tasks)
+{
+    const std::lock_guard lock(m_mutex);
+    std::shared_ptr<Job> &last = m_jobs[mountPoint];
+    qsizetype start = 0;
+    if (last) {
+        const std::lock_guard lastLock(last->mutex);
+        if (!last->ended)
+            return nullptr;
+        start = last->next % tasks.size();
+    }
+    const std::shared_ptr<Job> job(new Job { tasks, {}, {}, {}, 0, false, false });
+    job->results.resize(tasks.size());
+    try {
+        std::thread(work, job, m_look, start).detach();
+    } catch (const std::system_error &) {
+        return nullptr; // No thread to be had.
+    }
+    return last = job;
+}
+
+QList<RemoteLooks::Result> RemoteLooks::collect(Job &job, Clock::time_point deadline)
+{
+    std::unique_lock lock(job.mutex);
+    job.changed.wait_until(lock, deadline, [&] { return job.ended; });
+    job.stopped = true;
+    return job.results;
+}
+
+void RemoteLooks::work(const std::shared_ptr<Job> &job, const Look &look, qsizetype start)
+{
+    QHash<quint64, quint64> fileSystems; // By device.
+    const qsizetype count = job->tasks.size();
+    for (qsizetype i = 0; i < count; ++i) {
+        const qsizetype index = (start + i) % count;
+        const Task &task = job->tasks[index];
+        Result result;
+        result.done = true;
+        result.look = look(task.path);
+        result.otherLook.state = FileLook::State::Missing;
+        if (!task.otherPath.isEmpty())
+            result.otherLook = look(task.otherPath);
+        const bool present = result.look.state == FileLook::State::Present;
+        const FileLook &file = present ? result.look : result.otherLook;
+        const auto device = file.identity.device;
+        if (file.state == FileLook::State::Present && !fileSystems.contains(device))
+            fileSystems.insert(device, Volumes::fileSystemOf(present ? task.path : task.otherPath));
+        result.fileSystem = fileSystems.value(device);
+        const std::lock_guard lock(job->mutex);
+        job->results[index] = result;
+        job->next = i + 1 == count ? 0 : index + 1;
+        if (job->stopped)
+            break;
+    }
+    const std::lock_guard lock(job->mutex);
+    job->ended = true;
+    job->changed.notify_all();
+}
