@@ -21,18 +21,13 @@ constexpr double reachableStrip
 constexpr double slideDistance = 10;
 constexpr double showDuration = 0.24;
 constexpr double hideDuration = 0.18;
+constexpr double summonHold = 3; // Seconds before it may dock.
 constexpr double storeDelay = 0.5;
 constexpr int spaceKey = 49;
 
 QString frameKey()
 {
     return QStringLiteral("ShelfPanelFrame");
-}
-
-double overlap(const QRectF &a, const QRectF &b)
-{
-    const QRectF common = a & b;
-    return common.width() * common.height();
 }
 
 /// The nearest place at which the head of the panel can be reached.
@@ -74,12 +69,18 @@ ShelfPanel::ShelfPanel(PanelWindow &window, Screens &screens, PointerMonitor &po
     , m_queue(queue)
     , m_ql(ql)
     , m_rowDrag(session, icons)
-    , m_animation(queue)
+    , m_motion(window, queue)
+    , m_docking(window, m_motion, screens, pointer, queue)
 {
     m_window.setFrame(QRectF(m_window.frame().topLeft(), defaultSize));
     moveTo(topRightOrigin());
     restoreFrame();
+    connectWindow();
+    connectDocking();
+}
 
+void ShelfPanel::connectWindow()
+{
     m_rowDrag.beginPress = [this] {
         if (beginPress)
             beginPress();
@@ -96,6 +97,17 @@ ShelfPanel::ShelfPanel(PanelWindow &window, Screens &screens, PointerMonitor &po
     m_window.onClose = [this] { hide(); };
     m_window.onUserFrame
         = [this] { m_pendingStore = m_queue.after(storeDelay, [this] { storeFrame(); }); };
+}
+
+void ShelfPanel::connectDocking()
+{
+    m_docking.canDock = [this] { return canDock && canDock(); };
+    m_docking.hasModalWindow = [this] { return hasModalWindow && hasModalWindow(); };
+    m_docking.isPreviewVisible = [this] { return isPreviewVisible && isPreviewVisible(); };
+    m_docking.onWillShow = [this] {
+        if (onWillShow)
+            onWillShow();
+    };
 }
 
 ShelfPanel::~ShelfPanel()
@@ -115,18 +127,6 @@ std::optional<Screen> ShelfPanel::activeScreen() const
         }
     }
     return m_screens.main();
-}
-
-/// The screen that shows most of that frame; none if it lies on no screen.
-std::optional<Screen> ShelfPanel::screenOf(const QRectF &frame) const
-{
-    std::optional<Screen> best;
-    for (const Screen &screen : m_screens.all()) {
-        const double area = overlap(screen.visibleFrame, frame);
-        if (area > (best ? overlap(best->visibleFrame, frame) : 0))
-            best = screen;
-    }
-    return best;
 }
 
 QPointF ShelfPanel::topRightOrigin() const
@@ -161,7 +161,7 @@ QPointF ShelfPanel::cursorOrigin() const
 QPointF ShelfPanel::lastOrigin() const
 {
     const QRectF frame = m_window.frame();
-    const auto screen = screenOf(frame);
+    const auto screen = m_screens.showing(frame);
     return screen ? reachableOrigin(frame, screen->visibleFrame) : topRightOrigin();
 }
 
@@ -176,32 +176,23 @@ QPointF ShelfPanel::originFor(const QString &mode) const
 
 void ShelfPanel::summon()
 {
+    if (m_docking.isDocked()) {
+        const auto screen = activeScreen();
+        if (!screen || m_docking.home()->intersects(screen->frame)) {
+            m_docking.undock(summonHold);
+            return;
+        }
+        hide(); // It is wanted on the pointer's screen.
+    }
     if (onWillShow)
         onWillShow();
-    const QPointF origin = originFor(positionMode);
-    if (m_shown) {
-        moveTo(origin);
+    m_docking.hold(summonHold);
+    m_docking.startTimer();
+    moveTo(originFor(positionMode));
+    if (m_motion.isShown())
         m_window.orderFront();
-        return;
-    }
-    m_shown = true;
-    m_animation.cancel();
-    moveTo(origin);
-    if (!m_window.canFade()) {
-        setAppearance(1, 0);
-        m_window.orderFront();
-        return;
-    }
-    // One that is still fading out comes back from where it is.
-    if (!m_window.isVisible())
-        setAppearance(0, -slideDistance);
-    m_window.orderFront();
-    const double opacity = m_opacity;
-    const double slide = m_slide;
-    m_animation.begin(showDuration, AnimationCurve::EaseOut,
-                      [this, opacity, slide](double progress) {
-                          setAppearance(opacity + (1 - opacity) * progress, slide * (1 - progress));
-                      });
+    else
+        m_motion.appear({ 0, -slideDistance }, showDuration);
 }
 
 void ShelfPanel::summonWithFocus()
@@ -212,31 +203,11 @@ void ShelfPanel::summonWithFocus()
 
 void ShelfPanel::hide()
 {
-    if (!m_shown)
-        return;
-    m_shown = false;
-    m_animation.cancel();
-    const auto leave = [this] {
-        m_window.orderOut();
-        setAppearance(1, 0); // The next summon starts from a clean value.
-    };
-    if (!m_window.canFade()) {
-        leave();
-        return;
-    }
-    const double opacity = m_opacity;
-    m_animation.begin(
-        hideDuration, AnimationCurve::EaseIn,
-        [this, opacity](double progress) { setAppearance(opacity * (1 - progress), m_slide); },
-        leave);
-}
-
-void ShelfPanel::setAppearance(double opacity, double slide)
-{
-    m_opacity = opacity;
-    m_slide = slide;
-    m_window.setOpacity(opacity);
-    m_window.setSlide({ 0, slide });
+    m_docking.stopTimer();
+    if (m_docking.isDocked())
+        m_docking.drop();
+    else if (m_motion.isShown())
+        m_motion.leave({}, hideDuration);
 }
 
 void ShelfPanel::moveTo(const QPointF &origin)
@@ -251,7 +222,7 @@ void ShelfPanel::restoreFrame()
     const auto stored = storedFrame(m_preferences.value(frameKey()));
     if (!stored)
         return;
-    const auto shown = screenOf(*stored);
+    const auto shown = m_screens.showing(*stored);
     const auto screen = shown ? shown : activeScreen();
     QSizeF size = stored->size();
     if (screen)

@@ -2,7 +2,8 @@
 
 #include "base/MainQueue.h"
 #include "dragdrop/FileDrag.h"
-#include "panel/Animation.h"
+#include "panel/PanelDocking.h"
+#include "panel/PanelMotion.h"
 #include "platform/PanelWindow.h"
 #include "platform/Screens.h"
 
@@ -14,11 +15,12 @@
 #include <functional>
 #include <optional>
 
+class DockTab;
 class PointerMonitor;
 class Preferences;
 struct QuickLookController;
 
-/// The one floating panel: where it appears, how it comes and goes, and who gets
+/// The one floating panel: where it appears, when it comes and goes, and who gets
 /// its keys and presses. It reads no settings but its own frame. Main thread.
 class ShelfPanel
 {
@@ -42,9 +44,14 @@ public:
     std::function<void()> beginPress;
     std::function<std::optional<QList<QUrl>>()> dragURLs;
     std::function<void(const QList<QUrl> &)> onDraggedOut;
+    // What the idle watch asks before it docks the panel, as PanelDocking tells them.
+    std::function<bool()> canDock;
+    std::function<bool()> hasModalWindow;
+    std::function<bool()> isPreviewVisible;
 
     /// Brings the panel up; the front application keeps the keyboard. One that is
-    /// up already jumps to its place.
+    /// up already jumps to its place; a docked one comes back beside its tab, if the
+    /// pointer is on that screen.
     void summon();
     /// The same, and gives it the keyboard.
     void summonWithFocus();
@@ -52,12 +59,24 @@ public:
 
     /// Whether it is up and meant to stay. A panel that is fading out is not:
     /// whoever asks wants to know whether it must be summoned.
-    bool isVisible() const { return m_shown; }
-    bool isDocked() const { return false; }
+    bool isVisible() const { return m_motion.isShown(); }
+    /// Whether only its tab is up.
+    bool isDocked() const { return m_docking.isDocked(); }
+
+    /// The tab outlives the panel. Without one the panel never docks.
+    void attachDock(DockTab &tab) { m_docking.attach(tab); }
+    /// Off until it is set. Turned off while docked, the panel comes back.
+    void setDockEnabled(bool enabled) { m_docking.setEnabled(enabled); }
+    /// Puts a panel that is up away to its tab, where docking is enabled.
+    void dock() { m_docking.dock(); }
+    // A menu of ours, in the tray too, is open: the panel counts as used meanwhile.
+    void menuOpened() { m_docking.menuOpened(); }
+    void menuClosed() { m_docking.menuClosed(); }
 
 private:
+    void connectWindow();
+    void connectDocking();
     std::optional<Screen> activeScreen() const;
-    std::optional<Screen> screenOf(const QRectF &frame) const;
     QPointF topRightOrigin() const;
     QPointF cursorOrigin() const;
     QPointF lastOrigin() const;
@@ -66,7 +85,6 @@ private:
     void restoreFrame();
     void storeFrame();
     void moveTo(const QPointF &origin);
-    void setAppearance(double opacity, double slide);
     bool routeKey(const KeyEvent &event);
 
     PanelWindow &m_window;
@@ -77,9 +95,7 @@ private:
     QuickLookController &m_ql;
     RowDrag m_rowDrag;
 
-    Animation m_animation;
-    bool m_shown = false;
-    double m_opacity = 1;
-    double m_slide = 0; // Points by which the contents stand below their place; above, if negative.
+    PanelMotion m_motion;
+    PanelDocking m_docking;
     Ticket m_pendingStore;
 };

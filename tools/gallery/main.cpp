@@ -1,19 +1,25 @@
 // Every state of the views over fakes, as pictures: gallery --shots DIR [--only PART]
+// Without a folder: a window with the hot key's recorder, to try it in.
 //
 // Each picture is made in light and dark at one and at two pixels a point. A
 // picture of the build before, kept in another folder, is what to compare with.
 
+#include "RecorderWindow.h"
+
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
+#include "panel/DockTab.h"
 #include "platform/Autostart.h"
 #include "platform/Icons.h"
+#include "platform/fake/FakeBookmarks.h"
 #include "platform/fake/FakeDragSession.h"
 #include "platform/fake/FakePreferences.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
 #include "store/QuickLookController.h"
 #include "store/ShelfStore.h"
+#include "views/DockTabView.h"
 #include "views/ShelfView.h"
 
 #include <QAbstractButton>
@@ -63,8 +69,8 @@ public:
     Stage(const QString &resources, Qt::LayoutDirection direction)
         : texts(Localizer::findBundle({ resources }).value_or(resources), {})
         , settings(m_preferences, m_autostart, texts, {})
-        , store(AppPaths(Directories { {}, m_home.path().toUtf8(), {}, {}, {} }), queue, m_workers,
-                m_sounds, texts)
+        , store(AppPaths(Directories { {}, m_home.path().toUtf8(), {}, {}, {}, {}, {} }), queue,
+                m_workers, m_bookmarks, m_sounds, texts)
         , view(store, settings, texts, m_ql, m_icons, m_session, queue, resources)
     {
         view.setLayoutDirection(direction);
@@ -129,6 +135,7 @@ private:
     QTemporaryDir m_home;
     FakePreferences m_preferences;
     GalleryAutostart m_autostart;
+    FakeBookmarks m_bookmarks;
     FakeSounds m_sounds;
     QuickLookController m_ql;
     GalleryIcons m_icons;
@@ -292,6 +299,47 @@ QImage picture(QWidget &view, const QPalette &palette, double ratio)
     return image;
 }
 
+/// The docked panel's tab against the sides of a desktop, with counts of every width.
+void shootTabs(Scheme scheme, const QString &resources, const QDir &folder)
+{
+    const QPalette palette = paletteOf(scheme);
+    QApplication::setPalette(palette);
+    Stage stage(resources, Qt::LeftToRight);
+    DockTabModel model;
+    DockTabView view(stage.store, model);
+    const QSize desktop(90, 216);
+    for (const int ratio : { 1, 2 }) {
+        QImage image(desktop * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(QColor(0x7d, 0x86, 0x94));
+        QPainter painter(&image);
+        int top = 9;
+        for (const int count : { 1, 24, 1234 }) {
+            stage.fill(QStringList(count, QStringLiteral("/home/ada/a.txt")));
+            for (const auto edge : { DockEdge::Left, DockEdge::Right }) {
+                model.edge.set(edge);
+                const int x = edge == DockEdge::Left ? 0 : desktop.width() - view.width();
+                view.render(&painter, QPoint(x, top), {}, QWidget::DrawChildren);
+            }
+            top += view.height() + 9;
+        }
+        painter.end();
+        const auto name
+            = QStringLiteral("tab-%1@%2x.png")
+                  .arg(scheme == Scheme::Light ? QStringLiteral("light") : QStringLiteral("dark"),
+                       QString::number(ratio));
+        if (!image.save(folder.filePath(name)))
+            qWarning("Cannot write %s", qPrintable(folder.filePath(name)));
+    }
+}
+
+void shootRecorder(Scheme scheme, const QString &resources, const QDir &folder)
+{
+    QApplication::setPalette(paletteOf(scheme));
+    RecorderWindow(resources).shoot(
+        folder.path(), scheme == Scheme::Light ? QStringLiteral("light") : QStringLiteral("dark"));
+}
+
 void shoot(const Shot &shot, Scheme scheme, const QString &resources, const QDir &folder)
 {
     QIcon::setThemeName(scheme == Scheme::Light ? QStringLiteral("breeze")
@@ -320,7 +368,8 @@ void shoot(const Shot &shot, Scheme scheme, const QString &resources, const QDir
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const bool isLive = argc == 1;
+    qputenv("QT_QPA_PLATFORM", isLive ? "xcb" : "offscreen");
     const QApplication application(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion"));
     QIcon::setThemeSearchPaths({ QStringLiteral("/usr/share/icons") });
@@ -331,13 +380,18 @@ int main(int argc, char **argv)
     options.addOption({ QStringLiteral("only"), QStringLiteral("Those whose name holds this."),
                         QStringLiteral("part") });
     options.process(application);
+    const QString resources
+        = QDir::cleanPath(QApplication::applicationDirPath() + QStringLiteral("/../share/vantle"));
+    if (isLive) {
+        RecorderWindow window(resources);
+        window.show();
+        return QApplication::exec();
+    }
     if (!options.isSet(QStringLiteral("shots")))
         options.showHelp(2);
 
     const QDir folder(options.value(QStringLiteral("shots")));
     folder.mkpath(QStringLiteral("."));
-    const QString resources
-        = QDir::cleanPath(QApplication::applicationDirPath() + QStringLiteral("/../share/vantle"));
     for (const auto &shots : { emptyShots(), listShots(), nameShots() }) {
         for (const auto &shot : shots) {
             if (!QLatin1String(shot.name).contains(options.value(QStringLiteral("only"))))
@@ -345,6 +399,14 @@ int main(int argc, char **argv)
             shoot(shot, Scheme::Light, resources, folder);
             shoot(shot, Scheme::Dark, resources, folder);
         }
+    }
+    if (QStringLiteral("tab").contains(options.value(QStringLiteral("only")))) {
+        shootTabs(Scheme::Light, resources, folder);
+        shootTabs(Scheme::Dark, resources, folder);
+    }
+    if (QStringLiteral("recorder").contains(options.value(QStringLiteral("only")))) {
+        shootRecorder(Scheme::Light, resources, folder);
+        shootRecorder(Scheme::Dark, resources, folder);
     }
     return 0;
 }

@@ -13,6 +13,8 @@ namespace {
 // From keysymdef.h, which comes with a library that nothing else here needs.
 constexpr std::array<xcb_keysym_t, 4> optionKeys { 0xffe9, 0xffea, 0xffe7, 0xffe8 }; // Alt, Meta.
 constexpr std::array<xcb_keysym_t, 2> controlKeys { 0xffeb, 0xffec }; // Super.
+constexpr std::array<xcb_keysym_t, 1> numLockKeys { 0xff7f };
+constexpr std::array<xcb_keysym_t, 1> scrollLockKeys { 0xff14 };
 
 struct FreeSymbols
 {
@@ -32,10 +34,11 @@ bool isAmong(xcb_key_symbols_t *symbols, xcb_keycode_t key, const Keys &keys)
 ModifierBits ModifierBits::read(xcb_connection_t *connection)
 {
     ModifierBits bits;
-    const Xcb::Owned<xcb_get_modifier_mapping_reply_t> map(
-        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
+    // The symbols' request goes out first, so that both are waited for together.
     const std::unique_ptr<xcb_key_symbols_t, FreeSymbols> symbols(
         xcb_key_symbols_alloc(connection));
+    const Xcb::Owned<xcb_get_modifier_mapping_reply_t> map(
+        xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
     if (!map || !symbols)
         return bits;
     const int width = map->keycodes_per_modifier;
@@ -43,10 +46,15 @@ ModifierBits ModifierBits::read(xcb_connection_t *connection)
     // From the last modifier to the first: of several with the same key the lowest counts.
     for (int modifier = XCB_MAP_INDEX_5; modifier >= XCB_MAP_INDEX_1; --modifier) {
         for (int key = modifier * width; key < (modifier + 1) * width; ++key) {
+            const auto bit = static_cast<uint16_t>(1U << modifier);
             if (isAmong(symbols.get(), keys[key], optionKeys))
-                bits.option = static_cast<uint16_t>(1U << modifier);
+                bits.option = bit;
             if (isAmong(symbols.get(), keys[key], controlKeys))
-                bits.control = static_cast<uint16_t>(1U << modifier);
+                bits.control = bit;
+            if (isAmong(symbols.get(), keys[key], numLockKeys))
+                bits.numLock = bit;
+            if (isAmong(symbols.get(), keys[key], scrollLockKeys))
+                bits.scrollLock = bit;
         }
     }
     return bits;
@@ -64,4 +72,18 @@ Modifiers ModifierBits::modifiers(uint16_t state) const
     if ((state & control) != 0)
         modifiers |= EventModifier::Control;
     return modifiers;
+}
+
+uint16_t ModifierBits::state(int hotKeyModifiers) const
+{
+    unsigned state = 0;
+    if ((hotKeyModifiers & HotKeyModifier::Shift) != 0)
+        state |= XCB_MOD_MASK_SHIFT;
+    if ((hotKeyModifiers & HotKeyModifier::Command) != 0)
+        state |= XCB_MOD_MASK_CONTROL;
+    if ((hotKeyModifiers & HotKeyModifier::Option) != 0)
+        state |= option;
+    if ((hotKeyModifiers & HotKeyModifier::Control) != 0)
+        state |= control;
+    return static_cast<uint16_t>(state);
 }

@@ -44,26 +44,52 @@ void appendStruts(const QList<quint32> &property, QList<Strut> &struts)
     }
 }
 
-/// Of all windows that the window manager knows. Waits for the X server.
+/// From now on the X server tells when a property of that window changes.
+void watchProperties(xcb_connection_t *connection, xcb_window_t window)
+{
+    if (Xcb::isOwn(connection, window))
+        return; // The toolkit's own choice stands.
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    const auto cookie
+        = xcb_change_window_attributes_checked(connection, window, XCB_CW_EVENT_MASK, &events);
+    xcb_discard_reply(connection, cookie.sequence); // It may have gone.
+}
+
+/// Of all windows that the window manager knows; panels, and whoever else has
+/// struts, are watched. Waits for the X server.
 QList<Strut> readStruts(xcb_connection_t *connection, xcb_window_t root)
 {
     Xcb::Atoms atoms(connection);
-    atoms.fetch({ "_NET_CLIENT_LIST", "_NET_WM_STRUT_PARTIAL", "_NET_WM_STRUT" });
+    atoms.fetch({ "_NET_CLIENT_LIST", "_NET_WM_STRUT_PARTIAL", "_NET_WM_STRUT",
+                  "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK" });
     const auto windows = Xcb::property32(connection, root, atoms("_NET_CLIENT_LIST"),
                                          XCB_ATOM_WINDOW, mostWindows);
-    const auto ask = [&](xcb_window_t window, const char *name, quint32 size) {
-        return xcb_get_property(connection, 0, window, atoms(name), XCB_ATOM_CARDINAL, 0, size);
+    const auto ask = [&](xcb_window_t window, const char *name, xcb_atom_t type, quint32 size) {
+        return xcb_get_property(connection, 0, window, atoms(name), type, 0, size);
     };
-    std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> asked;
+    struct Asked
+    {
+        xcb_window_t window;
+        xcb_get_property_cookie_t partial, whole, type;
+    };
+    std::vector<Asked> asked;
     for (const xcb_window_t window : windows)
-        asked.emplace_back(ask(window, "_NET_WM_STRUT_PARTIAL", 12),
-                           ask(window, "_NET_WM_STRUT", 4));
+        asked.push_back({ window, ask(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, 12),
+                          ask(window, "_NET_WM_STRUT", XCB_ATOM_CARDINAL, 4),
+                          ask(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, 8) });
     QList<Strut> struts;
-    for (const auto &[partialCookie, wholeCookie] : asked) {
-        const PropertyReply partial(xcb_get_property_reply(connection, partialCookie, nullptr));
-        const PropertyReply whole(xcb_get_property_reply(connection, wholeCookie, nullptr));
-        const auto newer = numbers(partial.get());
-        appendStruts(newer.isEmpty() ? numbers(whole.get()) : newer, struts);
+    for (const auto &each : asked) {
+        const auto answer = [&](xcb_get_property_cookie_t cookie) {
+            return numbers(
+                PropertyReply(xcb_get_property_reply(connection, cookie, nullptr)).get());
+        };
+        const auto partial = answer(each.partial);
+        const auto whole = answer(each.whole);
+        const auto types = answer(each.type);
+        appendStruts(partial.isEmpty() ? whole : partial, struts);
+        if (!partial.isEmpty() || !whole.isEmpty()
+            || types.contains(atoms("_NET_WM_WINDOW_TYPE_DOCK")))
+            watchProperties(connection, each.window);
     }
     return struts;
 }
@@ -134,17 +160,24 @@ QRect withoutStruts(const QRect &monitor, const QSize &root, const QList<Strut> 
 
 X11Screens::X11Screens()
 {
-    const auto forget = [this] { m_current.reset(); };
     QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &m_context,
-                     [this](const QScreen *screen) { watch(screen); });
-    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &m_context, forget);
-    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &m_context, forget);
+                     [this](const QScreen *screen) {
+                         watch(screen);
+                         forget();
+                     });
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &m_context, [this] { forget(); });
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &m_context,
+                     [this] { forget(); });
     for (const QScreen *screen : QGuiApplication::screens())
         watch(screen);
     if (auto *connection = Xcb::toolkitConnection()) {
-        m_clientList = Xcb::Atoms(connection)("_NET_CLIENT_LIST");
+        Xcb::Atoms atoms(connection);
+        m_clientList = atoms("_NET_CLIENT_LIST");
+        m_strut = atoms("_NET_WM_STRUT");
+        m_partialStrut = atoms("_NET_WM_STRUT_PARTIAL");
         qApp->installNativeEventFilter(this);
     }
+    m_told = current();
 }
 
 QList<Screen> X11Screens::all() const
@@ -159,23 +192,40 @@ std::optional<Screen> X11Screens::main() const
 }
 
 /// A panel between two monitors changes nothing in _NET_WORKAREA, which the
-/// toolkit follows; but it comes and goes as a window. The toolkit watches the
-/// root window's properties already.
+/// toolkit follows; but it comes and goes as a window, and says how much it takes.
+/// The toolkit watches the root window's properties already.
 bool X11Screens::nativeEventFilter(const QByteArray &, void *message, qintptr *)
 {
     const auto *event = static_cast<const xcb_generic_event_t *>(message);
-    if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY
-        && reinterpret_cast<const xcb_property_notify_event_t *>(event)->atom == m_clientList)
-        m_current.reset();
+    if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
+        return false;
+    const auto atom = reinterpret_cast<const xcb_property_notify_event_t *>(event)->atom;
+    if ((atom == m_clientList || atom == m_strut || atom == m_partialStrut)
+        && QGuiApplication::screens().size() > 1)
+        forget();
     return false;
 }
 
 void X11Screens::watch(const QScreen *screen)
 {
-    const auto forget = [this] { m_current.reset(); };
-    QObject::connect(screen, &QScreen::geometryChanged, &m_context, forget);
-    QObject::connect(screen, &QScreen::availableGeometryChanged, &m_context, forget);
-    forget();
+    QObject::connect(screen, &QScreen::geometryChanged, &m_context, [this] { forget(); });
+    QObject::connect(screen, &QScreen::availableGeometryChanged, &m_context, [this] { forget(); });
+}
+
+/// Changes come in crowds: they are told of when all of them have been heard.
+void X11Screens::forget()
+{
+    m_current.reset();
+    if (!std::exchange(m_telling, true))
+        QMetaObject::invokeMethod(
+            &m_context, [this] { tellChange(); }, Qt::QueuedConnection);
+}
+
+void X11Screens::tellChange()
+{
+    m_telling = false;
+    if (std::exchange(m_told, current()) != current() && onChanged)
+        onChanged();
 }
 
 const QList<Screen> &X11Screens::current() const

@@ -23,7 +23,8 @@ struct Strut
 QRect withoutStruts(const QRect &monitor, const QSize &root, const QList<Strut> &struts);
 
 /// The toolkit's screens. On several, its available geometry is of no use: it
-/// is what one rectangle for the whole desktop, _NET_WORKAREA, leaves of each.
+/// is what one rectangle for the whole desktop, _NET_WORKAREA, leaves of each. So
+/// there the struts of all windows are read, and those that have some are watched.
 class X11Screens final : public Screens, private QAbstractNativeEventFilter
 {
 public:
@@ -35,8 +36,15 @@ private:
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     void watch(const QScreen *screen);
     const QList<Screen> &current() const;
+    void forget();
+    void tellChange();
 
     mutable std::optional<QList<Screen>> m_current; // Until the desktop changes.
-    quint32 m_clientList = 0; // Atom.
+    QList<Screen> m_told; // As whoever listens knows it.
+    bool m_telling = false;
+    // Atoms.
+    quint32 m_clientList = 0;
+    quint32 m_strut = 0;
+    quint32 m_partialStrut = 0;
     QObject m_context; // Ends the connections to the toolkit with us.
 };
