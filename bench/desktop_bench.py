@@ -23,6 +23,8 @@ COPYQ = ["copyq"]
 STARTS = 15
 ENTRIES = 20  # On the shelf.
 DRAGS = 100
+PRESSES = 200
+HOT_KEY = 37, 64, 39  # Key codes of Ctrl, Alt and S.
 MOTION = 10, 1000  # Seconds, movements a second.
 IDLE = 60
 
@@ -138,6 +140,27 @@ def drag():
     yield ("First painting was the final picture", f"{int(sum(complete))} of {len(complete)}", "", None, "", None)
 
 
+def key():
+    """From the press of the hot key, another application having the keyboard and NumLock on; 20 files on the shelf."""
+    with virtual.Desktop() as desktop:
+        fill_shelf(desktop)
+        program = Program(desktop).start()
+        file = desktop.write(desktop.home / "notes.txt", "words")
+        editor = peers.Editor(desktop, "mousepad", file)
+        desktop.activate(editor.window)
+        desktop.keys("Num_Lock")
+        desktop.move(*editor.text_place)  # Off the panel, where a row would light up.
+        rows = bench(desktop, "hot_key_latency", panel_window(desktop, program.process.pid).id, PRESSES, *HOT_KEY)
+        assert desktop.active_window() == editor.window.id, "the panel took the keyboard"
+    mapped, painted, complete, gone = zip(*rows)
+    for name, values, limit in (("panel mapped", mapped, 50), ("first painted", painted, 50), ("panel gone", gone, None)):
+        cells = [f"{statistics.median(values):.1f}", *(f"{rank(values, share):.1f}" for share in (0.95, 0.99, 1))]
+        yield (f"Hot key pressed to {name} (ms), {len(values)} presses",
+               "median {}, 95th {}, 99th {}, largest {}; first press {:.1f}".format(*cells, values[0]), "", None,
+               f"99 of 100 < {limit}" if limit else "", rank(values, 0.99) < limit if limit else None)
+    yield ("First painting was the final picture", f"{int(sum(complete))} of {len(complete)}", "", None, "", None)
+
+
 def pointer():
     """Processor time and wake-ups while the pointer moves: with no button down, then during a drag over others'
     windows. At the border of a window the toolkit itself asks to be told; the bare program is told as well."""
@@ -215,7 +238,7 @@ def machine():
 
 
 def main():
-    figures = start, drag, pointer, idle
+    figures = start, drag, key, pointer, idle
     chosen = [f for f in figures if not sys.argv[2:] or f.__name__ in sys.argv[2:]]
     report = ["# Measured", "", machine()]
     print(report[-1])

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "base/FilePath.h"
 #include "platform/Autostart.h"
 #include "platform/DragSelection.h"
 #include "platform/DragSession.h"
@@ -10,13 +11,18 @@
 #include "platform/PointerMonitor.h"
 #include "platform/Preferences.h"
 #include "platform/Screens.h"
+#include "platform/Sounds.h"
 #include "platform/StatusItem.h"
+#include "platform/TabWindow.h"
+
+#include <QGuiApplication>
 
 #include <optional>
 
 namespace {
 
 constexpr double cleanupPeriod = 60; // Seconds.
+constexpr double locationPeriod = 3; // Seconds.
 constexpr double dropGrace = 0.4; // Seconds in which a drop may still land after the release.
 
 /// The modifier that a drag must hold down to summon; 0 where none is asked for.
@@ -50,10 +56,13 @@ std::optional<double> expiryAge(const QString &setting)
 AppDelegate::AppDelegate(const Desktop &desktop, Localizer &texts)
     : m_desktop(desktop)
     , m_texts(texts)
-    , m_store(AppPaths(desktop.directories), desktop.queue, desktop.workers, desktop.sounds, texts)
+    , m_store(AppPaths(desktop.directories), desktop.queue, desktop.workers, desktop.bookmarks,
+              desktop.sounds, texts)
     , m_settings(desktop.preferences, desktop.autostart, texts, desktop.directories.downloads)
     , m_monitor(desktop.pointer, desktop.dragSelection, desktop.frontApplication, desktop.screens,
                 desktop.queue)
+    , m_hotKey(desktop.hotKey)
+    , m_folderWatcher(desktop.folderEvents, desktop.queue, desktop.workers)
 {
 }
 
@@ -63,12 +72,15 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     connectPanel();
     connectStatusItem();
+    connectHotKey();
+    connectFolders();
     connectMonitor();
     connectSettings();
     m_monitor.start();
     runCleanup();
     m_cleanupTimer = m_desktop.queue.every(
         cleanupPeriod, [this] { runCleanup(); }, MainQueue::Precision::Coarse);
+    m_panel->onWillShow = [this] { watchLocations(); };
 }
 
 void AppDelegate::connectPanel()
@@ -84,6 +96,7 @@ void AppDelegate::connectPanel()
     m_panel->onKey = [this](const KeyEvent &event) { return handleKey(event); };
     m_panel->beginPress = [this] { m_store.pressedID.reset(); };
     m_panel->dragURLs = [this] { return m_store.dragURLs(); };
+    connectDock();
     m_panel->onDraggedOut = [this](const QList<QUrl> &urls) { draggedOut(urls); };
     m_view->onDraggedOut = m_panel->onDraggedOut;
     m_view->onClose = [this] { m_panel->hide(); };
@@ -93,12 +106,51 @@ void AppDelegate::connectPanel()
         = [this](const ItemProviders &providers) { m_view->handleDrop(providers); };
 }
 
+void AppDelegate::connectDock()
+{
+    m_dockTab = std::make_unique<DockTab>(m_desktop.tabWindow, m_desktop.queue);
+    m_dockTabView = std::make_unique<DockTabView>(m_store, m_dockTab->model);
+    m_desktop.tabWindow.setRootView(m_dockTabView.get());
+    m_panel->attachDock(*m_dockTab);
+    m_panel->canDock = [this] { return !m_store.items.value().isEmpty(); };
+    m_panel->hasModalWindow = [] { return QGuiApplication::modalWindow() != nullptr; };
+    m_popups.onOpened = [this] { m_panel->menuOpened(); };
+    m_popups.onClosed = [this] { m_panel->menuClosed(); };
+}
+
 void AppDelegate::connectStatusItem()
 {
     const QString image = m_desktop.resources + QStringLiteral("/icons/tray-full.svg");
     m_desktop.statusItem.setImage(QIcon(image), m_texts.text(QStringLiteral("app_name")));
     m_desktop.statusItem.onActivate = [this] { toggle(); };
     rebuildMenu();
+}
+
+void AppDelegate::connectHotKey()
+{
+    m_hotKey.onTrigger = [this] { toggle(); };
+    applyHotKey();
+}
+
+void AppDelegate::connectFolders()
+{
+    m_folderWatcher.onNewFiles = [this](const QList<QUrl> &urls) {
+        m_store.add(urls);
+        m_panel->summon();
+    };
+    whenSet(m_settings.watchedFolders, [this](const QStringList &paths) {
+        m_desktop.queue.post([this, paths] {
+            QList<QByteArray> folders;
+            for (const QString &path : paths)
+                folders.append(FilePath::standardized(path.toUtf8()));
+            m_folderWatcher.watch(folders);
+        });
+    });
+    // The label is announced last, and stored after that.
+    whenSet(
+        m_settings.hotKeyLabel,
+        [this](const QString &) { m_desktop.queue.post([this] { applyHotKey(); }); },
+        Deliver::ChangesOnly);
 }
 
 void AppDelegate::connectMonitor()
@@ -115,6 +167,12 @@ void AppDelegate::connectMonitor()
     });
     whenSet(m_settings.summonPosition,
             [this](const QString &mode) { m_panel->positionMode = mode; });
+    whenSet(m_settings.dockToEdge, [this](bool enabled) { m_panel->setDockEnabled(enabled); });
+    // A tab never stays for an empty shelf.
+    whenSet(m_store.items, [this](const QList<ShelfItem> &items) {
+        if (items.isEmpty() && m_panel->isDocked())
+            m_panel->hide();
+    });
 }
 
 void AppDelegate::connectSettings()
@@ -146,10 +204,36 @@ void AppDelegate::activate()
     m_panel->summonWithFocus();
 }
 
+/// The menu names the key whether the desktop took it or not.
+void AppDelegate::applyHotKey()
+{
+    if (!m_hotKey.registerHotKey(m_settings.hotKeyCode.value(), m_settings.hotKeyModifiers.value()))
+        m_desktop.sounds.play(Sound::Beep);
+    rebuildMenu();
+}
+
 void AppDelegate::runCleanup()
 {
     if (const auto age = expiryAge(m_settings.autoCleanup.value()))
         m_store.pruneExpired(*age);
+}
+
+/// Follows files for as long as the panel shows, also as its tab. The timer ends
+/// itself, so that nothing wakes up for a panel that is hidden.
+void AppDelegate::watchLocations()
+{
+    m_store.refreshLocationsInBackground();
+    if (m_locationTimer)
+        return;
+    m_locationTimer = m_desktop.queue.every(
+        locationPeriod,
+        [this] {
+            if (m_panel->isVisible() || m_panel->isDocked())
+                m_store.refreshLocationsInBackground();
+            else
+                m_locationTimer.reset();
+        },
+        MainQueue::Precision::Coarse);
 }
 
 void AppDelegate::handleDragStart()
@@ -157,6 +241,7 @@ void AppDelegate::handleDragStart()
     // A panel that is up stays as it is, and the drag must not change how it goes away.
     if (m_panel->isVisible() && !m_panel->isDocked())
         return;
+    m_restoreDock = m_panel->isDocked();
     m_dropBaseline = m_store.items.value().size();
     m_autoShown = true;
     m_panel->summon();
@@ -174,8 +259,12 @@ void AppDelegate::handleDragEnd()
 
 void AppDelegate::finishDrag(qsizetype baseline)
 {
-    if (m_autoShown && m_store.items.value().size() == baseline)
-        m_panel->hide();
+    if (m_autoShown && m_store.items.value().size() == baseline) {
+        if (m_restoreDock)
+            m_panel->dock();
+        else
+            m_panel->hide();
+    }
     m_autoShown = false;
 }
 

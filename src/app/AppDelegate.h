@@ -3,11 +3,16 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
+#include "panel/DockTab.h"
+#include "panel/FolderWatcher.h"
+#include "panel/HotKeyCenter.h"
 #include "panel/ShelfPanel.h"
 #include "panel/SummonMonitor.h"
 #include "platform/KeyEvent.h"
 #include "store/QuickLookController.h"
 #include "store/ShelfStore.h"
+#include "views/DockTabView.h"
+#include "views/PopupWatch.h"
 #include "views/ShelfView.h"
 
 #include <deque>
@@ -15,11 +20,16 @@
 #include <memory>
 #include <vector>
 
+class Applications;
 class Autostart;
+class Bookmarks;
+class Clipboard;
 class DragSelection;
 class DragSession;
 class DropTarget;
+class FolderEvents;
 class FrontApplication;
+class HotKey;
 class Icons;
 class PanelWindow;
 class PointerMonitor;
@@ -27,6 +37,7 @@ class Preferences;
 class Screens;
 class Sounds;
 class StatusItem;
+class TabWindow;
 class Workers;
 
 /// What the desktop does for the program. All of it outlives the delegate.
@@ -34,6 +45,7 @@ struct Desktop
 {
     MainQueue &queue;
     Workers &workers;
+    Bookmarks &bookmarks;
     Sounds &sounds;
     Preferences &preferences;
     Autostart &autostart;
@@ -41,13 +53,18 @@ struct Desktop
     PointerMonitor &pointer;
     DragSelection &dragSelection;
     FrontApplication &frontApplication;
+    HotKey &hotKey;
     Icons &icons;
     PanelWindow &panelWindow;
+    TabWindow &tabWindow;
     DropTarget &dropTarget;
     DragSession &dragSession;
     StatusItem &statusItem;
     Directories directories;
     QString resources; // The folder with icons, sounds and texts.
+    Clipboard &clipboard;
+    Applications &applications;
+    FolderEvents &folderEvents;
 };
 
 /// Owns every long-lived part and connects them. No part knows another except
@@ -69,22 +86,39 @@ public:
     /// A second start of the program, or the desktop's request: the panel comes
     /// up and takes the keyboard.
     void activate();
+    /// Puts files and web addresses on the shelf and summons the panel.
+    void openUrls(const QList<QUrl> &urls);
+    /// The same with text, where there is neither; false, and nothing happens, if
+    /// there is nothing to add.
+    bool addToShelf(const QList<QUrl> &urls, const QString &text);
+    /// "toggle", "paste", "new-shelf", "quit".
+    void performAction(const QString &name);
 
     std::function<void()> onQuit;
 
 private:
     void connectPanel();
+    void connectDock();
     void connectStatusItem();
+    void connectHotKey();
+    void connectFolders();
     void connectMonitor();
     void connectSettings();
     void rebuildMenu();
+    void applyHotKey();
     void runCleanup();
+    void watchLocations();
     void handleDragStart();
     void handleDragEnd();
     void finishDrag(qsizetype baseline);
     void draggedOut(const QList<QUrl> &urls);
     bool handleKey(const KeyEvent &event);
     bool handleCommandKey(const KeyEvent &event);
+    bool switchToShelf(qsizetype index);
+    bool openSelection();
+    bool copySelection();
+    bool pasteIntoShelf();
+    bool addUrls(const QList<QUrl> &urls);
 
     template<typename T>
     void whenSet(Observable<T> &property, typename Observable<T>::Handler handler,
@@ -99,12 +133,21 @@ private:
     AppSettings m_settings;
     QuickLookController m_ql;
     std::unique_ptr<ShelfView> m_view; // Before the panel: the panel shows it.
+    std::unique_ptr<DockTab> m_dockTab; // Before the panel, too.
+    std::unique_ptr<DockTabView> m_dockTabView;
     std::unique_ptr<ShelfPanel> m_panel;
+    PopupWatch m_popups;
     SummonMonitor m_monitor;
+    HotKeyCenter m_hotKey;
+    FolderWatcher m_folderWatcher;
     std::vector<Ticket> m_subscriptions;
     Ticket m_cleanupTimer;
+    Ticket m_locationTimer; // Runs while the panel is up.
 
     bool m_autoShown = false; // The panel is up only because a drag summoned it.
     qsizetype m_dropBaseline = 0; // Entries on the shelf when that drag began.
+    bool m_restoreDock = false; // The panel was docked when that drag began.
     std::deque<Ticket> m_pendingEnds; // Drag ends whose 0.4 seconds run, oldest first.
+    // Results that come back later ask it first.
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

@@ -1,10 +1,14 @@
 #include "app/AppDelegate.h"
 
+#include "fileops/FileOps.h"
+
 namespace {
 
 // Virtual key codes: physical keys, whatever the layout.
+constexpr int keyReturn = 36;
 constexpr int keyDelete = 51; // The one that deletes backwards.
 constexpr int keyEscape = 53;
+constexpr int keyEnter = 76; // On the keypad.
 constexpr int keyForwardDelete = 117;
 constexpr int keyDown = 125;
 constexpr int keyUp = 126;
@@ -27,6 +31,9 @@ bool AppDelegate::handleKey(const KeyEvent &event)
     case keyUp:
         m_store.moveSelection(-1, extend);
         return true;
+    case keyReturn:
+    case keyEnter:
+        return openSelection();
     case keyEscape:
         if (anySelected)
             m_store.deselectAll();
@@ -45,11 +52,44 @@ bool AppDelegate::handleKey(const KeyEvent &event)
 
 bool AppDelegate::handleCommandKey(const KeyEvent &event)
 {
-    if (event.characters == QLatin1String("a")) {
+    if (event.characters.size() != 1)
+        return false;
+    const char16_t key = event.characters.at(0).unicode();
+    switch (key) {
+    case u'a':
         m_store.selectAll();
         return true;
-    }
-    if (event.characters == QLatin1String("z"))
+    case u'z':
         return (event.modifiers & EventModifier::Shift) == 0 && m_store.undoRemove();
-    return false;
+    case u'c':
+        return copySelection();
+    case u'v':
+        return pasteIntoShelf();
+    case u't':
+        m_store.newShelf();
+        return true;
+    case u'o':
+        return openSelection();
+    default:
+        return key >= u'1' && key <= u'9' && switchToShelf(key - u'1');
+    }
+}
+
+bool AppDelegate::openSelection()
+{
+    QList<QUrl> urls;
+    for (const ShelfItem &item : m_store.selectedItems())
+        urls.append(item.url);
+    if (urls.isEmpty())
+        return false;
+    FileOps::open(urls, m_desktop.applications, m_desktop.workers);
+    return true;
+}
+
+bool AppDelegate::switchToShelf(qsizetype index)
+{
+    if (index >= m_store.shelves.value().size())
+        return false;
+    m_store.switchToIndex(index);
+    return true;
 }

@@ -2,8 +2,13 @@
 #include "base/QtMainQueue.h"
 #include "base/ThreadWorkers.h"
 #include "platform/linux/ApplicationResolver.h"
+#include "platform/linux/ApplicationService.h"
+#include "platform/linux/ArgumentUrls.h"
 #include "platform/linux/CanberraSounds.h"
+#include "platform/linux/GioApplications.h"
+#include "platform/linux/InotifyFolders.h"
 #include "platform/linux/JsonPreferences.h"
+#include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/SystemLanguages.h"
 #include "platform/linux/ThemeIcons.h"
@@ -11,21 +16,27 @@
 #include "platform/linux/XdgAutostart.h"
 #include "platform/linux/XdgDirectories.h"
 #include "platform/linux/x11/WatchConnection.h"
+#include "platform/linux/x11/X11Clipboard.h"
 #include "platform/linux/x11/X11DragSelection.h"
 #include "platform/linux/x11/X11DragSession.h"
 #include "platform/linux/x11/X11FrontApplication.h"
+#include "platform/linux/x11/X11HotKey.h"
 #include "platform/linux/x11/X11PanelWindow.h"
 #include "platform/linux/x11/X11PointerMonitor.h"
 #include "platform/linux/x11/X11Screens.h"
+#include "platform/linux/x11/X11TabWindow.h"
+#include "platform/linux/x11/X11Time.h"
 #include "platform/linux/x11/Xcb.h"
 #include "platform/linux/x11/XdndTarget.h"
 #include "store/LegacyMigration.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFile>
 #include <QImageReader>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -48,9 +59,12 @@ struct X11Desktop
         , resolver(QStringLiteral("/proc"),
                    QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
         , front(watch, resolver)
+        , hotKey(watch)
         , panelWindow(queue)
+        , tabWindow(queue)
         , dropTarget(queue)
         , dragSession(panelWindow, queue, workers)
+        , clipboard(queue, workers)
         , statusItem(queue)
     {
         dropTarget.attach(panelWindow.winId());
@@ -64,14 +78,18 @@ struct X11Desktop
     X11DragSelection dragSelection;
     ApplicationResolver resolver;
     X11FrontApplication front;
+    X11HotKey hotKey;
     X11Screens screens;
     X11PanelWindow panelWindow;
+    X11TabWindow tabWindow;
     XdndTarget dropTarget;
     X11DragSession dragSession;
+    X11Clipboard clipboard;
     TrayItem statusItem;
 };
 
-int run(QApplication &application, const Directories &directories, SingleInstance &instance)
+int run(QApplication &application, const Directories &directories, SingleInstance &instance,
+        const QList<QUrl> &files)
 {
     const QStringList places = resourcePlaces();
     const auto bundle = Localizer::findBundle(places);
@@ -80,6 +98,10 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     const QString resources = *bundle + QStringLiteral("/..");
 
     QtMainQueue queue;
+    // Work may run to the last moment: what it uses stands before the workers.
+    LinuxBookmarks bookmarks(LinuxBookmarks::placesOf(directories));
+    GioApplications applications(X11Time::now);
+    InotifyFolders folderEvents(queue);
     ThreadWorkers workers;
     JsonPreferences preferences(directories.config);
     LegacyMigration::runIfNeeded(preferences, JsonPreferences::predecessor(directories.config),
@@ -90,13 +112,27 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     ThemeIcons icons(resources + QStringLiteral("/icons"));
     X11Desktop x11(queue, workers);
 
-    AppDelegate delegate({ queue, workers, sounds, preferences, autostart, x11.screens, x11.pointer,
-                           x11.dragSelection, x11.front, icons, x11.panelWindow, x11.dropTarget,
-                           x11.dragSession, x11.statusItem, directories, resources },
+    AppDelegate delegate({ queue,           workers,        bookmarks,
+                           sounds,          preferences,    autostart,
+                           x11.screens,     x11.pointer,    x11.dragSelection,
+                           x11.front,       x11.hotKey,     icons,
+                           x11.panelWindow, x11.tabWindow,  x11.dropTarget,
+                           x11.dragSession, x11.statusItem, directories,
+                           resources,       x11.clipboard,  applications,
+                           folderEvents },
                          texts);
-    delegate.onQuit = [] { QCoreApplication::quit(); };
+    // quit() would ask the windows first, and the panel refuses to close.
+    delegate.onQuit = [] { QCoreApplication::exit(); };
     delegate.applicationDidFinishLaunching();
-    instance.deliverTo([&delegate] { delegate.activate(); });
+    instance.deliverTo({
+        .activate = [&delegate] { delegate.activate(); },
+        .open = [&delegate](const QList<QUrl> &urls) { delegate.openUrls(urls); },
+        .perform = [&delegate](const QString &action) { delegate.performAction(action); },
+        .addToShelf = [&delegate](const QList<QUrl> &urls,
+                                  const QString &text) { return delegate.addToShelf(urls, text); },
+    });
+    if (!files.isEmpty())
+        delegate.openUrls(files);
     return application.exec();
 }
 
@@ -106,9 +142,12 @@ int main(int argc, char **argv)
 {
     // Under Wayland the panel can neither see drags begin nor choose its place, so the program
     // goes through XWayland there.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    const bool isChosen = !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    if (!isChosen)
         qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication application(argc, argv);
+    if (!isChosen)
+        qunsetenv("QT_QPA_PLATFORM"); // What is started from here chooses for itself.
     QApplication::setApplicationName(QStringLiteral("Vantle"));
     QApplication::setApplicationVersion(QStringLiteral(VANTLE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("app.vantleapp.Vantle"));
@@ -121,9 +160,12 @@ int main(int argc, char **argv)
     }
     const Directories directories = XdgDirectories::fromEnvironment();
     SingleInstance instance(directories.state);
-    switch (instance.acquire()) {
+    // The toolkit has taken its own arguments out by now.
+    const auto files = argumentUrls(QByteArrayList(argv + std::min(argc, 1), argv + argc),
+                                    QFile::encodeName(QDir::currentPath()));
+    switch (instance.acquire(files)) {
     case SingleInstance::Result::First:
-        return run(application, directories, instance);
+        return run(application, directories, instance, files);
     case SingleInstance::Result::HandedOver:
         return 0;
     case SingleInstance::Result::HeldElsewhere:

@@ -29,6 +29,16 @@ QList<QUrl> DroppedFiles::inOrder() const
     return urls;
 }
 
+QString offeredName(const QStringList &offered, const QMimeType &type)
+{
+    const QMimeDatabase types;
+    for (const QString &name : offered) {
+        if (types.mimeTypeForName(name) == type)
+            return name;
+    }
+    return type.name();
+}
+
 namespace {
 
 /// Calls its notification when everybody who entered has left. Whoever makes it
@@ -110,18 +120,6 @@ void Drop::takeFile(ItemProvider &provider, int index, const std::shared_ptr<Gro
             self->m_files.add(*url, index);
         group->leave();
     });
-}
-
-/// The name under which the source offers a type: the type database knows most
-/// types by several names.
-QString offeredName(const QStringList &offered, const QMimeType &type)
-{
-    const QMimeDatabase types;
-    for (const QString &name : offered) {
-        if (types.mimeTypeForName(name) == type)
-            return name;
-    }
-    return type.name();
 }
 
 void Drop::takeImage(ItemProvider &provider, const QMimeType &type)

@@ -4,6 +4,8 @@
 #include "platform/DropTarget.h"
 
 #include <QList>
+#include <QMimeType>
+#include <QStringList>
 #include <QUrl>
 
 #include <memory>
@@ -26,6 +28,10 @@ private:
     mutable std::mutex m_lock;
     std::vector<std::pair<int, QUrl>> m_found;
 };
+
+/// The name under which an object offers a type: the type database knows most
+/// types by several names.
+QString offeredName(const QStringList &offered, const QMimeType &type);
 
 /// Turns each dropped object into one addition to the current shelf: a file, else
 /// image data, else text, else an address as text. The files are added together,

@@ -1,136 +1,6 @@
-#include "app/AppDelegate.h"
-
-#include "platform/Autostart.h"
-#include "platform/DropTarget.h"
-#include "platform/StatusItem.h"
-#include "platform/fake/FakeDragSelection.h"
-#include "platform/fake/FakeDragSession.h"
-#include "platform/fake/FakeFrontApplication.h"
-#include "platform/fake/FakeIcons.h"
-#include "platform/fake/FakePanelWindow.h"
-#include "platform/fake/FakePointerMonitor.h"
-#include "platform/fake/FakePreferences.h"
-#include "platform/fake/FakeScreens.h"
-#include "platform/fake/FakeSounds.h"
-#include "platform/fake/VirtualQueue.h"
-#include "store/AppPaths.h"
-
-#include <QFile>
-#include <QJsonObject>
-#include <QTemporaryDir>
+#include "app/ApplicationWorld.h"
 
 #include <gtest/gtest.h>
-
-namespace {
-
-class NoAutostart final : public Autostart
-{
-public:
-    bool enabled() const override { return false; }
-    std::optional<QString> setEnabled(bool) override { return {}; }
-};
-
-FakePreferences withValues(const QJsonObject &values)
-{
-    FakePreferences preferences;
-    preferences.object = values;
-    return preferences;
-}
-
-class MenuOnly final : public StatusItem
-{
-public:
-    void setImage(const QIcon &, const QString &) override { }
-    void setMenu(const QList<MenuEntry> &next) override { entries = next; }
-    QList<MenuEntry> entries;
-};
-
-/// The whole program over a desktop that a test moves.
-class Application
-{
-public:
-    explicit Application(const QJsonObject &stored = {})
-        : preferences(withValues(stored))
-    {
-        pointer.at = QPointF(400, 400);
-        delegate.applicationDidFinishLaunching();
-        queue.settle();
-    }
-
-    bool isUp() const { return window.visible && window.opacity > 0; }
-    void beginFileDrag()
-    {
-        pointer.press({ 400, 400 });
-        selection.announce();
-        selection.answer(true);
-        pointer.drag({ 410, 400 });
-        queue.settle();
-    }
-    void endDrag()
-    {
-        pointer.release();
-        queue.settle();
-    }
-    /// A drop of another program's text.
-    void drop(const char *text)
-    {
-        class Provider final : public ItemProvider
-        {
-        public:
-            explicit Provider(const char *text)
-                : m_text(QString::fromUtf8(text))
-            {
-            }
-            QStringList registeredTypes() const override { return {}; }
-            bool hasFileUrl() const override { return false; }
-            bool hasText() const override { return true; }
-            bool hasUrl() const override { return false; }
-            void loadUrl(std::function<void(std::optional<QUrl>)> done) override { done({}); }
-            void loadText(std::function<void(std::optional<QString>)> done) override
-            {
-                done(m_text);
-            }
-            void loadData(const QString &,
-                          std::function<void(std::optional<QByteArray>)> done) override
-            {
-                done({});
-            }
-
-        private:
-            QString m_text;
-        };
-        dropTarget.onDrop({ std::make_shared<Provider>(text) });
-        queue.settle();
-    }
-    bool press(int keyCode, Modifiers modifiers = 0, const char *characters = "")
-    {
-        return window.onKey({ keyCode, modifiers, QString::fromLatin1(characters) });
-    }
-
-    QTemporaryDir folder;
-    VirtualQueue queue;
-    VirtualWorkers workers { queue };
-    FakeSounds sounds;
-    FakePreferences preferences;
-    NoAutostart autostart;
-    FakeScreens screens;
-    FakePointerMonitor pointer;
-    FakeDragSelection selection;
-    FakeFrontApplication front;
-    FakeIcons icons;
-    FakePanelWindow window;
-    DropTarget dropTarget;
-    FakeDragSession session;
-    MenuOnly status;
-    QString resources = QStringLiteral(VANTLE_SOURCE_DIR "/src/resources");
-    Localizer texts { resources + QStringLiteral("/Vantle_Vantle.bundle"), {} };
-    AppDelegate delegate { { queue, workers, sounds, preferences, autostart, screens, pointer,
-                             selection, front, icons, window, dropTarget, session, status,
-                             Directories { {}, folder.path().toUtf8(), {}, {}, {} }, resources },
-                           texts };
-};
-
-}
 
 TEST(AppDelegateTest, APanelThatADragSummonedGoesIfNothingWasDropped)
 {
@@ -214,5 +84,82 @@ TEST(AppDelegateTest, WhatIsOlderThanTheSettingGoesWithTheNextCleanup)
         EXPECT_TRUE(isSaved());
         app.queue.advance(61);
         EXPECT_EQ(isSaved(), QLatin1String(age) == QLatin1String("off"));
+    }
+}
+
+TEST(AppDelegateTest, FilesAreFollowedWhileThePanelIsUp)
+{
+    Application app({ { QStringLiteral("dockToEdge"), false } });
+    app.drop("a note");
+    app.queue.advance(100);
+    EXPECT_EQ(app.bookmarks.checks, 0);
+    for (int round = 1; round <= 2; ++round) {
+        app.bookmarks.checks = 0;
+        app.delegate.toggle();
+        app.queue.settle();
+        EXPECT_EQ(app.bookmarks.checks, 1);
+        app.queue.advance(9.1);
+        EXPECT_EQ(app.bookmarks.checks, 4);
+        app.delegate.toggle();
+        app.queue.advance(100);
+        EXPECT_EQ(app.bookmarks.checks, 4);
+    }
+}
+
+TEST(AppDelegateTest, ADragThatFoundThePanelDockedPutsItBackUnlessSomethingWasDropped)
+{
+    for (const bool dropped : { false, true }) {
+        SCOPED_TRACE(dropped);
+        Application app;
+        app.drop("first");
+        app.delegate.toggle();
+        app.queue.advance(5);
+        EXPECT_FALSE(app.window.visible);
+        EXPECT_TRUE(app.tab.visible);
+        app.beginFileDrag();
+        EXPECT_TRUE(app.window.visible);
+        if (dropped)
+            app.drop("second");
+        app.endDrag();
+        app.queue.advance(0.8);
+        EXPECT_EQ(app.window.visible, dropped);
+        EXPECT_EQ(app.tab.visible, !dropped);
+    }
+}
+
+TEST(AppDelegateTest, ATabDoesNotStayForAnEmptyShelf)
+{
+    Application app({ { QStringLiteral("autoCleanup"), QStringLiteral("1h") } });
+    app.drop("soon old");
+    app.delegate.toggle();
+    app.queue.advance(5);
+    EXPECT_TRUE(app.tab.visible);
+    app.queue.advance(3700);
+    EXPECT_FALSE(app.tab.visible);
+    EXPECT_FALSE(app.window.visible);
+    app.delegate.toggle();
+    app.queue.advance(60);
+    EXPECT_TRUE(app.isUp());
+}
+
+TEST(AppDelegateTest, TheHotKeyTogglesUnlessItIsSomebodyElses)
+{
+    constexpr int space = 49;
+    constexpr int controlOption = HotKeyModifier::Control | HotKeyModifier::Option;
+    const QJsonObject stored { { QStringLiteral("hotKeyCode"), space },
+                               { QStringLiteral("hotKeyModifiers"), controlOption } };
+    for (const bool taken : { false, true }) {
+        SCOPED_TRACE(taken);
+        Application app(stored,
+                        taken ? QSet<FakeHotKey::Combination> { { space, controlOption } }
+                              : QSet<FakeHotKey::Combination>());
+        EXPECT_EQ(app.sounds.played.size(), taken ? 1 : 0);
+        EXPECT_TRUE(app.status.entries.first().title.contains(QLatin1String("Super+Alt+Space")));
+        app.hotKey.press(space, controlOption);
+        app.queue.advance(1);
+        EXPECT_EQ(app.isUp(), !taken);
+        app.hotKey.press(space, controlOption);
+        app.queue.advance(1);
+        EXPECT_FALSE(app.isUp());
     }
 }

@@ -42,10 +42,17 @@ class Program:
                                    "NameHasOwner", GLib.Variant("(s)", (BUS_NAME,)), None, 0, 5000)
         return reply.unpack()[0]
 
+    @property
+    def preferences(self):
+        return self.desktop.config_home / "Vantle/preferences.json"
+
     def prefer(self, **values):
-        self.desktop.write(self.desktop.config_home / "Vantle/preferences.json", json.dumps(values))
+        """The panel stays where it is, unless a test wants it to dock."""
+        self.desktop.write(self.preferences, json.dumps({"dockToEdge": False} | values))
 
     def start(self, **environment):
+        if not self.preferences.exists():
+            self.prefer()
         self.process = self.desktop.start("vantle", self.binary, environment=environment)
         wait_for(lambda: self.process.poll() is not None or self.is_named(), what="the program's bus name")
         self.assert_alive()

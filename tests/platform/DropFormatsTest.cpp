@@ -196,3 +196,32 @@ TEST(DragFormatsTest, TextIsOfferedForLinksAndAListForFiles)
     for (const auto &format : DragFormats::formatsFor({ link, link }))
         EXPECT_NE(format.type, u"text/uri-list"_s);
 }
+
+TEST(DragFormatsTest, TheClipboardHoldsFilesForFileManagersAndLinesForEditors)
+{
+    const auto formats = [](const QList<QUrl> &urls) {
+        QHash<QString, QByteArray> byType;
+        for (const auto &[type, data] : DragFormats::clipboardFormatsFor(urls))
+            byType.insert(type, data);
+        return byType;
+    };
+    const QUrl file = FilePath::toUrl("/a b/n\xE4me");
+    const QUrl folder = FilePath::toUrl("/c", FilePath::Kind::Directory);
+    const QUrl link(u"https://example.org/\u00FC"_s);
+
+    const auto mixed = formats({ file, link, folder });
+    EXPECT_EQ(mixed[u"x-special/gnome-copied-files"_s], "copy\nfile:///a%20b/n%E4me\nfile:///c");
+    EXPECT_EQ(mixed[u"text/uri-list"_s], "file:///a%20b/n%E4me\r\nfile:///c\r\n");
+    EXPECT_EQ(mixed[u"application/x-kde-cutselection"_s], "0");
+    EXPECT_EQ(mixed[u"text/plain"_s], "/a b/n\xEF\xBF\xBDme\nhttps://example.org/%C3%BC\n/c");
+    // What is read back is what was written.
+    EXPECT_EQ(DropFormats::urls(mixed[u"x-special/gnome-copied-files"_s]),
+              DropFormats::urls(mixed[u"text/uri-list"_s]));
+
+    const auto linkAlone = formats({ link });
+    EXPECT_EQ(linkAlone[u"text/plain"_s], "https://example.org/%C3%BC");
+    EXPECT_EQ(DropFormats::url(u"text/x-moz-url"_s, linkAlone[u"text/x-moz-url"_s]),
+              std::optional(QUrl::fromEncoded("https://example.org/%C3%BC")));
+    for (const auto &type : { u"text/uri-list"_s, u"x-special/gnome-copied-files"_s })
+        EXPECT_FALSE(linkAlone.contains(type));
+}

@@ -1,8 +1,12 @@
 #include "platform/linux/SingleInstance.h"
 
+#include "platform/linux/ApplicationService.h"
+#include "platform/linux/ArgumentUrls.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -86,7 +90,8 @@ TEST(SingleInstanceTest, TheSecondStartAsksTheFirstToComeUp)
     EXPECT_EQ(elsewhere(start), Result::HandedOver);
     EXPECT_EQ(elsewhere(start), Result::HandedOver);
     int activated = 0;
-    first.deliverTo([&] { ++activated; });
+    first.deliverTo(
+        { .activate = [&] { ++activated; }, .open = {}, .perform = {}, .addToShelf = {} });
     EXPECT_EQ(activated, 1);
     EXPECT_EQ(elsewhere(start), Result::HandedOver);
     EXPECT_EQ(activated, 2);
@@ -98,21 +103,116 @@ TEST(SingleInstanceTest, TheSecondStartAsksTheFirstToComeUp)
     EXPECT_EQ(activated, 3);
 }
 
-TEST(SingleInstanceTest, WhatIsNotServedIsAnsweredWithAnError)
+TEST(SingleInstanceTest, RequestsThatComeTooEarlyAreAnsweredInTheirOrder)
 {
     const QTemporaryDir state;
     Bus bus;
     SingleInstance first(state.path().toUtf8(), bus.connection("first"));
     ASSERT_EQ(first.acquire(), Result::First);
-    const QDBusConnection client(bus.connection("client"));
-    const auto reply = elsewhere([&] {
-        auto message = QDBusMessage::createMethodCall(
-            QStringLiteral("app.vantleapp.Vantle"), QStringLiteral("/app/vantleapp/Vantle"),
-            QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
-        message << QStringList() << QVariantMap();
-        return client.call(message, QDBus::Block, 2000);
-    });
-    EXPECT_EQ(reply.errorName(), QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"));
+    const QString second = bus.connection("second");
+    QDBusConnection client(second);
+    const auto message = [](const char *interface, const char *method, const QVariantList &values) {
+        auto call = QDBusMessage::createMethodCall(QStringLiteral("app.vantleapp.Vantle"),
+                                                   QStringLiteral("/app/vantleapp/Vantle"),
+                                                   QLatin1String(interface), QLatin1String(method));
+        call.setArguments(values);
+        return call;
+    };
+    constexpr char standard[] = "org.freedesktop.Application";
+    constexpr char own[] = "app.vantleapp.Vantle";
+
+    const QList<QUrl> given { QUrl(QStringLiteral("file:///n%E4me")),
+                              QUrl(QStringLiteral("file:///b")) };
+    EXPECT_EQ(
+        elsewhere([&] { return SingleInstance(state.path().toUtf8(), second).acquire(given); }),
+        Result::HandedOver);
+    auto early
+        = client.asyncCall(message(own, "AddToShelf", { QStringList(), QStringLiteral("a") }));
+    client.send(message(standard, "ActivateAction",
+                        { QStringLiteral("toggle"), QVariantList(), QVariantMap() }));
+    QStringList log;
+    const auto requests = [&log] {
+        return ServiceRequests {
+            .activate = [&log] { log += QStringLiteral("activate"); },
+            .open =
+                [&log](const QList<QUrl> &urls) {
+                    for (const QUrl &url : urls)
+                        log += QString::fromLatin1(url.toEncoded());
+                },
+            .perform = [&log](const QString &action) { log += action; },
+            .addToShelf =
+                [&log](const QList<QUrl> &urls, const QString &text) {
+                    log += QString::number(urls.size()) + text;
+                    return !text.isEmpty();
+                },
+        };
+    };
+    for (int round = 0; round < 20; ++round)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    EXPECT_FALSE(early.isFinished());
+    first.deliverTo(requests());
+    EXPECT_EQ(log,
+              (QStringList { QStringLiteral("file:///n%E4me"), QStringLiteral("file:///b"),
+                             QStringLiteral("0a"), QStringLiteral("toggle") }));
+    elsewhere([&] { return early.waitForFinished(), true; });
+    EXPECT_EQ(early.reply().arguments(), QVariantList { true });
+
+    // Hostile arguments: nothing of them arrives, and the caller learns of the rest.
+    struct Case
+    {
+        const char *interface, *method;
+        QVariantList arguments;
+        const char *answer; // The signature of what comes back, or the error.
+        QString logged;
+    };
+    constexpr char unknown[] = "org.freedesktop.DBus.Error.UnknownMethod";
+    const QStringList odd { QString(), QStringLiteral("file://elsewhere/a"), QStringLiteral("::"),
+                            QStringLiteral("file:///a%00b"), QString(100000, u'/') };
+    const Case cases[] = {
+        { own, "AddToShelf", { odd, QString() }, "b", QStringLiteral("0") },
+        { own, "AddToShelf", { QStringLiteral("a"), QString() }, unknown, {} },
+        { standard, "Open", { odd, QVariantMap() }, "", {} },
+        { standard, "Open", { odd }, unknown, {} },
+        { standard, "Close", {}, unknown, {} },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.method);
+        log.clear();
+        const auto reply = elsewhere([&] {
+            return client.call(message(c.interface, c.method, c.arguments), QDBus::Block, 2000);
+        });
+        const QString answer
+            = reply.type() == QDBusMessage::ErrorMessage ? reply.errorName() : reply.signature();
+        EXPECT_EQ(answer.toStdString(), c.answer);
+        EXPECT_EQ(log.join(u' '), c.logged);
+    }
+}
+
+TEST(ArgumentUrlsTest, PathsAndAddressesAreTold)
+{
+    struct Case
+    {
+        const char *what;
+        QByteArrayList arguments;
+        QByteArrayList urls;
+    };
+    const Case cases[] = {
+        { "paths",
+          { "a", "/b/../c", "n\xE4me" },
+          { "file:///d/a", "file:///c", "file:///d/n%E4me" } },
+        { "addresses",
+          { "file:///a%20b", "https://x.org/" },
+          { "file:///a%20b", "https://x.org/" } },
+        { "options", { "-x", "--gapplication-service", "", "--", "-x" }, { "file:///d/-x" } },
+        { "a colon in a name", { "a:b" }, { "file:///d/a:b" } },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        QByteArrayList urls;
+        for (const QUrl &url : argumentUrls(c.arguments, "/d"))
+            urls.append(url.toEncoded());
+        EXPECT_EQ(urls, c.urls);
+    }
 }
 
 TEST(SingleInstanceTest, WithoutABusTheLockDecidesAndGoesWithItsProcess)

@@ -1,5 +1,6 @@
 #include "platform/linux/DragFormats.h"
 
+#include "base/FilePath.h"
 #include "platform/linux/DropFormats.h"
 
 #include <QStringConverter>
@@ -23,20 +24,35 @@ QByteArray utf16(const QString &text)
     return encode(text);
 }
 
+void appendLinks(QList<DragFormats::Format> &formats, const QByteArrayList &links)
+{
+    QByteArrayList titled;
+    for (const QByteArray &link : links)
+        titled.append(link + '\n' + link);
+    formats.append(
+        { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titled.join('\n'))) });
+    formats.append({ QStringLiteral("_NETSCAPE_URL"), titled.first() });
+}
+
+void appendText(QList<DragFormats::Format> &formats, const QString &text)
+{
+    for (const char *type : { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain" })
+        formats.append({ QLatin1String(type), text.toUtf8() });
+    for (const char *type : { "STRING", "TEXT" }) // Latin-1 by their definition.
+        formats.append({ QLatin1String(type), text.toLatin1() });
+}
+
 }
 
 QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls)
 {
     QByteArray list;
     QByteArrayList links;
-    QByteArrayList titledLinks;
     for (const QUrl &url : urls) {
         const QByteArray line = lineFor(url);
         list += line + "\r\n";
-        if (!url.isLocalFile()) {
+        if (!url.isLocalFile())
             links.append(line);
-            titledLinks.append(line + '\n' + line);
-        }
     }
     QList<Format> formats;
     // As browsers do it, not for links alone: editors would try to open them as
@@ -45,12 +61,31 @@ QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls)
         formats.append({ QLatin1String(DropFormats::uriList), list });
     if (links.isEmpty())
         return formats;
-    formats.append(
-        { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titledLinks.join('\n'))) });
-    formats.append({ QStringLiteral("_NETSCAPE_URL"), titledLinks.first() });
-    // An encoded address is ASCII, which is the same in all of these.
-    for (const char *type :
-         { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain", "STRING", "TEXT" })
-        formats.append({ QLatin1String(type), links.join('\n') });
+    appendLinks(formats, links);
+    appendText(formats, QString::fromLatin1(links.join('\n')));
+    return formats;
+}
+
+QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &urls)
+{
+    QByteArrayList files;
+    QByteArrayList links;
+    QStringList lines;
+    for (const QUrl &url : urls) {
+        const QByteArray line = lineFor(url);
+        (url.isLocalFile() ? files : links).append(line);
+        lines.append(url.isLocalFile() ? FilePath::display(FilePath::fromUrl(url))
+                                       : QString::fromLatin1(line));
+    }
+    QList<Format> formats;
+    if (!files.isEmpty()) {
+        formats.append({ QLatin1String(DropFormats::copiedFiles), "copy\n" + files.join('\n') });
+        formats.append({ QLatin1String(DropFormats::uriList), files.join("\r\n") + "\r\n" });
+        formats.append({ QStringLiteral("application/x-kde-cutselection"), "0" });
+    }
+    if (!links.isEmpty())
+        appendLinks(formats, links);
+    if (!lines.isEmpty())
+        appendText(formats, lines.join(u'\n'));
     return formats;
 }

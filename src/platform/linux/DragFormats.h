@@ -5,7 +5,7 @@
 #include <QString>
 #include <QUrl>
 
-/// In what forms a drag offers its addresses to other programs.
+/// In what forms a drag and the clipboard offer addresses to other programs.
 namespace DragFormats {
 
 struct Format
@@ -18,5 +18,10 @@ struct Format
 /// only: many targets take text before files, and a path is not what they want.
 /// Links without files are offered as a browser offers them.
 QList<Format> formatsFor(const QList<QUrl> &urls);
+
+/// The same for the clipboard, where text is what an editor pastes: a path or an
+/// address a line. The forms that file managers take hold the files alone, marked
+/// as copied.
+QList<Format> clipboardFormatsFor(const QList<QUrl> &urls);
 
 }

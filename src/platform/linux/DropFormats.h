@@ -16,6 +16,8 @@ namespace DropFormats {
 inline constexpr char portalTransfer[] = "application/vnd.portal.filetransfer";
 inline constexpr char portalFiles[] = "application/vnd.portal.files";
 inline constexpr char uriList[] = "text/uri-list";
+/// A line that says "copy" or "cut", then addresses: how file managers tell the two apart.
+inline constexpr char copiedFiles[] = "x-special/gnome-copied-files";
 
 /// Whether a drop that offers these types can hold anything for a shelf. Promised
 /// files (XdndDirectSave0) are none: asking for them has effects.

@@ -50,15 +50,15 @@ SingleInstance::~SingleInstance()
         ::close(m_lock);
 }
 
-SingleInstance::Result SingleInstance::acquire()
+SingleInstance::Result SingleInstance::acquire(const QList<QUrl> &files)
 {
     const bool canAsk = busNamed(m_connection).isConnected();
     const QDeadlineTimer deadline(canAsk ? startLimit : endLimit);
     HandOver last = HandOver::NobodyThere;
     for (;;) {
         if (lock() != Lock::Others)
-            return becomeFirst();
-        last = handOver();
+            return becomeFirst(files);
+        last = handOver(files);
         if (last == HandOver::Done)
             return Result::HandedOver;
         if (deadline.hasExpired())
@@ -77,11 +77,11 @@ SingleInstance::Result SingleInstance::acquire()
 
 /// The name decides where there is no lock, as in a home folder that is read-only.
 /// Without a bus nobody can be asked, and the lock alone has decided.
-SingleInstance::Result SingleInstance::becomeFirst()
+SingleInstance::Result SingleInstance::becomeFirst(const QList<QUrl> &files)
 {
     if (!busNamed(m_connection).isConnected() || serve())
         return Result::First;
-    switch (handOver()) {
+    switch (handOver(files)) {
     case HandOver::Done:
         return Result::HandedOver;
     case HandOver::NobodyThere:
@@ -93,10 +93,10 @@ SingleInstance::Result SingleInstance::becomeFirst()
     return Result::HeldElsewhere;
 }
 
-void SingleInstance::deliverTo(std::function<void()> onActivate)
+void SingleInstance::deliverTo(ServiceRequests requests)
 {
     if (m_service)
-        m_service->deliverTo(std::move(onActivate));
+        m_service->deliverTo(std::move(requests));
 }
 
 SingleInstance::Lock SingleInstance::lock()
@@ -129,16 +129,21 @@ bool SingleInstance::serve()
     return false;
 }
 
-SingleInstance::HandOver SingleInstance::handOver() const
+SingleInstance::HandOver SingleInstance::handOver(const QList<QUrl> &files) const
 {
     const QDBusConnection bus = busNamed(m_connection);
     if (!bus.isConnected())
         return HandOver::NobodyThere;
-    auto message = QDBusMessage::createMethodCall(busName, objectPath,
-                                                  QStringLiteral("org.freedesktop.Application"),
-                                                  QStringLiteral("Activate"));
+    auto message = QDBusMessage::createMethodCall(
+        busName, objectPath, QStringLiteral("org.freedesktop.Application"),
+        files.isEmpty() ? QStringLiteral("Activate") : QStringLiteral("Open"));
     // The bus must not start yet another process.
     message.setAutoStartService(false);
+    QStringList uris;
+    for (const QUrl &file : files)
+        uris.append(QString::fromLatin1(file.toEncoded()));
+    if (!uris.isEmpty())
+        message << uris;
     message << QVariantMap();
     const QDBusMessage reply = bus.call(message, QDBus::Block, callLimit);
     if (reply.type() == QDBusMessage::ReplyMessage)

@@ -1,17 +1,19 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
+#include <QUrl>
 
-#include <functional>
 #include <memory>
 
 class ApplicationService;
+struct ServiceRequests;
 
 /// One process a user: a lock in the state folder, and behind it the name
 /// app.vantleapp.Vantle on the session bus, over which a second start asks the
-/// first to come up. The lock goes with the process, however it ends. Main
-/// thread; needs a QCoreApplication.
+/// first to come up, and gives it the files that it was started with. The lock goes with the
+/// process, however it ends. Main thread; needs a QCoreApplication.
 class SingleInstance
 {
 public:
@@ -30,19 +32,19 @@ public:
 
     /// To be called before anything else touches a file. Waits for the bus and
     /// for a first process that is just starting, 2 seconds at most for each.
-    Result acquire();
+    Result acquire(const QList<QUrl> &files = {});
 
-    /// Sets who answers requests to come up, those that came earlier included.
-    void deliverTo(std::function<void()> onActivate);
+    /// Sets who answers requests of other programs, those that came earlier included.
+    void deliverTo(ServiceRequests requests);
 
 private:
     enum class Lock { Ours, Others, Impossible };
     enum class HandOver { Done, NobodyThere, NoAnswer };
 
     Lock lock();
-    Result becomeFirst();
+    Result becomeFirst(const QList<QUrl> &files);
     bool serve();
-    HandOver handOver() const;
+    HandOver handOver(const QList<QUrl> &files) const;
 
     QByteArray m_folder;
     QString m_connection;

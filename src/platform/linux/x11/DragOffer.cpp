@@ -29,8 +29,8 @@ DragOffer::DragOffer(MainQueue &queue, Workers &workers, Xcb::Atoms &atoms,
     , m_connection(Xcb::toolkitConnection())
     , m_portalPaths(std::move(portalPaths))
 {
-    m_atoms.fetch({ "TARGETS", "INCR", "XdndSelection", DropFormats::portalTransfer,
-                    DropFormats::portalFiles });
+    m_atoms.fetch({ "TARGETS", "MULTIPLE", "ATOM_PAIR", "INCR", "TIMESTAMP",
+                    DropFormats::portalTransfer, DropFormats::portalFiles });
     for (const auto &format : formats)
         m_formats.append({ m_atoms(format.type.toUtf8()), format.data });
 }
@@ -49,16 +49,9 @@ QList<xcb_atom_t> DragOffer::types()
 
 void DragOffer::answer(const xcb_selection_request_event_t &request)
 {
-    if (request.target == m_atoms("TARGETS"))
-        return answerTypes(request);
     if (isPortalType(request.target) && !m_portalPaths.isEmpty())
         return answerWithKey(request);
-    const auto format = std::find_if(m_formats.begin(), m_formats.end(), [&](const auto &known) {
-        return known.first == request.target;
-    });
-    if (format == m_formats.end())
-        return notify(request, Answer::Refused);
-    answerData(request, format->second);
+    notify(request, give({ request.requestor, request.target, propertyOf(request) }));
 }
 
 bool DragOffer::isPortalType(xcb_atom_t type)
@@ -67,21 +60,59 @@ bool DragOffer::isPortalType(xcb_atom_t type)
         || type == m_atoms(DropFormats::portalFiles);
 }
 
-void DragOffer::answerTypes(const xcb_selection_request_event_t &request)
+DragOffer::Answer DragOffer::give(const Asked &asked)
 {
-    const auto list = QList { m_atoms("TARGETS") } + types();
-    setProperty(request.requestor, propertyOf(request), XCB_ATOM_ATOM, 32,
-                static_cast<quint32>(list.size()), list.constData());
-    notify(request, Answer::Given);
+    if (asked.target == m_atoms("TARGETS"))
+        return giveTypes(asked);
+    if (asked.target == m_atoms("MULTIPLE"))
+        return giveMany(asked);
+    if (asked.target == m_atoms("TIMESTAMP") && m_time != XCB_CURRENT_TIME) {
+        setProperty(asked.requestor, asked.property, XCB_ATOM_INTEGER, 32, 1, &m_time);
+        return Answer::Given;
+    }
+    const auto format = std::find_if(m_formats.begin(), m_formats.end(), [&](const auto &known) {
+        return known.first == asked.target;
+    });
+    return format == m_formats.end() ? Answer::Refused : giveData(asked, format->second);
 }
 
-void DragOffer::answerData(const xcb_selection_request_event_t &request, const QByteArray &data)
+DragOffer::Answer DragOffer::giveTypes(const Asked &asked)
+{
+    auto list = QList { m_atoms("TARGETS"), m_atoms("MULTIPLE") } + types();
+    if (m_time != XCB_CURRENT_TIME)
+        list.append(m_atoms("TIMESTAMP"));
+    setProperty(asked.requestor, asked.property, XCB_ATOM_ATOM, 32,
+                static_cast<quint32>(list.size()), list.constData());
+    return Answer::Given;
+}
+
+DragOffer::Answer DragOffer::giveData(const Asked &asked, const QByteArray &data)
 {
     if (data.size() > pieceSize)
-        return beginTransfer(request, data);
-    setProperty(request.requestor, propertyOf(request), request.target, 8,
-                static_cast<quint32>(data.size()), data.constData());
-    notify(request, Answer::Given);
+        beginTransfer(asked, data);
+    else
+        setProperty(asked.requestor, asked.property, asked.target, 8,
+                    static_cast<quint32>(data.size()), data.constData());
+    return Answer::Given;
+}
+
+/// Clipboard managers fetch everything in one go: the property lists pairs of a
+/// form and the property for it, and what is refused is struck out there.
+DragOffer::Answer DragOffer::giveMany(const Asked &asked)
+{
+    constexpr quint32 limit = 256;
+    const auto pairType = m_atoms("ATOM_PAIR");
+    auto pairs = Xcb::property32(m_connection, asked.requestor, asked.property, pairType, limit);
+    if (pairs.isEmpty())
+        return Answer::Refused;
+    for (qsizetype i = 0; i + 1 < pairs.size(); i += 2) {
+        const bool isNested = pairs[i] == asked.target || pairs[i + 1] == asked.property;
+        if (isNested || give({ asked.requestor, pairs[i], pairs[i + 1] }) == Answer::Refused)
+            pairs[i + 1] = Xcb::none;
+    }
+    setProperty(asked.requestor, asked.property, pairType, 32, static_cast<quint32>(pairs.size()),
+                pairs.constData());
+    return Answer::Given;
 }
 
 /// The portal gets to know the files only now, since a registration opens them to
@@ -92,27 +123,26 @@ void DragOffer::answerWithKey(const xcb_selection_request_event_t &request)
         = [this, alive = std::weak_ptr(m_alive), request](const std::optional<QByteArray> &key) {
               if (!alive.lock())
                   return;
-              if (key)
-                  answerData(request, *key + '\0');
-              else
-                  notify(request, Answer::Refused);
+              const Asked asked { request.requestor, request.target, propertyOf(request) };
+              notify(request, key ? giveData(asked, *key + '\0') : Answer::Refused);
           };
     m_workers.run(WorkerPriority::UserInitiated, [&queue = m_queue, paths = m_portalPaths, reply] {
         queue.post([key = PortalFiles::transfer(paths), reply] { reply(key); });
     });
 }
 
-void DragOffer::beginTransfer(const xcb_selection_request_event_t &request, const QByteArray &data)
+/// Told of before the notice that there is something to fetch.
+void DragOffer::beginTransfer(const Asked &asked, const QByteArray &data)
 {
-    const xcb_window_t requestor = request.requestor;
-    const xcb_atom_t property = propertyOf(request);
+    const auto [requestor, target, property] = asked;
     listenTo(requestor, XCB_EVENT_MASK_PROPERTY_CHANGE);
     auto limit = m_queue.after(silenceLimit,
-                               [this, requestor, property] { endTransfer(requestor, property); });
-    m_transfers.push_back({ requestor, property, request.target, data, 0, std::move(limit) });
+                               [this, requestor = asked.requestor, property = asked.property] {
+                                   endTransfer(requestor, property);
+                               });
+    m_transfers.push_back({ requestor, property, target, data, 0, std::move(limit) });
     const auto size = static_cast<quint32>(data.size());
     setProperty(requestor, property, m_atoms("INCR"), 32, 1, &size);
-    notify(request, Answer::Given);
 }
 
 void DragOffer::fetched(xcb_window_t requestor, xcb_atom_t property)
@@ -146,6 +176,9 @@ void DragOffer::endTransfer(xcb_window_t requestor, xcb_atom_t property)
 
 void DragOffer::listenTo(xcb_window_t requestor, quint32 events)
 {
+    // A window of the toolkit's, which listens already and must not stop.
+    if (Xcb::isOwn(m_connection, requestor))
+        return;
     const auto cookie
         = xcb_change_window_attributes_checked(m_connection, requestor, XCB_CW_EVENT_MASK, &events);
     xcb_discard_reply(m_connection, cookie.sequence);

@@ -12,9 +12,10 @@
 class MainQueue;
 class Workers;
 
-/// Answers the questions of other programs about what we drag, in place of the
-/// toolkit: that one refuses whoever asks without the time of the drag, as GTK 4
-/// does. Main thread; never waits.
+/// Answers the questions of other programs about what we drag or have copied, in
+/// place of the toolkit: that one refuses whoever asks without the time of the
+/// drag, as GTK 4 does, and makes its own forms of file lists. Main thread; never
+/// waits.
 class DragOffer
 {
 public:
@@ -24,6 +25,8 @@ public:
               const QList<DragFormats::Format> &formats, QByteArrayList portalPaths);
 
     QList<xcb_atom_t> types();
+    /// Since when what is offered is ours; owners of the clipboard are asked for that.
+    void setTime(xcb_timestamp_t time) { m_time = time; }
     void answer(const xcb_selection_request_event_t &request);
     /// A target has fetched a piece of what is sent in pieces.
     void fetched(xcb_window_t requestor, xcb_atom_t property);
@@ -40,12 +43,20 @@ private:
         Ticket limit;
     };
     enum class Answer { Given, Refused };
+    struct Asked // One form, and the property in which it is wanted.
+    {
+        xcb_window_t requestor;
+        xcb_atom_t target;
+        xcb_atom_t property;
+    };
 
     bool isPortalType(xcb_atom_t type);
-    void answerTypes(const xcb_selection_request_event_t &request);
-    void answerData(const xcb_selection_request_event_t &request, const QByteArray &data);
+    Answer give(const Asked &asked);
+    Answer giveTypes(const Asked &asked);
+    Answer giveData(const Asked &asked, const QByteArray &data);
+    Answer giveMany(const Asked &asked);
     void answerWithKey(const xcb_selection_request_event_t &request);
-    void beginTransfer(const xcb_selection_request_event_t &request, const QByteArray &data);
+    void beginTransfer(const Asked &asked, const QByteArray &data);
     void endTransfer(xcb_window_t requestor, xcb_atom_t property);
     void listenTo(xcb_window_t requestor, quint32 events);
     void setProperty(xcb_window_t window, xcb_atom_t name, xcb_atom_t type, quint8 format,
@@ -58,6 +69,7 @@ private:
     xcb_connection_t *m_connection;
     QList<std::pair<xcb_atom_t, QByteArray>> m_formats;
     QByteArrayList m_portalPaths;
+    xcb_timestamp_t m_time = XCB_CURRENT_TIME;
     std::list<Transfer> m_transfers;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

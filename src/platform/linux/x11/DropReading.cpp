@@ -195,22 +195,36 @@ QList<QUrl> listedUrls(SelectionReader &reader, const QStringList &types)
 {
     if (const auto urls = portalUrls(reader, types))
         return *urls;
-    if (!types.contains(QLatin1String(DropFormats::uriList)))
-        return {};
-    return DropFormats::urls(reader.read(DropFormats::uriList, listCap).data);
+    // Some file managers copy in the second form only. Its first line tells a cut
+    // from a copy: neither is an address, and both are taken as a reference.
+    for (const char *type : { DropFormats::uriList, DropFormats::copiedFiles }) {
+        if (types.contains(QLatin1String(type)))
+            return DropFormats::urls(reader.read(type, listCap).data);
+    }
+    return {};
 }
+
+constexpr char clipboardSelection[] = "CLIPBOARD";
 
 }
 
-DropReading::DropReading(MainQueue &queue, QStringList types, quint32 time, double secondsAtMost,
-                         Listener listener)
+DropReading::DropReading(MainQueue &queue, Source source, double secondsAtMost, Listener listener)
     : m_queue(queue)
-    , m_types(std::move(types))
-    , m_time(time)
+    , m_source(std::move(source))
     , m_deadline(SelectionReader::Clock::now()
                  + std::chrono::milliseconds(static_cast<int>(secondsAtMost * 1000)))
     , m_listener(std::move(listener))
 {
+}
+
+DropReading::Source DropReading::drop(QStringList types, quint32 time)
+{
+    return { "XdndSelection", std::move(types), time };
+}
+
+DropReading::Source DropReading::clipboard()
+{
+    return { clipboardSelection, {}, XCB_CURRENT_TIME };
 }
 
 void DropReading::start()
@@ -225,7 +239,7 @@ void DropReading::start()
 
 void DropReading::run()
 {
-    SelectionReader reader(m_time, m_deadline);
+    SelectionReader reader(m_source.selection, m_source.time, m_deadline);
     post([self = shared_from_this(), found = objects(reader)] {
         if (self->m_listener.onObjects)
             self->m_listener.onObjects(found);
@@ -238,7 +252,8 @@ void DropReading::run()
 }
 
 /// One kind of objects for a drop: its files with the addresses that stand among
-/// them, else several addresses, else one object in all its forms.
+/// them, else several addresses, else one object in all its forms. Addresses on the
+/// clipboard stand there as text as well, which is what a paste takes.
 ItemProviders DropReading::objects(SelectionReader &reader)
 {
     const Hold hold(this, [self = shared_from_this()](const void *) {
@@ -246,18 +261,25 @@ ItemProviders DropReading::objects(SelectionReader &reader)
         self->m_closed = true;
         self->m_changed.notify_all();
     });
-    const auto urls = listedUrls(reader, m_types);
+    const bool isClipboard = m_source.selection == clipboardSelection;
+    QStringList types = isClipboard ? reader.types() : m_source.types;
+    // Browsers offer a copied picture as a page too, which is not meant as text.
+    if (isClipboard)
+        types.removeAll(QStringLiteral("text/html"));
+    if (types.isEmpty())
+        return {};
+    const auto urls = listedUrls(reader, types);
     const bool hasFiles
         = std::any_of(urls.begin(), urls.end(), [](const QUrl &url) { return url.isLocalFile(); });
     ItemProviders objects;
-    if (hasFiles || urls.size() > 1) {
+    if (hasFiles || (urls.size() > 1 && !isClipboard)) {
         gained();
         for (const QUrl &url : hasFiles ? examined(urls) : urls)
             objects.append(std::make_shared<ListedObject>(url, hold));
         return objects;
     }
     const auto url = urls.isEmpty() ? std::nullopt : std::optional(urls.first());
-    objects.append(std::make_shared<OfferedObject>(shared_from_this(), m_types, url, hold));
+    objects.append(std::make_shared<OfferedObject>(shared_from_this(), types, url, hold));
     return objects;
 }
 

@@ -15,7 +15,8 @@
 
 class MainQueue;
 
-/// Reads one drop on a thread of its own and makes its objects. The thread ends
+/// Reads one drop, or what the clipboard holds, on a thread of its own and makes
+/// its objects. The thread ends
 /// when nobody holds an object any more and every load has been answered.
 class DropReading : public std::enable_shared_from_this<DropReading>
 {
@@ -27,9 +28,17 @@ public:
         std::function<void(Gain)> onEnded; // After everything else.
     };
 
+    struct Source
+    {
+        QByteArray selection;
+        QStringList types; // What a drag has announced; the clipboard is asked for its types.
+        quint32 time = 0;
+    };
+
     /// Both calls of the listener come on the main thread.
-    DropReading(MainQueue &queue, QStringList types, quint32 time, double secondsAtMost,
-                Listener listener);
+    DropReading(MainQueue &queue, Source source, double secondsAtMost, Listener listener);
+    static Source drop(QStringList types, quint32 time);
+    static Source clipboard();
 
     void start();
     /// Answers every open load with nothing. Nothing is called from now on.
@@ -84,8 +93,7 @@ private:
     void post(std::function<void()> task);
 
     MainQueue &m_queue;
-    const QStringList m_types;
-    const quint32 m_time;
+    const Source m_source;
     const SelectionReader::Clock::time_point m_deadline;
     Listener m_listener; // Main thread.
 

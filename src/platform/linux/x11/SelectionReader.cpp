@@ -3,10 +3,12 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
 constexpr std::chrono::seconds silenceLimit(3);
+constexpr qsizetype typesCap = 64 << 10; // Bytes.
 
 xcb_window_t makeWindow(xcb_connection_t *connection)
 {
@@ -20,7 +22,8 @@ xcb_window_t makeWindow(xcb_connection_t *connection)
 
 }
 
-SelectionReader::SelectionReader(quint32 time, Clock::time_point deadline)
+SelectionReader::SelectionReader(const QByteArray &selection, quint32 time,
+                                 Clock::time_point deadline)
     : m_connection(xcb_connect(nullptr, nullptr))
     , m_atoms(m_connection)
     , m_time(time)
@@ -28,7 +31,8 @@ SelectionReader::SelectionReader(quint32 time, Clock::time_point deadline)
 {
     if (xcb_connection_has_error(m_connection))
         return;
-    m_atoms.fetch({ "XdndSelection", "INCR" });
+    m_atoms.fetch({ selection.constData(), "INCR", "TARGETS" });
+    m_selection = m_atoms(selection);
     m_window = makeWindow(m_connection);
     watchOwner();
 }
@@ -41,7 +45,7 @@ SelectionReader::~SelectionReader()
 /// The notice of its destruction tells a source's death at once.
 void SelectionReader::watchOwner()
 {
-    m_owner = Xcb::selectionOwner(m_connection, m_atoms("XdndSelection"));
+    m_owner = Xcb::selectionOwner(m_connection, m_selection);
     const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_connection, m_owner, XCB_CW_EVENT_MASK, &events);
     m_ownerGone = m_owner == Xcb::none || !isOwnerThere();
@@ -49,7 +53,7 @@ void SelectionReader::watchOwner()
 
 bool SelectionReader::isOwnerThere()
 {
-    return Xcb::selectionOwner(m_connection, m_atoms("XdndSelection")) == m_owner;
+    return Xcb::selectionOwner(m_connection, m_selection) == m_owner;
 }
 
 SelectionReader::Clock::time_point SelectionReader::patience() const
@@ -85,6 +89,15 @@ SelectionReader::Event SelectionReader::nextEvent(Clock::time_point until)
     return nullptr;
 }
 
+QStringList SelectionReader::types()
+{
+    const QByteArray data = read("TARGETS", typesCap).data;
+    QList<xcb_atom_t> atoms(data.size() / static_cast<qsizetype>(sizeof(xcb_atom_t)));
+    std::memcpy(atoms.data(), data.constData(),
+                static_cast<size_t>(atoms.size()) * sizeof(xcb_atom_t));
+    return m_atoms.names(atoms);
+}
+
 SelectionReader::Answer SelectionReader::read(const QByteArray &type, qsizetype cap)
 {
     if (m_ownerGone || m_window == Xcb::none || !isOwnerThere())
@@ -98,8 +111,7 @@ SelectionReader::Answer SelectionReader::read(const QByteArray &type, qsizetype 
 
 SelectionReader::Outcome SelectionReader::convert(xcb_atom_t target, xcb_atom_t property)
 {
-    xcb_convert_selection(m_connection, m_window, m_atoms("XdndSelection"), target, property,
-                          m_time);
+    xcb_convert_selection(m_connection, m_window, m_selection, target, property, m_time);
     const auto until = patience();
     while (const Event event = nextEvent(until)) {
         if ((event->response_type & 0x7f) != XCB_SELECTION_NOTIFY)

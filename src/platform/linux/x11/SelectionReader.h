@@ -7,8 +7,8 @@
 #include <chrono>
 #include <memory>
 
-/// Reads what another program drags, on a connection of its own. Every call
-/// waits for that program, which may hang, die, stutter or never stop sending:
+/// Reads what another program drags or has copied, on a connection of its own.
+/// Every call waits for that program, which may hang, die, stutter or never stop sending:
 /// for worker threads only.
 class SelectionReader
 {
@@ -18,7 +18,7 @@ public:
         Data,
         Refused,
         Silent, // No byte for three seconds, or the deadline has passed.
-        Gone, // The source, or the X server, or it drags something else by now.
+        Gone, // The source, or the X server, or it offers something else by now.
         TooLarge,
     };
     struct Answer
@@ -27,12 +27,14 @@ public:
         QByteArray data;
     };
 
-    /// time: the server time of the drop. Sources may answer no other.
-    SelectionReader(quint32 time, Clock::time_point deadline);
+    /// time: the server time of the drop. Sources of drags may answer no other.
+    SelectionReader(const QByteArray &selection, quint32 time, Clock::time_point deadline);
     ~SelectionReader();
     SelectionReader(const SelectionReader &) = delete;
     SelectionReader &operator=(const SelectionReader &) = delete;
 
+    /// The types that the source says it offers.
+    QStringList types();
     Answer read(const QByteArray &type, qsizetype cap);
 
 private:
@@ -50,6 +52,7 @@ private:
 
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
+    xcb_atom_t m_selection = Xcb::none;
     xcb_window_t m_window = Xcb::none;
     xcb_window_t m_owner = Xcb::none;
     quint32 m_time;

@@ -1,20 +1,14 @@
 #include "platform/linux/x11/X11PanelWindow.h"
 
-#include "platform/linux/x11/X11Keyboard.h"
+#include "platform/linux/x11/RoundedRegion.h"
 #include "platform/linux/x11/X11Root.h"
 
-#include <QAbstractButton>
 #include <QCloseEvent>
-#include <QKeyEvent>
-#include <QLineEdit>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPlainTextEdit>
-#include <QTextEdit>
 #include <QWindow>
 
 #include <array>
-#include <cmath>
 
 namespace {
 
@@ -23,26 +17,6 @@ constexpr int borderWidth = 1;
 constexpr double borderOpacity = 0.22; // Of the text's colour: seen on light and on dark.
 constexpr double settleTime = 0.5; // Seconds.
 constexpr quint32 allDesktops = 0xffffffff;
-
-/// Row by row, because a region made of a path has corners of a few long edges.
-QRegion roundedRegion(const QRect &rect, int radius)
-{
-    QRegion region(rect.adjusted(0, radius, 0, -radius));
-    for (int row = 0; row < radius; ++row) {
-        const double up = radius - row - 0.5; // From the row's middle to the arc's centre.
-        const int inset = qRound(radius - std::sqrt(radius * radius - up * up));
-        const QRect strip(rect.left() + inset, rect.top() + row, rect.width() - 2 * inset, 1);
-        region += strip;
-        region += strip.translated(0, rect.height() - 1 - 2 * row);
-    }
-    return region;
-}
-
-bool isTextField(const QWidget *widget)
-{
-    return qobject_cast<const QLineEdit *>(widget) || qobject_cast<const QTextEdit *>(widget)
-        || qobject_cast<const QPlainTextEdit *>(widget);
-}
 
 }
 
@@ -55,6 +29,7 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     , m_compositor(m_connection, m_root)
     , m_activation(*this, m_connection, m_root, queue)
     , m_grip(*this, queue)
+    , m_keys(*this)
 {
     m_atoms.fetch({ "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_STICKY",
                     "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_DESKTOP",
@@ -63,6 +38,7 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
         applyShape();
         update();
     };
+    m_keys.onKey = [this](const KeyEvent &event) { return onKey && onKey(event); };
     windowHandle()->installEventFilter(this);
     applyShape();
 }
@@ -296,23 +272,6 @@ bool X11PanelWindow::nativeEvent(const QByteArray &type, void *message, qintptr 
 {
     m_activation.handleEvent(*static_cast<const xcb_generic_event_t *>(message));
     return QWidget::nativeEvent(type, message, result);
-}
-
-/// Gets what the focused view left. A text field keeps even what it has no use
-/// for, so that Return in it opens nothing; a focused button is pressed by Return.
-void X11PanelWindow::keyPressEvent(QKeyEvent *event)
-{
-    QWidget *focused = focusWidget();
-    if (isTextField(focused)) {
-        event->ignore();
-        return;
-    }
-    auto *button = qobject_cast<QAbstractButton *>(focused);
-    if (button && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-        button->click();
-        return;
-    }
-    event->setAccepted(onKey && onKey(X11Keyboard::keyEvent(*event)));
 }
 
 void X11PanelWindow::closeEvent(QCloseEvent *event)

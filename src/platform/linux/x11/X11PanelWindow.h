@@ -2,6 +2,7 @@
 
 #include "platform/PanelWindow.h"
 #include "platform/linux/WindowGrip.h"
+#include "platform/linux/x11/KeyRouter.h"
 #include "platform/linux/x11/X11Activation.h"
 #include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/Xcb.h"
@@ -38,7 +39,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void moveEvent(QMoveEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
 
 private:
@@ -58,6 +58,7 @@ private:
     X11Compositor m_compositor;
     X11Activation m_activation;
     WindowGrip m_grip;
+    KeyRouter m_keys;
     QPointer<QWidget> m_rootView;
     QPointF m_slide;
     QRect m_knownGeometry; // The last that was set or reported.

@@ -152,7 +152,7 @@ void XdndTarget::leave(const quint32 *data)
 
 void XdndTarget::drop(const quint32 *data)
 {
-    if (!m_hover || m_hover->source != data[0] || m_hover->action == Xcb::none) {
+    if (!m_hover || m_hover->source != data[0] || m_hover->action == Xcb::none || !onDrop) {
         Xcb::sendMessage(m_connection, data[0], m_atoms("XdndFinished"), { m_window, 0, 0 },
                          data[0]);
         endHover();
@@ -173,8 +173,8 @@ void XdndTarget::startReading(const Hover &hover, quint32 time)
         },
         [this, known](DropReading::Gain gain) { endDrop(*known, gain); },
     };
-    auto reading
-        = std::make_shared<DropReading>(m_queue, hover.types, time, dropLimit, std::move(listener));
+    auto reading = std::make_shared<DropReading>(m_queue, DropReading::drop(hover.types, time),
+                                                 dropLimit, std::move(listener));
     *known = reading.get();
     auto deadline = m_queue.after(dropLimit, [this, late = std::weak_ptr(reading)] {
         if (const auto open = late.lock()) {

@@ -15,7 +15,8 @@ class MainQueue;
 
 /// The receiving side of XDND for one top-level window, in place of the
 /// toolkit's, which would read drops on the main thread. Speaks versions 3 to 5
-/// of the protocol. No widget of the window may accept drops.
+/// of the protocol. No widget of the window may accept drops. While nobody takes
+/// drops (onDrop is empty), drags are told that they may, but a drop ends not accepted.
 class XdndTarget final : public DropTarget, private QAbstractNativeEventFilter
 {
 public:

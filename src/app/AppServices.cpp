@@ -1,0 +1,205 @@
+#include "app/AppDelegate.h"
+
+#include "base/Workers.h"
+#include "dragdrop/DroppedFiles.h"
+#include "platform/Clipboard.h"
+#include "store/DroppedImage.h"
+
+#include <QMimeDatabase>
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+bool isWebAddress(const QUrl &url)
+{
+    return url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+}
+
+/// One paste on its way into the store: files, else text, else a picture. The
+/// completions that are still to come hold it.
+class Paste : public std::enable_shared_from_this<Paste>
+{
+public:
+    Paste(ShelfStore &store, const Desktop &desktop, std::weak_ptr<const void> whileAlive)
+        : m_store(store)
+        , m_queue(desktop.queue)
+        , m_workers(desktop.workers)
+        , m_whileAlive(std::move(whileAlive))
+    {
+    }
+    void take(const ItemProviders &objects);
+
+private:
+    using Object = std::shared_ptr<ItemProvider>;
+
+    void takeText(const Object &object);
+    void takeImageData(const Object &object);
+    void takeImage(const Object &object, QStringList types);
+    void addDecoded(const Object &object, const QByteArray &data, const QStringList &otherTypes);
+    void reach(std::function<void(ShelfStore &)> addition);
+
+    ShelfStore &m_store;
+    MainQueue &m_queue;
+    Workers &m_workers;
+    std::weak_ptr<const void> m_whileAlive;
+};
+
+void Paste::take(const ItemProviders &objects)
+{
+    ItemProviders files;
+    for (const Object &object : objects) {
+        if (object->hasFileUrl())
+            files.append(object);
+    }
+    if (!files.isEmpty())
+        handleDrop(files, m_store, m_queue, m_whileAlive);
+    else if (!objects.isEmpty())
+        takeText(objects.first());
+}
+
+void Paste::takeText(const Object &object)
+{
+    if (!object->hasText())
+        return takeImageData(object);
+    object->loadText([self = shared_from_this(), object](const std::optional<QString> &text) {
+        if (text && !text->isEmpty())
+            self->reach([text = *text](ShelfStore &store) { store.addText(text); });
+        else
+            self->takeImageData(object);
+    });
+}
+
+/// The picture in its original encoding, else any other form of it.
+void Paste::takeImageData(const Object &object)
+{
+    QStringList types = object->registeredTypes();
+    types.removeIf([](const QString &type) { return !type.startsWith(QLatin1String("image/")); });
+    const auto best = DroppedImage::bestType(object->registeredTypes());
+    if (!best)
+        return takeImage(object, types);
+    const QString name = offeredName(object->registeredTypes(), *best);
+    types.removeAll(name);
+    object->loadData(
+        name,
+        [self = shared_from_this(), object, best, types](const std::optional<QByteArray> &data) {
+            if (data)
+                self->reach(
+                    [data = *data, best](ShelfStore &store) { store.addImageData(data, *best); });
+            else
+                self->takeImage(object, types);
+        });
+}
+
+void Paste::takeImage(const Object &object, QStringList types)
+{
+    if (types.isEmpty())
+        return;
+    const QString type = types.takeFirst();
+    object->loadData(
+        type, [self = shared_from_this(), object, types](const std::optional<QByteArray> &data) {
+            self->addDecoded(object, data.value_or(QByteArray()), types);
+        });
+}
+
+void Paste::addDecoded(const Object &object, const QByteArray &data, const QStringList &otherTypes)
+{
+    m_workers.run(WorkerPriority::UserInitiated,
+                  [self = shared_from_this(), object, data, otherTypes] {
+                      const auto png = DroppedImage::pngFromImageData(data);
+                      if (!png)
+                          return self->takeImage(object, otherTypes);
+                      self->reach([png = *png](ShelfStore &store) {
+                          const auto type = QStringLiteral("image/png");
+                          store.addImageData(png, QMimeDatabase().mimeTypeForName(type));
+                      });
+                  });
+}
+
+/// Completions come on any thread, and the store may have gone by the time the
+/// main thread gets to them.
+void Paste::reach(std::function<void(ShelfStore &)> addition)
+{
+    m_queue.post([self = shared_from_this(), addition = std::move(addition)] {
+        if (self->m_whileAlive.lock())
+            addition(self->m_store);
+    });
+}
+
+}
+
+/// Whether there is anything to paste: what it is, and whether it can be taken,
+/// shows only when its owner has answered.
+bool AppDelegate::pasteIntoShelf()
+{
+    return m_desktop.clipboard.read(
+        [this, alive = std::weak_ptr<const void>(m_alive)](const ItemProviders &objects) {
+            if (alive.lock())
+                std::make_shared<Paste>(m_store, m_desktop, alive)->take(objects);
+        });
+}
+
+bool AppDelegate::copySelection()
+{
+    QList<QUrl> urls;
+    for (const ShelfItem &item : m_store.selectedItems())
+        urls.append(item.link.value_or(item.url));
+    if (urls.isEmpty())
+        return false;
+    m_desktop.clipboard.write(urls);
+    m_desktop.sounds.play(Sound::Tink);
+    return true;
+}
+
+bool AppDelegate::addToShelf(const QList<QUrl> &urls, const QString &text)
+{
+    if (!addUrls(urls)) {
+        if (text.isEmpty())
+            return false;
+        m_store.addText(text);
+    }
+    m_panel->summon();
+    return true;
+}
+
+void AppDelegate::openUrls(const QList<QUrl> &urls)
+{
+    addUrls(urls);
+    m_panel->summon();
+}
+
+/// Whether there was anything that a shelf takes.
+bool AppDelegate::addUrls(const QList<QUrl> &urls)
+{
+    QList<QUrl> files;
+    QStringList addresses;
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            files.append(url);
+        else if (isWebAddress(url))
+            addresses.append(QString::fromLatin1(url.toEncoded()));
+    }
+    if (!files.isEmpty())
+        m_store.add(files);
+    for (const QString &address : addresses)
+        m_store.addText(address);
+    return !files.isEmpty() || !addresses.isEmpty();
+}
+
+/// What shortcuts of the desktop and the entries of its menus ask for; other names
+/// do nothing.
+void AppDelegate::performAction(const QString &name)
+{
+    if (name == QLatin1String("toggle")) {
+        toggle();
+    } else if (name == QLatin1String("paste")) {
+        if (pasteIntoShelf())
+            m_panel->summon();
+    } else if (name == QLatin1String("new-shelf")) {
+        m_store.newShelf();
+        m_panel->summon();
+    } else if (name == QLatin1String("quit")) {
+        onQuit();
+    }
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Applications.h"
+
+#include <QtGlobal>
+
+#include <functional>
+
+/// GIO's knowledge of types and applications.
+class GioApplications final : public Applications
+{
+public:
+    /// userTime: the moment of the user's act in the window system's time, told to
+    /// what is started, because window managers keep behind what does not know it.
+    /// Called on any thread.
+    explicit GioApplications(std::function<quint32()> userTime);
+    void open(const QList<QUrl> &urls) override;
+
+private:
+    std::function<quint32()> m_userTime;
+};

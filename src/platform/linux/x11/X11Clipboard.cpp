@@ -1,0 +1,117 @@
+#include "platform/linux/x11/X11Clipboard.h"
+
+#include "base/MainQueue.h"
+
+#include <QCoreApplication>
+
+#include <utility>
+
+namespace {
+
+constexpr double readLimit = 10; // Seconds for everything that a paste reads.
+
+}
+
+X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers)
+    : m_queue(queue)
+    , m_workers(workers)
+    , m_connection(Xcb::toolkitConnection())
+    , m_atoms(m_connection)
+    , m_window(xcb_generate_id(m_connection))
+{
+    m_atoms.fetch(
+        { "CLIPBOARD", "CLIPBOARD_MANAGER", "SAVE_TARGETS", "_VANTLE_TIME", "_VANTLE_SAVED" });
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(m_connection, 0, m_window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      0, XCB_CW_EVENT_MASK, &events);
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+X11Clipboard::~X11Clipboard()
+{
+    if (m_reading) {
+        m_reading->giveUp();
+        m_reading->waitForEnd(std::chrono::milliseconds(500));
+    }
+    xcb_destroy_window(m_connection, m_window);
+}
+
+bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
+{
+    const xcb_window_t owner = Xcb::selectionOwner(m_connection, m_atoms("CLIPBOARD"));
+    if (owner == Xcb::none)
+        return false;
+    // A key that is held down asks an owner that hangs again and again.
+    if (m_reading && owner == m_readFrom)
+        return true;
+    if (m_reading)
+        m_reading->giveUp(); // Meanwhile something else was copied.
+    m_readFrom = owner;
+    m_reading = std::make_shared<DropReading>(
+        m_queue, DropReading::clipboard(), readLimit,
+        DropReading::Listener { std::move(completion),
+                                [this](DropReading::Gain) { m_reading.reset(); } });
+    m_reading->start();
+    return true;
+}
+
+void X11Clipboard::write(const QList<QUrl> &urls)
+{
+    m_offer = std::make_unique<DragOffer>(m_queue, m_workers, m_atoms,
+                                          DragFormats::clipboardFormatsFor(urls), QByteArrayList());
+    // A selection is taken at the X server's time, which a change of a property brings.
+    m_wantsTime = true;
+    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window, m_atoms("_VANTLE_TIME"),
+                        XCB_ATOM_INTEGER, 32, 0, nullptr);
+    xcb_flush(m_connection);
+}
+
+/// Asks the clipboard manager to save at once, so that the end of the program,
+/// however it comes, loses nothing. Its answer tells nothing that matters.
+void X11Clipboard::takeOver(xcb_timestamp_t time)
+{
+    m_wantsTime = false;
+    m_time = time;
+    m_offer->setTime(time);
+    xcb_set_selection_owner(m_connection, m_window, m_atoms("CLIPBOARD"), time);
+    xcb_convert_selection(m_connection, m_window, m_atoms("CLIPBOARD_MANAGER"),
+                          m_atoms("SAVE_TARGETS"), m_atoms("_VANTLE_SAVED"), time);
+    xcb_flush(m_connection);
+}
+
+bool X11Clipboard::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
+{
+    if (type != "xcb_generic_event_t")
+        return false;
+    switch (static_cast<xcb_generic_event_t *>(message)->response_type & 0x7f) {
+    case XCB_PROPERTY_NOTIFY: {
+        const auto &notify = *static_cast<xcb_property_notify_event_t *>(message);
+        if (notify.window == m_window && m_wantsTime && notify.atom == m_atoms("_VANTLE_TIME"))
+            takeOver(notify.time);
+        else if (m_offer && notify.state == XCB_PROPERTY_DELETE)
+            m_offer->fetched(notify.window, notify.atom);
+        return notify.window == m_window;
+    }
+    case XCB_SELECTION_REQUEST: {
+        const auto &request = *static_cast<xcb_selection_request_event_t *>(message);
+        if (request.owner != m_window || !m_offer)
+            return false;
+        m_offer->answer(request);
+        return true;
+    }
+    case XCB_SELECTION_CLEAR: {
+        const auto &clear = *static_cast<xcb_selection_clear_event_t *>(message);
+        if (clear.owner != m_window)
+            return false;
+        // One that comes after the next copy speaks of the last.
+        if (!m_wantsTime && clear.time >= m_time)
+            m_offer.reset();
+        return true;
+    }
+    case XCB_SELECTION_NOTIFY:
+        return static_cast<xcb_selection_notify_event_t *>(message)->requestor == m_window;
+    default:
+        return false;
+    }
+}

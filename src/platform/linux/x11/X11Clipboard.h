@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/Clipboard.h"
+#include "platform/linux/x11/DragOffer.h"
+#include "platform/linux/x11/DropReading.h"
+#include "platform/linux/x11/Xcb.h"
+
+#include <QAbstractNativeEventFilter>
+
+#include <memory>
+
+class MainQueue;
+class Workers;
+
+/// The selection CLIPBOARD. The toolkit's own clipboard waits for owners that
+/// hang, and offers files in forms of its own making, so this one reads on a
+/// thread and answers by itself.
+class X11Clipboard final : public Clipboard, private QAbstractNativeEventFilter
+{
+public:
+    X11Clipboard(MainQueue &queue, Workers &workers);
+    ~X11Clipboard() override;
+    X11Clipboard(const X11Clipboard &) = delete;
+    X11Clipboard &operator=(const X11Clipboard &) = delete;
+
+    bool read(std::function<void(const ItemProviders &)> completion) override;
+    void write(const QList<QUrl> &urls) override;
+
+private:
+    bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
+    void takeOver(xcb_timestamp_t time);
+
+    MainQueue &m_queue;
+    Workers &m_workers;
+    xcb_connection_t *m_connection;
+    Xcb::Atoms m_atoms;
+    xcb_window_t m_window; // Owns the selection, and is what the manager answers.
+
+    std::shared_ptr<DropReading> m_reading; // While it is under way.
+    xcb_window_t m_readFrom = Xcb::none;
+
+    std::unique_ptr<DragOffer> m_offer;
+    xcb_timestamp_t m_time = XCB_CURRENT_TIME; // Since when the selection is ours.
+    bool m_wantsTime = false;
+};

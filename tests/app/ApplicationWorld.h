@@ -1,0 +1,150 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+
+#include "platform/Autostart.h"
+#include "platform/DropTarget.h"
+#include "platform/StatusItem.h"
+#include "platform/fake/FakeApplications.h"
+#include "platform/fake/FakeBookmarks.h"
+#include "platform/fake/FakeClipboard.h"
+#include "platform/fake/FakeDragSelection.h"
+#include "platform/fake/FakeDragSession.h"
+#include "platform/fake/FakeFolderEvents.h"
+#include "platform/fake/FakeFrontApplication.h"
+#include "platform/fake/FakeHotKey.h"
+#include "platform/fake/FakeIcons.h"
+#include "platform/fake/FakePanelWindow.h"
+#include "platform/fake/FakePointerMonitor.h"
+#include "platform/fake/FakePreferences.h"
+#include "platform/fake/FakeScreens.h"
+#include "platform/fake/FakeSounds.h"
+#include "platform/fake/FakeTabWindow.h"
+#include "platform/fake/VirtualQueue.h"
+#include "store/AppPaths.h"
+
+#include <QFile>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+class NoAutostart final : public Autostart
+{
+public:
+    bool enabled() const override { return false; }
+    std::optional<QString> setEnabled(bool) override { return {}; }
+};
+
+inline FakePreferences withValues(const QJsonObject &values)
+{
+    FakePreferences preferences;
+    preferences.object = values;
+    return preferences;
+}
+
+class MenuOnly final : public StatusItem
+{
+public:
+    void setImage(const QIcon &, const QString &) override { }
+    void setMenu(const QList<MenuEntry> &next) override { entries = next; }
+    QList<MenuEntry> entries;
+};
+
+/// The whole program over a desktop that a test moves.
+class Application
+{
+public:
+    explicit Application(const QJsonObject &stored = {},
+                         const QSet<FakeHotKey::Combination> &taken = {})
+        : preferences(withValues(stored))
+    {
+        hotKey.taken = taken;
+        pointer.at = QPointF(400, 400);
+        delegate.applicationDidFinishLaunching();
+        queue.settle();
+    }
+
+    bool isUp() const { return window.visible && window.opacity > 0; }
+    void beginFileDrag()
+    {
+        pointer.press({ 400, 400 });
+        selection.announce();
+        selection.answer(true);
+        pointer.drag({ 410, 400 });
+        queue.settle();
+    }
+    void endDrag()
+    {
+        pointer.release();
+        queue.settle();
+    }
+    /// A drop of another program's text.
+    void drop(const char *text)
+    {
+        class Provider final : public ItemProvider
+        {
+        public:
+            explicit Provider(const char *text)
+                : m_text(QString::fromUtf8(text))
+            {
+            }
+            QStringList registeredTypes() const override { return {}; }
+            bool hasFileUrl() const override { return false; }
+            bool hasText() const override { return true; }
+            bool hasUrl() const override { return false; }
+            void loadUrl(std::function<void(std::optional<QUrl>)> done) override { done({}); }
+            void loadText(std::function<void(std::optional<QString>)> done) override
+            {
+                done(m_text);
+            }
+            void loadData(const QString &,
+                          std::function<void(std::optional<QByteArray>)> done) override
+            {
+                done({});
+            }
+
+        private:
+            QString m_text;
+        };
+        dropTarget.onDrop({ std::make_shared<Provider>(text) });
+        queue.settle();
+    }
+    bool press(int keyCode, Modifiers modifiers = 0, const char *characters = "")
+    {
+        return window.onKey({ keyCode, modifiers, QString::fromLatin1(characters) });
+    }
+
+    QTemporaryDir folder;
+    VirtualQueue queue;
+    VirtualWorkers workers { queue };
+    FakeBookmarks bookmarks;
+    FakeSounds sounds;
+    FakePreferences preferences;
+    NoAutostart autostart;
+    FakeScreens screens;
+    FakePointerMonitor pointer;
+    FakeDragSelection selection;
+    FakeFrontApplication front;
+    FakeHotKey hotKey;
+    FakeIcons icons;
+    FakePanelWindow window;
+    FakeTabWindow tab;
+    DropTarget dropTarget;
+    FakeDragSession session;
+    MenuOnly status;
+    FakeClipboard clipboard;
+    FakeApplications applications;
+    FakeFolderEvents folderEvents;
+    QString resources = QStringLiteral(VANTLE_SOURCE_DIR "/src/resources");
+    Localizer texts { resources + QStringLiteral("/Vantle_Vantle.bundle"), {} };
+    AppDelegate delegate {
+        { queue,       workers,     bookmarks,
+          sounds,      preferences, autostart,
+          screens,     pointer,     selection,
+          front,       hotKey,      icons,
+          window,      tab,         dropTarget,
+          session,     status,      Directories { {}, folder.path().toUtf8(), {}, {}, {}, {}, {} },
+          resources,   clipboard,   applications,
+          folderEvents },
+        texts
+    };
+};

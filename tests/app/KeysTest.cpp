@@ -1,0 +1,262 @@
+#include "app/ApplicationWorld.h"
+
+#include "base/FilePath.h"
+#include "platform/fake/FakeItemProvider.h"
+#include "store/DroppedImage.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr Modifiers command = EventModifier::Command;
+constexpr Modifiers shift = EventModifier::Shift;
+
+QJsonObject savedState(const Application &app)
+{
+    QFile file(app.folder.path() + QStringLiteral("/Vantle/shelves.json"));
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
+                                          : QJsonObject();
+}
+
+QJsonArray savedItems(const Application &app)
+{
+    const QJsonObject state = savedState(app);
+    for (const QJsonValue shelf : state.value(u"shelves").toArray()) {
+        if (shelf[u"id"] == state.value(u"current"))
+            return shelf[u"items"].toArray();
+    }
+    return {};
+}
+
+/// What a user sees of it: which of the shelves, how many entries, the panel.
+std::string described(const Application &app)
+{
+    const QJsonObject state = savedState(app);
+    const QJsonArray shelves = state.value(u"shelves").toArray();
+    int number = 0;
+    while (shelves.at(number)[u"id"] != state.value(u"current"))
+        ++number;
+    return QStringLiteral("shelf %1 of %2, %3 entries, %4")
+        .arg(number + 1)
+        .arg(shelves.size())
+        .arg(savedItems(app).size())
+        .arg(app.window.visible ? QStringLiteral("up") : QStringLiteral("hidden"))
+        .toStdString();
+}
+
+std::shared_ptr<FakeItemProvider> file(const char *path)
+{
+    auto object = std::make_shared<FakeItemProvider>();
+    object->isFile = true;
+    object->url = FilePath::toUrl(path);
+    return object;
+}
+
+std::shared_ptr<FakeItemProvider> object(const QStringList &types, const char *text,
+                                         const std::optional<QByteArray> &data = {})
+{
+    auto made = std::make_shared<FakeItemProvider>();
+    made->types = types;
+    if (text)
+        made->text = QString::fromUtf8(text);
+    made->data = data;
+    return made;
+}
+
+QByteArray picture()
+{
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    return DroppedImage::pngFromImage(image).value();
+}
+
+}
+
+TEST(KeysTest, EachKeyDoesWhatTheTableSays)
+{
+    enum { Return = 36, Backspace = 51, Escape = 53, Enter = 76, Delete = 117, Down = 125, Up };
+    // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of a story.
+    struct Step
+    {
+        const char *what;
+        int keyCode;
+        Modifiers modifiers;
+        const char *characters;
+        bool consumed;
+        const char *after;
+        int copied = 0; // Files that copying puts on the clipboard afterwards.
+        int opened = 0; // By this step.
+    };
+    // A story: each step begins where the one before ended.
+    const Step steps[] = {
+        { "copy nothing", 8, command, "c", false, "shelf 1 of 1, 3 entries, up" },
+        { "delete nothing", Backspace, 0, "", false, "shelf 1 of 1, 3 entries, up" },
+        { "open nothing", Return, 0, "", false, "shelf 1 of 1, 3 entries, up" },
+        { "open nothing", 31, command, "o", false, "shelf 1 of 1, 3 entries, up" },
+        { "paste nothing", 9, command, "v", false, "shelf 1 of 1, 3 entries, up" },
+        { "undo nothing", 6, command, "z", false, "shelf 1 of 1, 3 entries, up" },
+        { "down", Down, 0, "", true, "shelf 1 of 1, 3 entries, up", 1 },
+        { "extend", Down, shift, "", true, "shelf 1 of 1, 3 entries, up", 2 },
+        { "Command with an arrow", Down, command, "", false, "shelf 1 of 1, 3 entries, up", 2 },
+        { "Command with Delete", Delete, command, "", false, "shelf 1 of 1, 3 entries, up", 2 },
+        { "open two", Enter, 0, "", true, "shelf 1 of 1, 3 entries, up", 2, 2 },
+        { "open two", 31, command, "o", true, "shelf 1 of 1, 3 entries, up", 2, 2 },
+        { "up", Up, 0, "", true, "shelf 1 of 1, 3 entries, up", 1 },
+        { "open one", Return, 0, "", true, "shelf 1 of 1, 3 entries, up", 1, 1 },
+        { "a letter alone", 0, 0, "a", false, "shelf 1 of 1, 3 entries, up", 1 },
+        { "another letter", 2, command, "d", false, "shelf 1 of 1, 3 entries, up", 1 },
+        { "no character", 2, command, "", false, "shelf 1 of 1, 3 entries, up", 1 },
+        { "a shelf that is not there", 19, command, "2", false, "shelf 1 of 1, 3 entries, up", 1 },
+        { "new shelf", 17, command, "t", true, "shelf 2 of 2, 0 entries, up" },
+        { "no shelf number", 29, command, "0", false, "shelf 2 of 2, 0 entries, up" },
+        { "one of two", 18, command, "1", true, "shelf 1 of 2, 3 entries, up" },
+        { "three of two", 20, command, "3", false, "shelf 1 of 2, 3 entries, up" },
+        { "all", 0, command, "a", true, "shelf 1 of 2, 3 entries, up", 3 },
+        { "delete", Delete, 0, "", true, "shelf 1 of 2, 0 entries, up" },
+        { "Shift with undo", 6, command | shift, "z", false, "shelf 1 of 2, 0 entries, up" },
+        { "undo", 6, command, "z", true, "shelf 1 of 2, 3 entries, up" },
+        { "all", 0, command, "a", true, "shelf 1 of 2, 3 entries, up", 3 },
+        { "Escape, the selection", Escape, 0, "", true, "shelf 1 of 2, 3 entries, up" },
+        { "Escape, the panel", Escape, 0, "", true, "shelf 1 of 2, 3 entries, hidden" },
+    };
+    Application app({ { QStringLiteral("dockToEdge"), false } }); // The story takes its time.
+    for (const char *text : { "one", "two", "three" })
+        app.drop(text);
+    app.delegate.activate();
+    for (const Step &step : steps) {
+        SCOPED_TRACE(step.what);
+        app.applications.opened.clear();
+        app.clipboard.written.clear();
+        EXPECT_EQ(app.press(step.keyCode, step.modifiers, step.characters), step.consumed);
+        app.queue.advance(1);
+        EXPECT_EQ(described(app), step.after);
+        EXPECT_EQ(app.applications.opened.size(), step.opened);
+        if (app.window.visible) {
+            EXPECT_EQ(app.press(8, command, "c"), step.copied > 0);
+        }
+        EXPECT_EQ(app.clipboard.written.size(), step.copied);
+    }
+}
+
+TEST(KeysTest, APasteTakesFilesThenTextThenAPicture)
+{
+    struct Case
+    {
+        const char *what;
+        ItemProviders objects;
+        QByteArrayList endings; // Of the entries' addresses.
+        QStringList asked = {}; // Picture formats that were read.
+    };
+    const QString png = QStringLiteral("image/png");
+    const QString odd = QStringLiteral("image/x-odd");
+    const auto refusing = object({ odd, png }, "");
+    const Case cases[] = {
+        { "files and text", { file("/a"), file("/b/c"), object({}, "text") }, { "/a", "/b/c" } },
+        { "text and a picture", { object({ png }, "words", picture()) }, { ".txt" } },
+        { "an address", { object({}, " https://example.org/x ") }, { ".webloc" } },
+        { "empty text and a picture",
+          { object({ odd, png }, "", picture()) },
+          { ".png" },
+          { png } },
+        { "a picture of an odd type",
+          { object({ odd }, nullptr, picture()) },
+          { ".png" },
+          { odd } },
+        { "no picture after all", { object({ odd }, nullptr, "no picture") }, {}, { odd } },
+        { "a picture that does not come", { refusing }, {}, { png, odd } },
+        { "an owner that does not answer", {}, {} },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        Application app;
+        app.clipboard.holds = c.objects;
+        EXPECT_TRUE(app.press(9, command, "v"));
+        QStringList asked;
+        for (int round = 0; round < 4; ++round) { // One form after the other.
+            for (const auto &each : c.objects)
+                static_cast<FakeItemProvider &>(*each).answer();
+            app.queue.settle();
+        }
+        for (const auto &each : c.objects)
+            asked += static_cast<FakeItemProvider &>(*each).asked;
+        EXPECT_EQ(asked, c.asked);
+        const QJsonArray items = savedItems(app);
+        ASSERT_EQ(items.size(), c.endings.size());
+        for (qsizetype i = 0; i < items.size(); ++i)
+            EXPECT_TRUE(items.at(i)[u"url"].toString().endsWith(QLatin1String(c.endings.at(i))));
+    }
+}
+
+TEST(KeysTest, ALinkIsCopiedAsItsAddressAndASnippetAsItsFile)
+{
+    Application app;
+    app.drop("https://example.org/a");
+    app.drop("a note");
+    app.press(0, command, "a");
+    app.sounds.played.clear();
+    EXPECT_TRUE(app.press(8, command, "c"));
+    ASSERT_EQ(app.clipboard.written.size(), 2);
+    EXPECT_EQ(app.clipboard.written.first(), QUrl(QStringLiteral("https://example.org/a")));
+    EXPECT_TRUE(app.clipboard.written.last().isLocalFile());
+    EXPECT_EQ(app.sounds.played, std::vector { Sound::Tink });
+}
+
+TEST(ServicesTest, TheServiceTakesFilesElseTextAndSummonsForNothingElse)
+{
+    const auto urls
+        = [](const char *list) { return QUrl::fromStringList({ QLatin1String(list) }); };
+    struct Case
+    {
+        const char *what;
+        QList<QUrl> urls;
+        const char *text;
+        bool added;
+        const char *after;
+    };
+    const Case cases[] = {
+        { "a file and text", urls("file:///a"), "text", true, "shelf 1 of 1, 1 entries, up" },
+        { "an address", urls("https://example.org/"), "", true, "shelf 1 of 1, 1 entries, up" },
+        { "a scheme of nobody's", urls("odd:x"), "text", true, "shelf 1 of 1, 1 entries, up" },
+        { "text", {}, "text", true, "shelf 1 of 1, 1 entries, up" },
+        { "nothing", {}, "", false, "" },
+        { "nothing that a shelf takes", urls("odd:x"), "", false, "" },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        Application app;
+        EXPECT_EQ(app.delegate.addToShelf(c.urls, QLatin1String(c.text)), c.added);
+        if (c.added) {
+            EXPECT_EQ(described(app), c.after);
+        }
+        EXPECT_EQ(app.window.visible, c.added);
+    }
+}
+
+TEST(ServicesTest, ActionsDoWhatTheyAreCalled)
+{
+    Application app({ { QStringLiteral("dockToEdge"), false } });
+    bool quit = false;
+    app.delegate.onQuit = [&] { quit = true; };
+    const auto perform = [&](const char *name) {
+        app.delegate.performAction(QLatin1String(name));
+        app.queue.advance(1);
+        return described(app);
+    };
+    app.delegate.openUrls({ FilePath::toUrl("/usr"), FilePath::toUrl("/etc") });
+    EXPECT_EQ(perform("no such action"), "shelf 1 of 1, 2 entries, up");
+    EXPECT_EQ(perform("toggle"), "shelf 1 of 1, 2 entries, hidden");
+    EXPECT_EQ(perform("paste"), "shelf 1 of 1, 2 entries, hidden"); // The clipboard is empty.
+    const auto pasted = file("/var");
+    app.clipboard.holds = ItemProviders { pasted };
+    perform("paste");
+    pasted->answer();
+    app.queue.settle();
+    EXPECT_EQ(described(app), "shelf 1 of 1, 3 entries, up");
+    EXPECT_EQ(perform("new-shelf"), "shelf 2 of 2, 0 entries, up");
+    EXPECT_FALSE(quit);
+    perform("quit");
+    EXPECT_TRUE(quit);
+}
