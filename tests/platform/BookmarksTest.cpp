@@ -32,21 +32,23 @@ bool hasBirthTimes(const BookmarkWorld &world)
     return identityOf(world.path("home/one/a"))->hasBirth;
 }
 
-/// Makes files until one gets the number, in a later step of the clock by which
-/// the kernel dates files: within one step the two could not be told apart.
-void reuseNumber(const BookmarkWorld &world, const QByteArray &folder, ino_t number)
+/// Makes files until one gets the former one's number, as soon as the clock by
+/// which the kernel dates files has passed its birth: the two could not be told
+/// apart otherwise. The clock advances every few milliseconds.
+void reuseNumber(const BookmarkWorld &world, const QByteArray &folder, const FileIdentity &former)
 {
-    const auto step = [] {
+    const auto isPast = [&] {
         timespec now = {};
         ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
-        return std::pair(now.tv_sec, now.tv_nsec);
+        return std::pair<qint64, qint64>(now.tv_sec, now.tv_nsec)
+            > std::pair<qint64, qint64>(former.birthSeconds, former.birthNanoseconds);
     };
-    for (const auto before = step(); step() == before;)
+    while (!isPast())
         std::this_thread::yield();
     for (int i = 0; i < 64; ++i) {
         const QByteArray name = folder + "/new" + QByteArray::number(i);
         world.file(name);
-        if (identityOf(world.path(name))->inode == number)
+        if (identityOf(world.path(name))->inode == former.inode)
             return;
     }
 }
@@ -108,9 +110,9 @@ QList<Story> stories()
           "" },
         { "deleted, and its number given to another file",
           [](const BookmarkWorld &w) {
-              const auto number = identityOf(w.path("home/one/a"))->inode;
+              const auto former = *identityOf(w.path("home/one/a"));
               ::unlink(w.path("home/one/a").constData());
-              reuseNumber(w, "home/two", number);
+              reuseNumber(w, "home/two", former);
           },
           "" },
         { "one of its two names deleted",
