@@ -17,15 +17,21 @@ X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers)
     , m_workers(workers)
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
-    , m_window(xcb_generate_id(m_connection))
 {
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+void X11Clipboard::prepare()
+{
+    if (m_window != Xcb::none)
+        return;
+    m_window = xcb_generate_id(m_connection);
     m_atoms.fetch(
         { "CLIPBOARD", "CLIPBOARD_MANAGER", "SAVE_TARGETS", "_VANTLE_TIME", "_VANTLE_SAVED" });
     const auto root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
     const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_create_window(m_connection, 0, m_window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
                       0, XCB_CW_EVENT_MASK, &events);
-    QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
 X11Clipboard::~X11Clipboard()
@@ -34,11 +40,13 @@ X11Clipboard::~X11Clipboard()
         m_reading->giveUp();
         m_reading->waitForEnd(std::chrono::milliseconds(500));
     }
-    xcb_destroy_window(m_connection, m_window);
+    if (m_window != Xcb::none)
+        xcb_destroy_window(m_connection, m_window);
 }
 
 bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
 {
+    prepare();
     const xcb_window_t owner = Xcb::selectionOwner(m_connection, m_atoms("CLIPBOARD"));
     if (owner == Xcb::none)
         return false;
@@ -58,8 +66,18 @@ bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
 
 void X11Clipboard::write(const QList<QUrl> &urls)
 {
-    m_offer = std::make_unique<DragOffer>(m_queue, m_workers, m_atoms,
-                                          DragFormats::clipboardFormatsFor(urls), QByteArrayList());
+    offer(DragFormats::clipboardFormatsFor(urls));
+}
+
+void X11Clipboard::writeText(const QList<QUrl> &urls)
+{
+    offer(DragFormats::textFormatsFor(urls));
+}
+
+void X11Clipboard::offer(const QList<DragFormats::Format> &formats)
+{
+    prepare();
+    m_offer = std::make_unique<DragOffer>(m_queue, m_workers, m_atoms, formats, QByteArrayList());
     // A selection is taken at the X server's time, which a change of a property brings.
     m_wantsTime = true;
     xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window, m_atoms("_VANTLE_TIME"),
@@ -82,7 +100,7 @@ void X11Clipboard::takeOver(xcb_timestamp_t time)
 
 bool X11Clipboard::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
 {
-    if (type != "xcb_generic_event_t")
+    if (type != "xcb_generic_event_t" || m_window == Xcb::none)
         return false;
     switch (static_cast<xcb_generic_event_t *>(message)->response_type & 0x7f) {
     case XCB_PROPERTY_NOTIFY: {

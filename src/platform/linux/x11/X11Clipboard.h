@@ -25,16 +25,20 @@ public:
 
     bool read(std::function<void(const ItemProviders &)> completion) override;
     void write(const QList<QUrl> &urls) override;
+    void writeText(const QList<QUrl> &urls) override;
 
 private:
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
+    void prepare();
+    void offer(const QList<DragFormats::Format> &formats);
     void takeOver(xcb_timestamp_t time);
 
     MainQueue &m_queue;
     Workers &m_workers;
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
-    xcb_window_t m_window; // Owns the selection, and is what the manager answers.
+    // Owns the selection, and is what the manager answers; made at first use.
+    xcb_window_t m_window = Xcb::none;
 
     std::shared_ptr<DropReading> m_reading; // While it is under way.
     xcb_window_t m_readFrom = Xcb::none;

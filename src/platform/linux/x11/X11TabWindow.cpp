@@ -13,19 +13,15 @@ X11TabWindow::X11TabWindow(MainQueue &queue)
     : QWidget(nullptr,
               Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint
                   | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus)
+    , m_queue(queue)
     , m_connection(Xcb::toolkitConnection())
-    , m_compositor(m_connection, X11Root::of(m_connection, createNative()))
-    , m_drags(queue)
 {
-    m_compositor.onChange = [this] {
-        applyShape();
-        update();
-    };
-    m_drags.attach(internalWinId());
-    m_drags.onTargeted = [this](bool targeted) {
-        if (targeted && onDragEntered)
-            onDragEntered();
-    };
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setMouseTracking(true);
+    setWindowTitle(QStringLiteral("Vantle Tab"));
+    setWindowRole(QStringLiteral("tab"));
 }
 
 X11TabWindow::~X11TabWindow()
@@ -36,15 +32,20 @@ X11TabWindow::~X11TabWindow()
 }
 
 /// A window of 32 bits in any case: a compositor may come later.
-xcb_window_t X11TabWindow::createNative()
+void X11TabWindow::createNative()
 {
-    setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_ShowWithoutActivating);
-    setAttribute(Qt::WA_QuitOnClose, false);
-    setMouseTracking(true);
-    setWindowTitle(QStringLiteral("Vantle Tab"));
-    setWindowRole(QStringLiteral("tab"));
-    return static_cast<xcb_window_t>(winId());
+    m_compositor.emplace(m_connection,
+                         X11Root::of(m_connection, static_cast<xcb_window_t>(winId())));
+    m_compositor->onChange = [this] {
+        applyShape();
+        update();
+    };
+    m_drags.emplace(m_queue);
+    m_drags->attach(winId());
+    m_drags->onTargeted = [this](bool targeted) {
+        if (targeted && onDragEntered)
+            onDragEntered();
+    };
 }
 
 void X11TabWindow::setRootView(QWidget *view)
@@ -57,6 +58,8 @@ void X11TabWindow::setRootView(QWidget *view)
 
 void X11TabWindow::place(const QRectF &frame, DockEdge edge)
 {
+    if (!m_compositor)
+        createNative();
     m_edge = edge;
     setGeometry(frame.toRect());
     applyShape();

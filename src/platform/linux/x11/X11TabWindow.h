@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <optional>
+
 class MainQueue;
 
 /// The tab as an X11 window that the window manager does not manage: openbox
@@ -24,7 +26,7 @@ public:
     bool isVisible() const override { return QWidget::isVisible(); }
     void orderFront() override;
     void orderOut() override;
-    bool canFade() const override { return m_compositor.isRunning(); }
+    bool canFade() const override { return m_compositor && m_compositor->isRunning(); }
     void setOpacity(double opacity) override;
 
 protected:
@@ -36,12 +38,14 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    xcb_window_t createNative();
+    void createNative();
     void applyShape();
 
+    MainQueue &m_queue;
     xcb_connection_t *m_connection;
-    X11Compositor m_compositor;
-    XdndTarget m_drags;
+    // Made when the panel first docks: most starts of the program never see it.
+    std::optional<X11Compositor> m_compositor;
+    std::optional<XdndTarget> m_drags;
     QPointer<QWidget> m_rootView;
     DockEdge m_edge = DockEdge::Right;
     bool m_pointerInside = false;
