@@ -18,4 +18,7 @@ public:
     /// Puts these there together: files as copied files, everything as text. It
     /// outlives the program where the desktop has a clipboard manager.
     virtual void write(const QList<QUrl> &urls) = 0;
+
+    /// The same as text alone: a path or an address a line.
+    virtual void writeText(const QList<QUrl> &urls) = 0;
 };

@@ -14,7 +14,9 @@ public:
         return holds.has_value();
     }
     void write(const QList<QUrl> &urls) override { written = urls; }
+    void writeText(const QList<QUrl> &urls) override { writtenAsText = urls; }
 
     std::optional<ItemProviders> holds;
     QList<QUrl> written;
+    QList<QUrl> writtenAsText;
 };

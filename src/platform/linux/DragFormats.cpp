@@ -70,13 +70,8 @@ QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &u
 {
     QByteArrayList files;
     QByteArrayList links;
-    QStringList lines;
-    for (const QUrl &url : urls) {
-        const QByteArray line = lineFor(url);
-        (url.isLocalFile() ? files : links).append(line);
-        lines.append(url.isLocalFile() ? FilePath::display(FilePath::fromUrl(url))
-                                       : QString::fromLatin1(line));
-    }
+    for (const QUrl &url : urls)
+        (url.isLocalFile() ? files : links).append(lineFor(url));
     QList<Format> formats;
     if (!files.isEmpty()) {
         formats.append({ QLatin1String(DropFormats::copiedFiles), "copy\n" + files.join('\n') });
@@ -85,6 +80,16 @@ QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &u
     }
     if (!links.isEmpty())
         appendLinks(formats, links);
+    return formats + textFormatsFor(urls);
+}
+
+QList<DragFormats::Format> DragFormats::textFormatsFor(const QList<QUrl> &urls)
+{
+    QStringList lines;
+    for (const QUrl &url : urls)
+        lines.append(url.isLocalFile() ? FilePath::display(FilePath::fromUrl(url))
+                                       : QString::fromLatin1(lineFor(url)));
+    QList<Format> formats;
     if (!lines.isEmpty())
         appendText(formats, lines.join(u'\n'));
     return formats;

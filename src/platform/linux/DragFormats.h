@@ -24,4 +24,7 @@ QList<Format> formatsFor(const QList<QUrl> &urls);
 /// as copied.
 QList<Format> clipboardFormatsFor(const QList<QUrl> &urls);
 
+/// That text alone.
+QList<Format> textFormatsFor(const QList<QUrl> &urls);
+
 }
