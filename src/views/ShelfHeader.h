@@ -1,14 +1,15 @@
 #pragma once
 
 #include "views/DragHandle.h"
+#include "views/TitleButton.h"
 
 #include <QWidget>
 
 class IconButton;
 class Localizer;
 
-/// The panel's upper edge: the shelf's title, the drag handle, and the buttons
-/// that clear the shelf and close the panel.
+/// The panel's upper edge: the shelf's title, which is the button of its menu, the
+/// drag handle, and the buttons that clear the shelf and close the panel.
 class ShelfHeader final : public QWidget
 {
 public:
@@ -18,6 +19,7 @@ public:
     struct Content
     {
         QString title;
+        TitleButton::Pin pin = TitleButton::Pin::Absent;
         DragHandle::Carries carries = DragHandle::Carries::Everything;
         int count = 0; // What the handle would drag.
         bool empty = true; // Then neither the handle nor the clear button shows.
@@ -25,6 +27,7 @@ public:
     /// Also takes the texts anew, in the language of the moment.
     void setContent(const Content &content);
 
+    TitleButton &title() { return *m_title; }
     HandleDrag &drag() { return m_handle->drag(); }
 
     std::function<void()> onClear;
@@ -34,10 +37,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    QRect titleArea() const;
-
     const Localizer &m_texts;
-    QString m_title;
+    TitleButton *m_title;
     DragHandle *m_handle;
     IconButton *m_clear;
     IconButton *m_close;

@@ -26,6 +26,10 @@ QString fileName(Symbol symbol)
         return QStringLiteral("remove.svg");
     case Symbol::Tray:
         return QStringLiteral("tray.svg");
+    case Symbol::Pin:
+        return QStringLiteral("pin.svg");
+    case Symbol::ChevronDown:
+        return QStringLiteral("chevron-down.svg");
     }
     return {};
 }

@@ -8,7 +8,7 @@
 class QPainter;
 class QRectF;
 
-enum class Symbol { Documents, Trash, Close, Remove, Tray };
+enum class Symbol { Documents, Trash, Close, Remove, Tray, Pin, ChevronDown };
 
 /// The program's own line drawings, tinted when they are painted, so that they
 /// follow the palette. A drawing that is missing paints nothing. Main thread.

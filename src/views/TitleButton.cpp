@@ -1,0 +1,93 @@
+#include "views/TitleButton.h"
+
+#include "views/Look.h"
+
+#include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
+
+namespace {
+constexpr int smallestHeight = 26;
+constexpr int markGap = 4;
+constexpr int pinSize = 12;
+constexpr int chevronSize = 11;
+constexpr int smallestTitle = 24;
+}
+
+TitleButton::TitleButton(Symbols &symbols, QWidget *parent)
+    : QPushButton(parent)
+    , m_symbols(symbols)
+{
+    setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+}
+
+void TitleButton::setTitle(const QString &title, Pin pin)
+{
+    m_title = title;
+    m_pin = pin;
+    setAccessibleName(title);
+    updateGeometry();
+    update();
+}
+
+void TitleButton::setHelp(const QString &text)
+{
+    setToolTip(text);
+    setAccessibleDescription(text);
+}
+
+QFont TitleButton::titleFont() const
+{
+    return Look::font(font(), 13, QFont::DemiBold);
+}
+
+int TitleButton::marksWidth() const
+{
+    return markGap + chevronSize + (m_pin == Pin::Shown ? markGap + pinSize : 0);
+}
+
+QSize TitleButton::sizeHint() const
+{
+    const QFontMetrics metrics(titleFont());
+    // One more than it measures: a fraction of a point must not cut the title.
+    return { 2 * padding + metrics.horizontalAdvance(m_title) + 1 + marksWidth(),
+             std::max(smallestHeight, metrics.height() + 4) };
+}
+
+QSize TitleButton::minimumSizeHint() const
+{
+    return { 2 * padding + smallestTitle + marksWidth(), sizeHint().height() };
+}
+
+void TitleButton::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor text = Look::text(palette());
+    painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 1.5) : Qt::NoPen);
+    painter.setBrush(isDown()           ? Look::faded(text, 0.16)
+                         : underMouse() ? Look::faded(text, 0.08)
+                                        : QColor(Qt::transparent));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), 6, 6);
+
+    const auto place = [this](int left, int width) {
+        return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
+    };
+    painter.setFont(titleFont());
+    painter.setPen(text);
+    const int room = width() - 2 * padding - marksWidth();
+    const QString title = painter.fontMetrics().elidedText(m_title, Qt::ElideMiddle, room);
+    const int titleWidth = std::min(room, painter.fontMetrics().horizontalAdvance(title) + 1);
+    painter.drawText(place(padding, titleWidth),
+                     Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine, title);
+    int next = padding + titleWidth + markGap;
+    const QColor mark = Look::secondary(palette());
+    if (m_pin == Pin::Shown) {
+        m_symbols.paint(painter, Symbol::Pin, place(next, pinSize), pinSize, mark);
+        next += pinSize + markGap;
+    }
+    m_symbols.paint(painter, Symbol::ChevronDown, place(next, chevronSize), chevronSize, mark);
+}

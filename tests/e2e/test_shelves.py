@@ -1,0 +1,128 @@
+"""The menu of shelves and the question for a shelf's name, by pointer and by keyboard alone."""
+import pytest
+
+from desktop import wait_for
+
+main = pytest.mark.main
+
+
+def names(program, key="shelves"):
+    return [shelf.get("name") for shelf in program.state()[key]]
+
+
+def current(program):
+    state = program.state()
+    return next(s for s in state["shelves"] if s["id"] == state["current"])
+
+
+def title(program):
+    rect = program.panel_rect()
+    return rect.x + 24, rect.y + 20
+
+
+def prompt(program):
+    return next((w for w in program.desktop.windows("Rename", program.process.pid)), None)
+
+
+def type_name(program, name):
+    """Into the prompt, which must have got the keyboard."""
+    desktop = program.desktop
+    window = wait_for(lambda: prompt(program), 5, "the prompt")
+    wait_for(lambda: desktop.active_window() == window.id, 5, "the keyboard in the prompt")
+    for letter in name:
+        desktop.keys(letter)
+
+
+def menus(program):
+    """The open menus, the last that opened last."""
+    desktop = program.desktop
+    tooltip = desktop.atom("_NET_WM_WINDOW_TYPE_TOOLTIP")
+    return [w for w in desktop.windows(pid=program.process.pid) if w.get_attributes().override_redirect
+            and tooltip not in (desktop.property(w, "_NET_WM_WINDOW_TYPE") or ())]
+
+
+def wait_for_menus(program, count):
+    return wait_for(lambda: len(menus(program)) == count, 3, f"{count} menus")
+
+
+@main
+def test_by_keyboard(desktop, shelf):
+    desktop.run(shelf.binary, desktop.write(desktop.home / "one.txt", "x"))
+    shelf.wait_for_items(1)
+    shelf.summon()
+
+    def choose(*keys, opener="space"):
+        """Opens the menu from the title and walks it."""
+        desktop.keys(opener)
+        wait_for_menus(shelf, 1)
+        for key in keys:
+            desktop.keys(key)
+        wait_for_menus(shelf, 0)
+
+    desktop.keys("Tab")  # To the title, where the keyboard stays.
+    choose("Down", "Down", "Down", "Return")  # Rename, behind the one shelf and "new".
+    type_name(shelf, "work")
+    desktop.keys("Return")
+    wait_for(lambda: names(shelf) == ["work"], what="the new name")
+    wait_for(lambda: desktop.active_window() == shelf.panel().id, 3, "the keyboard back in the panel")
+
+    choose("Up", "Return", opener="Return")  # Closing the only shelf is off: the entry before it.
+    wait_for(lambda: current(shelf)["pinned"], what="the pin")
+    desktop.keys("Control_L", "t")
+    wait_for(lambda: len(names(shelf)) == 2, what="a new shelf")
+    choose("Down", "Return")
+    wait_for(lambda: current(shelf)["name"] == "work", what="the first shelf")
+    choose("Up", "Return")
+    wait_for(lambda: names(shelf, "closed") == ["work"], what="the shelf to be closed")
+    choose("Up", "Right", "Return")
+    wait_for(lambda: names(shelf)[-1] == "work" and current(shelf)["name"] == "work", what="it to be open again")
+    assert current(shelf)["pinned"] and len(shelf.items()) == 1
+
+    choose("Up", "Up", "Up", "Return")
+    type_name(shelf, "x")
+    desktop.keys("Escape")
+    wait_for(lambda: not prompt(shelf), 3, "the prompt to go")
+    assert "x" not in names(shelf) and shelf.panel_is_up()
+    choose("Escape")
+    assert shelf.panel_is_up()
+
+
+@main
+def test_by_pointer(desktop, shelf):
+    desktop.run(shelf.binary, desktop.write(desktop.home / "one.txt", "x"))
+    shelf.wait_for_items(1)
+    # Somebody types in another program; only the presses in the panel are for us.
+    desktop.start("mousepad", "mousepad")
+    rival = desktop.window("Mousepad")
+    desktop.place(rival, 100, 100, 600, 400)
+    desktop.activate(rival)
+    desktop.keys("a")
+
+    def choose(*places):
+        """Entries of the menu, and then of its submenu, as (index, number of entries)."""
+        desktop.click(*title(shelf))
+        for depth, (index, count) in enumerate(places):
+            wait_for_menus(shelf, depth + 1)
+            rect = desktop.rect(menus(shelf)[-1])
+            entry = rect.height / count
+            desktop.click(rect.x + 30, rect.y + entry * (index + 0.5))
+        wait_for_menus(shelf, 0)
+
+    desktop.click(*title(shelf))
+    wait_for_menus(shelf, 1)
+    desktop.click(*title(shelf))  # Closes it, and does not open it again.
+    wait_for_menus(shelf, 0)
+    choose((2, 5))
+    type_name(shelf, "work")
+    desktop.keys("Return")
+    wait_for(lambda: names(shelf) == ["work"], what="the new name")
+    choose((3, 5))
+    wait_for(lambda: current(shelf)["pinned"], what="the pin")
+    choose((1, 5))
+    wait_for(lambda: len(names(shelf)) == 2, what="a new shelf")
+    choose((0, 6))
+    wait_for(lambda: current(shelf)["name"] == "work", what="the first shelf")
+    choose((5, 6))
+    wait_for(lambda: names(shelf, "closed") == ["work"], what="the shelf to be closed")
+    choose((5, 6), (0, 1))
+    wait_for(lambda: current(shelf)["name"] == "work", what="it to be open again")
