@@ -6,11 +6,7 @@
 #include "platform/Applications.h"
 #include "store/WebLocation.h"
 
-namespace {
-
-/// What stands for the file: applications of this desktop do not know web location
-/// files.
-QUrl opened(const QUrl &url)
+QUrl FileOps::opened(const QUrl &url)
 {
     const QByteArray path = FilePath::fromUrl(url);
     if (!path.toLower().endsWith(".webloc"))
@@ -19,14 +15,22 @@ QUrl opened(const QUrl &url)
     return content.bytes ? WebLocation::decode(*content.bytes).value_or(url) : url;
 }
 
-}
-
-void FileOps::open(const QList<QUrl> &urls, Applications &applications, Workers &workers)
+void FileOps::open(const QList<QUrl> &urls, Applications &applications, Workers &workers,
+                   const QString &application)
 {
-    workers.run(WorkerPriority::UserInitiated, [urls, &applications] {
+    workers.run(WorkerPriority::UserInitiated, [urls, application, &applications] {
         QList<QUrl> targets;
         for (const QUrl &url : urls)
             targets.append(opened(url));
-        applications.open(targets);
+        if (application.isEmpty())
+            applications.open(targets);
+        else
+            applications.open(targets, application);
     });
+}
+
+void FileOps::reveal(const QList<QUrl> &urls, Applications &applications, Workers &workers)
+{
+    workers.run(WorkerPriority::UserInitiated,
+                [urls, &applications] { applications.reveal(urls); });
 }

@@ -1,17 +1,26 @@
 #pragma once
 
 #include <QList>
+#include <QString>
 #include <QUrl>
 
 class Applications;
 class Workers;
 
-/// What the user does with files, beside moving them about.
+/// What the user does with files, beside moving them about. Each returns at once
+/// and reports nothing. The applications outlive the workers.
 namespace FileOps {
 
-/// Opens each in its default application, in order; a web location file opens the
-/// address in it. Returns at once and reports nothing. The applications outlive
-/// the workers.
-void open(const QList<QUrl> &urls, Applications &applications, Workers &workers);
+/// Opens all in that application; without one, each in its default application, in
+/// order. Of a web location file the address in it is opened.
+void open(const QList<QUrl> &urls, Applications &applications, Workers &workers,
+          const QString &application = {});
+
+/// Shows them in the file manager.
+void reveal(const QList<QUrl> &urls, Applications &applications, Workers &workers);
+
+/// What is opened for the file: applications of this desktop do not know web
+/// location files. Reads the file, so on workers only.
+QUrl opened(const QUrl &url);
 
 }

@@ -1,15 +1,32 @@
 #pragma once
 
 #include <QList>
+#include <QString>
 #include <QUrl>
 
-/// The applications of the desktop. Every call waits for other programs: worker
-/// threads only.
+/// An application that can open a file.
+struct OpenWithApp
+{
+    QString identifier;
+    QString name; // As its user reads it.
+    QString icon; // A name in the icon theme, or a picture's path; may be empty.
+
+    bool operator==(const OpenWithApp &) const = default;
+};
+
+/// The applications of the desktop. Every call waits for other programs or for
+/// files: worker threads only. What is started comes up in front.
 class Applications
 {
 public:
     virtual ~Applications() = default;
-    /// Opens each by itself in its default application, in order; the window that
-    /// comes up is in front. What has no application, or fails, is passed over.
+    /// Opens each by itself in its default application, in order. What has no
+    /// application, or fails, is passed over.
     virtual void open(const QList<QUrl> &urls) = 0;
+    /// Opens all of them together in that application, if it is still there.
+    virtual void open(const QList<QUrl> &urls, const QString &application) = 0;
+    /// Those that can open it, the default one first; at most that many.
+    virtual QList<OpenWithApp> thatOpen(const QUrl &url, int limit) = 0;
+    /// Shows the files in the file manager, selected where it can do that.
+    virtual void reveal(const QList<QUrl> &urls) = 0;
 };

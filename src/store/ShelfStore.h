@@ -103,6 +103,10 @@ public:
 
     // Files that move.
 
+    /// Gives an entry's file another name in its folder; no file is ever replaced.
+    /// The reason, where that fails: then nothing has changed.
+    [[nodiscard]] std::optional<QString> rename(const QUuid &id, const QString &name);
+
     /// Looks for the files of the current shelf on a worker: entries follow theirs, and those whose
     /// file is gone leave quietly. One check at a time; a request during one is dropped.
     void refreshLocationsInBackground();

@@ -1,40 +1,23 @@
 #include "views/ItemListView.h"
 
-#include "app/settings/Localizer.h"
 #include "store/ShelfStore.h"
 #include "views/SlimScrollBar.h"
 
 #include <QCoreApplication>
-#include <QHelpEvent>
-#include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
-#include <QToolTip>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr int rowSpacing = 5;
 constexpr int listPadding = 8; // Around all rows.
-constexpr double clickTremble = 3; // From here on a press is no click.
 constexpr double scrollDuration = 0.15;
 
 static_assert(listPadding == SlimScrollBar::thickness, "The scroll bar lies in the padding.");
 
-}
-
-Modifiers eventModifiers(Qt::KeyboardModifiers modifiers)
-{
-    Modifiers result = 0;
-    if (modifiers & Qt::ShiftModifier)
-        result |= EventModifier::Shift;
-    if (modifiers & Qt::MetaModifier)
-        result |= EventModifier::Control;
-    if (modifiers & Qt::AltModifier)
-        result |= EventModifier::Option;
-    if (modifiers & Qt::ControlModifier)
-        result |= EventModifier::Command;
-    return result;
 }
 
 ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &icons,
@@ -197,8 +180,12 @@ void ItemListView::scrollTo(const QModelIndex &index, ScrollHint)
 
 void ItemListView::focusChanged()
 {
-    if (const auto focus = m_store.focus.value())
-        scrollTo(m_model.index(m_model.rowOf(*focus)));
+    const auto focus = m_store.focus.value();
+    const int row = focus ? m_model.rowOf(*focus) : -1;
+    if (row < 0)
+        return;
+    scrollTo(m_model.index(row));
+    comeNear(row);
 }
 
 void ItemListView::change(const QList<ShelfItem> &next)
@@ -288,130 +275,4 @@ void ItemListView::paintEvent(QPaintEvent *event)
         painter.setOpacity(m_rows.opacity(item.id));
         m_delegate->paintRow(painter, rect, item, lookOf(row));
     }
-}
-
-bool ItemListView::overButton(int row) const
-{
-    return m_pointer && m_delegate->buttonRect(rowRect(row)).contains(*m_pointer);
-}
-
-void ItemListView::setPointer(std::optional<QPoint> position)
-{
-    m_pointer = position;
-    viewport()->update();
-}
-
-bool ItemListView::viewportEvent(QEvent *event)
-{
-    switch (event->type()) {
-    case QEvent::Enter:
-        setPointer(static_cast<QEnterEvent *>(event)->position().toPoint());
-        break;
-    case QEvent::Leave:
-    case QEvent::Hide:
-        setPointer(std::nullopt);
-        break;
-    case QEvent::ToolTip: {
-        const auto *help = static_cast<QHelpEvent *>(event);
-        const auto index = indexAt(help->pos());
-        const auto button = m_delegate->buttonRect(visualRect(index));
-        if (index.isValid() && button.contains(help->pos()))
-            QToolTip::showText(help->globalPos(), m_texts.text(QStringLiteral("remove")),
-                               viewport(), button);
-        else
-            QToolTip::hideText();
-        return true;
-    }
-    default:
-        break;
-    }
-    return QListView::viewportEvent(event);
-}
-
-void ItemListView::mousePressEvent(QMouseEvent *event)
-{
-    beginPress(event, Press::Count::Single);
-}
-
-void ItemListView::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    beginPress(event, Press::Count::Double);
-}
-
-void ItemListView::beginPress(QMouseEvent *event, Press::Count count)
-{
-    m_press.reset();
-    const QPoint at = event->position().toPoint();
-    setPointer(at);
-    const auto index = indexAt(at);
-    if (event->button() != Qt::LeftButton || !index.isValid()) {
-        event->ignore(); // The widget around the list may move the window by it.
-        return;
-    }
-    event->accept();
-    m_scroll.cancel();
-    const auto &id = m_model.item(index.row()).id;
-    if (overButton(index.row())) {
-        m_press = Press { Press::Part::Button, id, at, count };
-        return;
-    }
-    m_press = Press { Press::Part::Row, id, at, count };
-    m_store.pressedID = id;
-}
-
-void ItemListView::mouseMoveEvent(QMouseEvent *event)
-{
-    const QPoint at = event->position().toPoint();
-    setPointer(at);
-    if (m_press && QLineF(m_press->at, at).length() >= clickTremble)
-        m_press->moved = true;
-    event->setAccepted(m_press.has_value());
-}
-
-void ItemListView::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !m_press) {
-        event->ignore();
-        return;
-    }
-    event->accept();
-    setPointer(event->position().toPoint());
-    const Press press = *m_press;
-    m_press.reset();
-    endPress(press, event);
-}
-
-void ItemListView::endPress(const Press &press, QMouseEvent *event)
-{
-    const auto index = indexAt(event->position().toPoint());
-    if (!index.isValid() || m_model.item(index.row()).id != press.id)
-        return;
-    if (press.part == Press::Part::Button) {
-        m_lastClicked.reset();
-        if (overButton(index.row()))
-            m_store.removeIds({ press.id });
-        return;
-    }
-    if (press.moved)
-        return;
-    if (press.count == Press::Count::Double && m_lastClicked == press.id) {
-        m_lastClicked.reset();
-        const ShelfItem item = m_model.item(index.row());
-        if (onActivate)
-            onActivate(item);
-        return;
-    }
-    m_lastClicked = press.id;
-    m_store.click(press.id, eventModifiers(event->modifiers()));
-}
-
-void ItemListView::wheelEvent(QWheelEvent *event)
-{
-    m_scroll.cancel();
-    QListView::wheelEvent(event);
-}
-
-void ItemListView::keyPressEvent(QKeyEvent *event)
-{
-    event->ignore();
 }

@@ -35,6 +35,13 @@ public:
 
     /// A double click on a row.
     std::function<void(const ShelfItem &)> onActivate;
+    /// A row's menu is asked for, at a place on the screen.
+    std::function<void(const ShelfItem &, const QPoint &)> onMenu;
+    /// Pointer or keyboard came to a row, so that its menu may be asked for soon.
+    std::function<void(const ShelfItem &)> onNear;
+
+    /// For the keyboard: the row that has the focus, brought into view.
+    void askForMenu();
 
     void setMotion(Motion motion) { m_motion = motion; }
 
@@ -58,6 +65,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
@@ -83,6 +91,7 @@ private:
     void change(const QList<ShelfItem> &next);
     void animate(const QList<ShelfItem> &before, const RowChanges &changes, double scrolledBefore);
     void focusChanged();
+    void comeNear(int row);
 
     void beginPress(QMouseEvent *event, Press::Count count);
     void endPress(const Press &press, QMouseEvent *event);
@@ -97,6 +106,7 @@ private:
     Motion m_motion = Motion::Full;
 
     std::optional<QPoint> m_pointer; // In the viewport, while it is there.
+    std::optional<QUuid> m_near; // The row that onNear told last.
     std::optional<Press> m_press;
     std::optional<QUuid> m_lastClicked; // A double click counts where both clicks hit one row.
 

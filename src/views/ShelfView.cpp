@@ -8,9 +8,14 @@
 #include "views/DropOutline.h"
 #include "views/EmptyState.h"
 #include "views/ItemListView.h"
+#include "views/Prompt.h"
+#include "views/RenamePrompt.h"
 #include "views/ShelfHeader.h"
+#include "views/ShelfMenu.h"
 #include "views/Toast.h"
 
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QMouseEvent>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -41,6 +46,7 @@ ShelfView::ShelfView(ShelfStore &store, AppSettings &settings, const Localizer &
     , m_empty(new EmptyState(m_symbols, m_content))
     , m_outline(new DropOutline(queue, this))
     , m_toast(new Toast(queue, this))
+    , m_rowMenu(store, texts, actions)
     , m_appear(queue)
 {
     setMinimumSize(smallestPanel);
@@ -53,11 +59,8 @@ ShelfView::ShelfView(ShelfStore &store, AppSettings &settings, const Localizer &
     column->setSpacing(0);
     column->addWidget(m_header);
     column->addWidget(m_content, 1);
-    m_list->onActivate = [this](const ShelfItem &item) {
-        if (onActivate)
-            onActivate(item);
-    };
     connectHeader();
+    connectRows();
     subscribe();
     refresh();
     setFocus();
@@ -72,6 +75,7 @@ void ShelfView::connectHeader()
         if (onClose)
             onClose();
     };
+    connect(&m_header->title(), &TitleButton::pressed, this, [this] { openShelfMenu(); });
     m_header->drag().urls = [this] {
         QList<QUrl> urls;
         for (const auto &item : dragOutItems())
@@ -82,6 +86,74 @@ void ShelfView::connectHeader()
         if (onDraggedOut)
             onDraggedOut(urls);
     };
+}
+
+/// Never waits for it: the menu acts by itself and goes when it closes.
+void ShelfView::openShelfMenu()
+{
+    TitleButton &title = m_header->title();
+    auto *menu = new ShelfMenu(m_store, m_texts, m_symbols, &title);
+    menu->onRename = [this] { rename(); };
+    connect(menu, &QMenu::aboutToHide, &title, [&title] { title.setDown(false); });
+    menu->popupBelow(title);
+}
+
+void ShelfView::rename()
+{
+    const Prompt::Request request { .message = m_texts.text(QStringLiteral("shelf_rename_title")),
+                                    .text = m_store.currentTitle(),
+                                    .accept = m_texts.text(QStringLiteral("rename_action")),
+                                    .cancel = m_texts.text(QStringLiteral("cancel")) };
+    Prompt::ask(this, request,
+                [this, id = m_store.currentID.value(),
+                 alive = std::weak_ptr(m_alive)](const std::optional<QString> &name) {
+                    if (name && alive.lock())
+                        m_store.renameShelf(id, *name);
+                });
+}
+
+void ShelfView::connectRows()
+{
+    m_list->onActivate = [this](const ShelfItem &item) { activate(item); };
+    m_list->onNear = [this](const ShelfItem &item) {
+        if (actions.apps)
+            actions.apps(item.url);
+    };
+    m_list->onMenu
+        = [this](const ShelfItem &item, const QPoint &at) { m_rowMenu.popup(item, at, this); };
+    m_rowMenu.onActivate = m_list->onActivate;
+    m_rowMenu.onRename = [this](const ShelfItem &item) { rename(item); };
+    m_rowMenu.onToast = [this](const QString &text) { showToast(text); };
+}
+
+void ShelfView::rename(const ShelfItem &item)
+{
+    FileOps::promptRename(
+        this, item.url, m_texts,
+        [this, id = item.id, alive = std::weak_ptr(m_alive)](const QString &name) {
+            if (!alive.lock())
+                return;
+            if (const auto reason = m_store.rename(id, name))
+                showToast(m_texts.text(QStringLiteral("rename_failed"), { *reason }));
+        });
+}
+
+void ShelfView::activate(const ShelfItem &item)
+{
+    const QString &action = m_settings.doubleClickAction.value();
+    if (item.link || action == QLatin1String("open")) {
+        if (actions.open)
+            actions.open({ item.link.value_or(item.url) }, {});
+    } else if (action == QLatin1String("reveal")) {
+        if (actions.reveal)
+            actions.reveal({ item.url });
+    } else {
+        if (!m_store.selection.value().contains(item.id))
+            m_store.click(item.id, 0);
+        syncQL();
+        if (actions.preview)
+            actions.preview();
+    }
 }
 
 void ShelfView::subscribe()
@@ -121,8 +193,10 @@ void ShelfView::refreshSoon()
 void ShelfView::refresh()
 {
     const bool selected = !m_store.selectedItems().isEmpty();
+    const auto shelf = m_store.currentShelf();
     m_header->setContent(
         { m_store.currentTitle(),
+          shelf && shelf->pinned ? TitleButton::Pin::Shown : TitleButton::Pin::Absent,
           selected ? DragHandle::Carries::Selection : DragHandle::Carries::Everything,
           static_cast<int>(dragOutItems().size()), m_store.items.value().isEmpty() });
     m_empty->setTexts(m_texts.text(QStringLiteral("empty_drop")),
@@ -233,4 +307,20 @@ void ShelfView::mouseReleaseEvent(QMouseEvent *event)
     if (!m_isMoving && m_content->currentWidget() == m_list
         && m_content->geometry().contains(press))
         m_store.deselectAll();
+}
+
+void ShelfView::contextMenuEvent(QContextMenuEvent *event)
+{
+    event->setAccepted(event->reason() == QContextMenuEvent::Keyboard);
+    if (event->isAccepted() && m_content->currentWidget() == m_list)
+        m_list->askForMenu();
+}
+
+/// Keyboards without a menu key have this combination for it.
+void ShelfView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() != Qt::Key_F10 || event->modifiers() != Qt::ShiftModifier)
+        return QWidget::keyPressEvent(event);
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, QPoint(), mapToGlobal(QPoint()));
+    QCoreApplication::sendEvent(this, &menu);
 }

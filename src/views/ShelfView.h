@@ -5,6 +5,7 @@
 #include "platform/DropTarget.h"
 #include "store/ShelfItem.h"
 #include "views/Motion.h"
+#include "views/RowMenu.h"
 #include "views/Symbols.h"
 
 #include <QList>
@@ -47,6 +48,12 @@ public:
     void showToast(const QString &text);
     /// The selected entries, or all of them where none is selected.
     QList<ShelfItem> dragOutItems() const;
+    /// Asks for another name of the current shelf.
+    void rename();
+    /// Asks for another name of the entry's file.
+    void rename(const ShelfItem &item);
+    /// Opens the entry in the way that the user prefers.
+    void activate(const ShelfItem &item);
     /// Brings what the preview would show in line with the store.
     void syncQL();
     void setMotion(Motion motion);
@@ -56,8 +63,8 @@ public:
     std::function<void()> onMoveWindow;
     /// What a target took from the header's handle.
     std::function<void(const QList<QUrl> &)> onDraggedOut;
-    /// A double click on an entry.
-    std::function<void(const ShelfItem &)> onActivate;
+    /// What the desktop does with entries.
+    RowActions actions;
 
     std::optional<QString> toastText() const;
 
@@ -66,9 +73,13 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void connectHeader();
+    void openShelfMenu();
+    void connectRows();
     void subscribe();
     void refreshSoon();
     void refresh();
@@ -88,6 +99,7 @@ private:
     DropOutline *m_outline;
     Toast *m_toast;
 
+    RowMenu m_rowMenu;
     Motion m_motion = Motion::Full;
     Animation m_appear; // Of the empty state.
     std::optional<QPoint> m_backgroundPress;

@@ -2,6 +2,7 @@
 
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
+#include "fileops/OpenWithCache.h"
 #include "platform/fake/FakeApplications.h"
 #include "platform/fake/VirtualQueue.h"
 #include "store/WebLocation.h"
@@ -28,4 +29,30 @@ TEST(FileOpsTest, AWebLocationFileOpensItsAddress)
     EXPECT_TRUE(applications.opened.isEmpty()); // Not while the caller waits.
     queue.settle();
     EXPECT_EQ(applications.opened, (QList<QUrl> { urls[0], address, urls[2], urls[3] }));
+
+    FileOps::open({ urls[1] }, applications, workers, QStringLiteral("browser.desktop"));
+    queue.settle();
+    EXPECT_EQ(applications.opened.last(), address);
+    EXPECT_EQ(applications.openedWith, QStringLiteral("browser.desktop"));
+}
+
+TEST(OpenWithCacheTest, EachKindOfFileIsLookedUpOnce)
+{
+    VirtualQueue queue;
+    VirtualWorkers workers(queue);
+    FakeApplications applications;
+    for (int i = 0; i < 20; ++i)
+        applications.installed.append({ QString::number(i), QString(), QString() });
+    OpenWithCache cache(applications, queue, workers);
+    const QList<QUrl> kinds { FilePath::toUrl("/a/one.TXT"), FilePath::toUrl("/a/.profile"),
+                              FilePath::toUrl("/a/b.txt", FilePath::Kind::Directory) };
+    const QList<QUrl> same { FilePath::toUrl("/b/two.txt"), FilePath::toUrl("/a.b/readme"),
+                             FilePath::toUrl("/", FilePath::Kind::Directory) };
+    for (const QUrl &url : kinds + same)
+        EXPECT_TRUE(cache.apps(url).isEmpty());
+    queue.settle();
+    for (const QUrl &url : kinds + same)
+        EXPECT_EQ(cache.apps(url), applications.installed.mid(0, 12));
+    queue.settle();
+    EXPECT_EQ(applications.asked, kinds);
 }

@@ -6,5 +6,21 @@ class FakeApplications final : public Applications
 {
 public:
     void open(const QList<QUrl> &urls) override { opened += urls; }
+    void open(const QList<QUrl> &urls, const QString &application) override
+    {
+        opened += urls;
+        openedWith = application;
+    }
+    QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override
+    {
+        asked.append(url);
+        return installed.mid(0, limit);
+    }
+    void reveal(const QList<QUrl> &urls) override { revealed += urls; }
+
+    QList<OpenWithApp> installed;
+    QList<QUrl> asked;
     QList<QUrl> opened;
+    QString openedWith;
+    QList<QUrl> revealed;
 };

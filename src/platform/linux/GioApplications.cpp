@@ -1,7 +1,12 @@
 #include "platform/linux/GioApplications.h"
 
+#include "base/FilePath.h"
+
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
 
 #include <gio/gio.h>
 
@@ -16,6 +21,7 @@ struct Unref
     void operator()(gpointer object) const { g_object_unref(object); }
 };
 
+constexpr int revealLimit = 10000; // Milliseconds for a file manager, which may have to start.
 constexpr char startupIdKey[] = "vantle-startup-id";
 
 char *startupId(GAppLaunchContext *context, GAppInfo *, GList *)
@@ -44,6 +50,64 @@ QByteArray newStartupId(quint32 userTime)
         + QByteArray::number(++count) + "_TIME" + QByteArray::number(userTime);
 }
 
+struct Free
+{
+    void operator()(char *text) const { g_free(text); }
+};
+
+struct FreeList
+{
+    void operator()(GList *list) const { g_list_free_full(list, g_object_unref); }
+};
+
+using Text = std::unique_ptr<char, Free>;
+using AppInfo = std::unique_ptr<GAppInfo, Unref>;
+using AppInfos = std::unique_ptr<GList, FreeList>;
+
+std::unique_ptr<GAppLaunchContext, Unref> newContext(quint32 userTime)
+{
+    std::unique_ptr<GAppLaunchContext, Unref> context(
+        static_cast<GAppLaunchContext *>(g_object_new(contextType(), nullptr)));
+    const QByteArray id = newStartupId(userTime);
+    g_object_set_data_full(G_OBJECT(context.get()), startupIdKey, g_strdup(id.constData()), g_free);
+    return context;
+}
+
+/// The content type of a file, or the one that stands for an address; by the name
+/// where the file cannot be looked at.
+Text contentType(const QUrl &url)
+{
+    if (!url.isLocalFile())
+        return Text(g_strdup(("x-scheme-handler/" + url.scheme().toUtf8()).constData()));
+    const std::unique_ptr<GFile, Unref> file(g_file_new_for_uri(url.toEncoded().constData()));
+    const std::unique_ptr<GFileInfo, Unref> info(
+        g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+                          G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
+    if (const char *type = info ? g_file_info_get_content_type(info.get()) : nullptr)
+        return Text(g_strdup(type));
+    const Text path(g_file_get_path(file.get()));
+    return Text(g_content_type_guess(path.get(), nullptr, 0, nullptr));
+}
+
+OpenWithApp described(GAppInfo *info)
+{
+    GIcon *icon = g_app_info_get_icon(info); // A name of a theme or a file, as entries have it.
+    QString picture;
+    if (icon != nullptr && G_IS_THEMED_ICON(icon))
+        picture = QString::fromUtf8(g_themed_icon_get_names(G_THEMED_ICON(icon))[0]);
+    else if (icon != nullptr && G_IS_FILE_ICON(icon))
+        picture = QString::fromUtf8(
+            Text(g_file_get_path(g_file_icon_get_file(G_FILE_ICON(icon)))).get());
+    return { QString::fromUtf8(g_app_info_get_id(info)),
+             QString::fromUtf8(g_app_info_get_display_name(info)), picture };
+}
+
+bool takesFiles(GAppInfo *info)
+{
+    return g_app_info_get_id(info) != nullptr
+        && (g_app_info_supports_files(info) != FALSE || g_app_info_supports_uris(info) != FALSE);
+}
+
 }
 
 GioApplications::GioApplications(std::function<quint32()> userTime)
@@ -55,11 +119,67 @@ void GioApplications::open(const QList<QUrl> &urls)
 {
     const quint32 time = m_userTime();
     for (const QUrl &url : urls) {
-        const std::unique_ptr<GAppLaunchContext, Unref> context(
-            static_cast<GAppLaunchContext *>(g_object_new(contextType(), nullptr)));
-        const QByteArray id = newStartupId(time);
-        g_object_set_data_full(G_OBJECT(context.get()), startupIdKey, g_strdup(id.constData()),
-                               g_free);
+        const auto context = newContext(time);
         g_app_info_launch_default_for_uri(url.toEncoded().constData(), context.get(), nullptr);
     }
+}
+
+void GioApplications::open(const QList<QUrl> &urls, const QString &application)
+{
+    const AppInfos all(g_app_info_get_all());
+    const QByteArray identifier = application.toUtf8();
+    for (GList *link = all.get(); link != nullptr; link = link->next) {
+        auto *info = static_cast<GAppInfo *>(link->data);
+        if (identifier != g_app_info_get_id(info))
+            continue;
+        QByteArrayList addresses;
+        for (const QUrl &url : urls)
+            addresses.append(url.toEncoded());
+        GList *list = nullptr;
+        for (QByteArray &address : addresses)
+            list = g_list_prepend(list, address.data());
+        list = g_list_reverse(list);
+        g_app_info_launch_uris(info, list, newContext(m_userTime()).get(), nullptr);
+        g_list_free(list);
+        return;
+    }
+}
+
+QList<OpenWithApp> GioApplications::thatOpen(const QUrl &url, int limit)
+{
+    const Text type = contentType(url);
+    const AppInfos all(g_app_info_get_all_for_type(type.get()));
+    const AppInfo first(g_app_info_get_default_for_type(type.get(), FALSE));
+    QList<OpenWithApp> found;
+    for (GList *link = all.get(); link != nullptr; link = link->next) {
+        auto *info = static_cast<GAppInfo *>(link->data);
+        if (!takesFiles(info))
+            continue;
+        if (first && g_app_info_equal(info, first.get()) != FALSE)
+            found.prepend(described(info));
+        else
+            found.append(described(info));
+    }
+    return found.mid(0, limit);
+}
+
+void GioApplications::reveal(const QList<QUrl> &urls)
+{
+    QStringList addresses;
+    QList<QUrl> folders;
+    for (const QUrl &url : urls) {
+        addresses.append(QString::fromLatin1(url.toEncoded()));
+        const QUrl folder
+            = FilePath::toUrl(FilePath::parent(FilePath::fromUrl(url)), FilePath::Kind::Directory);
+        if (!folders.contains(folder))
+            folders.append(folder);
+    }
+    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
+                                               QStringLiteral("/org/freedesktop/FileManager1"),
+                                               QStringLiteral("org.freedesktop.FileManager1"),
+                                               QStringLiteral("ShowItems"));
+    call << addresses << QString::fromLatin1(newStartupId(m_userTime()));
+    const auto reply = QDBusConnection::sessionBus().call(call, QDBus::Block, revealLimit);
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        open(folders);
 }

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-/// GIO's knowledge of types and applications.
+/// GIO's knowledge of types and applications, and the file manager by its bus name.
 class GioApplications final : public Applications
 {
 public:
@@ -15,6 +15,9 @@ public:
     /// Called on any thread.
     explicit GioApplications(std::function<quint32()> userTime);
     void open(const QList<QUrl> &urls) override;
+    void open(const QList<QUrl> &urls, const QString &application) override;
+    QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override;
+    void reveal(const QList<QUrl> &urls) override;
 
 private:
     std::function<quint32()> m_userTime;

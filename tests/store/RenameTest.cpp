@@ -1,0 +1,52 @@
+#include "store/StoreWorld.h"
+
+#include <sys/stat.h>
+
+TEST(RenameTest, TheEntryFollowsItsFile)
+{
+    World w;
+    const QByteArray folder = w.home() + "/folder.d";
+    ASSERT_EQ(mkdir(folder.constData(), 0700), 0);
+    w.store().add({ w.file("n\xE4me.txt"), FilePath::toUrl(folder, FilePath::Kind::Directory) });
+    const auto before = w.store().items.value();
+    EXPECT_EQ(w.store().rename(w.id(0), QStringLiteral("näme.txt")), std::nullopt);
+    EXPECT_EQ(w.store().rename(w.id(1), QStringLiteral("new")), std::nullopt);
+    EXPECT_EQ(w.store().rename(QUuid::createUuid(), QStringLiteral("x")), std::nullopt);
+
+    const QByteArray file = w.home() + "/n\xC3\xA4me.txt";
+    auto expected = before;
+    expected[0].url = FilePath::toUrl(file);
+    expected[0].bookmark = FakeBookmarks::bookmarkOf(file);
+    expected[1].url = FilePath::toUrl(w.home() + "/new", FilePath::Kind::Directory);
+    expected[1].bookmark = FakeBookmarks::bookmarkOf(w.home() + "/new");
+    EXPECT_EQ(w.store().items.value(), expected);
+    EXPECT_EQ(w.savedState()->shelves.first().items, expected);
+    EXPECT_EQ(World::read(file), "content");
+    EXPECT_FALSE(FilePath::exists(w.home() + "/n\xE4me.txt"));
+}
+
+TEST(RenameTest, AFailureChangesNothingAndSaysWhy)
+{
+    World w;
+    w.store().add({ w.file("a"), w.file("b") });
+    ASSERT_EQ(symlink("/nowhere", (w.home() + "/dangling").constData()), 0);
+    const auto before = w.store().items.value();
+    const auto saved = w.saved();
+    struct Case
+    {
+        QString name;
+        QString reason;
+    };
+    const Case cases[] = {
+        { QStringLiteral("b"), QStringLiteral("rename_exists") },
+        { QStringLiteral("dangling"), QStringLiteral("rename_exists") },
+        { QString(300, u'x'), qt_error_string(ENAMETOOLONG) },
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(w.store().rename(w.id(0), c.name), c.reason);
+    EXPECT_EQ(w.store().items.value(), before);
+    EXPECT_EQ(w.saved(), saved);
+    EXPECT_EQ(World::read(w.home() + "/a"), "content");
+    NativeFile::remove(w.home() + "/a");
+    EXPECT_EQ(w.store().rename(w.id(0), QStringLiteral("c")), qt_error_string(ENOENT));
+}
