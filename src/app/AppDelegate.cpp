@@ -1,7 +1,9 @@
 #include "app/AppDelegate.h"
 
 #include "base/FilePath.h"
+#include "fileops/FileOps.h"
 #include "platform/Autostart.h"
+#include "platform/Clipboard.h"
 #include "platform/DragSelection.h"
 #include "platform/DragSession.h"
 #include "platform/DropTarget.h"
@@ -14,6 +16,7 @@
 #include "platform/Sounds.h"
 #include "platform/StatusItem.h"
 #include "platform/TabWindow.h"
+#include "views/SettingsView.h"
 
 #include <QGuiApplication>
 
@@ -23,6 +26,7 @@ namespace {
 
 constexpr double cleanupPeriod = 60; // Seconds.
 constexpr double locationPeriod = 3; // Seconds.
+constexpr double longestTrayMenu = 60; // Seconds after which a tray has forgotten to tell its end.
 constexpr double dropGrace = 0.4; // Seconds in which a drop may still land after the release.
 
 /// The modifier that a drag must hold down to summon; 0 where none is asked for.
@@ -63,6 +67,7 @@ AppDelegate::AppDelegate(const Desktop &desktop, Localizer &texts)
                 desktop.queue)
     , m_hotKey(desktop.hotKey)
     , m_folderWatcher(desktop.folderEvents, desktop.queue, desktop.workers)
+    , m_openWith(desktop.applications, desktop.queue, desktop.workers)
 {
 }
 
@@ -101,9 +106,23 @@ void AppDelegate::connectPanel()
     m_view->onDraggedOut = m_panel->onDraggedOut;
     m_view->onClose = [this] { m_panel->hide(); };
     m_view->onMoveWindow = [this] { m_desktop.panelWindow.performDrag(); };
+    connectRows();
     m_desktop.dropTarget.onTargeted = [this](bool targeted) { m_view->setTargeted(targeted); };
     m_desktop.dropTarget.onDrop
         = [this](const ItemProviders &providers) { m_view->handleDrop(providers); };
+}
+
+void AppDelegate::connectRows()
+{
+    m_view->actions.open = [this](const QList<QUrl> &urls, const QString &application) {
+        FileOps::open(urls, m_desktop.applications, m_desktop.workers, application);
+    };
+    m_view->actions.apps = [this](const QUrl &url) { return m_openWith.apps(url); };
+    m_view->actions.reveal = [this](const QList<QUrl> &urls) {
+        FileOps::reveal(urls, m_desktop.applications, m_desktop.workers);
+    };
+    m_view->actions.copyText
+        = [this](const QList<QUrl> &urls) { m_desktop.clipboard.writeText(urls); };
 }
 
 void AppDelegate::connectDock()
@@ -123,6 +142,14 @@ void AppDelegate::connectStatusItem()
     const QString image = m_desktop.resources + QStringLiteral("/icons/tray-full.svg");
     m_desktop.statusItem.setImage(QIcon(image), m_texts.text(QStringLiteral("app_name")));
     m_desktop.statusItem.onActivate = [this] { toggle(); };
+    m_desktop.statusItem.onMenuOpened = [this] {
+        m_panel->menuOpened();
+        m_trayMenuLimit = m_desktop.queue.after(longestTrayMenu, [this] { m_panel->menuClosed(); });
+    };
+    m_desktop.statusItem.onMenuClosed = [this] {
+        m_trayMenuLimit.reset();
+        m_panel->menuClosed();
+    };
     rebuildMenu();
 }
 
@@ -187,6 +214,7 @@ void AppDelegate::connectSettings()
         [this](const QString &code) {
             m_texts.setOverride(code);
             rebuildMenu();
+            titleWindows();
         },
         Deliver::ChangesOnly);
 }

@@ -3,6 +3,7 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
+#include "fileops/OpenWithCache.h"
 #include "panel/DockTab.h"
 #include "panel/FolderWatcher.h"
 #include "panel/HotKeyCenter.h"
@@ -34,7 +35,9 @@ class Icons;
 class PanelWindow;
 class PointerMonitor;
 class Preferences;
+class QWidget;
 class Screens;
+class SettingsView;
 class Sounds;
 class StatusItem;
 class TabWindow;
@@ -65,6 +68,8 @@ struct Desktop
     Clipboard &clipboard;
     Applications &applications;
     FolderEvents &folderEvents;
+    // Shows a window of ours in front and with the keyboard, whoever had it.
+    std::function<void(QWidget &)> bringToFront;
 };
 
 /// Owns every long-lived part and connects them. No part knows another except
@@ -91,13 +96,17 @@ public:
     /// The same with text, where there is neither; false, and nothing happens, if
     /// there is nothing to add.
     bool addToShelf(const QList<QUrl> &urls, const QString &text);
-    /// "toggle", "paste", "new-shelf", "quit".
+    /// "toggle", "paste", "new-shelf", "settings", "quit".
     void performAction(const QString &name);
+
+    /// Opens the settings' window, or brings it to the front where the user left it.
+    void openSettings();
 
     std::function<void()> onQuit;
 
 private:
     void connectPanel();
+    void connectRows();
     void connectDock();
     void connectStatusItem();
     void connectHotKey();
@@ -105,6 +114,7 @@ private:
     void connectMonitor();
     void connectSettings();
     void rebuildMenu();
+    void titleWindows();
     void applyHotKey();
     void runCleanup();
     void watchLocations();
@@ -136,12 +146,15 @@ private:
     std::unique_ptr<DockTab> m_dockTab; // Before the panel, too.
     std::unique_ptr<DockTabView> m_dockTabView;
     std::unique_ptr<ShelfPanel> m_panel;
+    std::unique_ptr<SettingsView> m_settingsWindow; // Made when it is first opened.
     PopupWatch m_popups;
     SummonMonitor m_monitor;
     HotKeyCenter m_hotKey;
     FolderWatcher m_folderWatcher;
+    OpenWithCache m_openWith;
     std::vector<Ticket> m_subscriptions;
     Ticket m_cleanupTimer;
+    Ticket m_trayMenuLimit; // Runs while the tray's menu is open.
     Ticket m_locationTimer; // Runs while the panel is up.
 
     bool m_autoShown = false; // The panel is up only because a drag summoned it.

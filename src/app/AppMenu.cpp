@@ -9,6 +9,8 @@ void AppDelegate::rebuildMenu()
     m_desktop.statusItem.setMenu({
         { m_texts.text(QStringLiteral("menu_toggle"), { shortcut }), [this] { toggle(); } },
         {}, // A separator.
+        { m_texts.text(QStringLiteral("menu_settings")), [this] { openSettings(); } },
+        {},
         { m_texts.text(QStringLiteral("menu_quit")), [this] { onQuit(); } },
     });
 }

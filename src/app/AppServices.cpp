@@ -199,6 +199,8 @@ void AppDelegate::performAction(const QString &name)
     } else if (name == QLatin1String("new-shelf")) {
         m_store.newShelf();
         m_panel->summon();
+    } else if (name == QLatin1String("settings")) {
+        openSettings();
     } else if (name == QLatin1String("quit")) {
         onQuit();
     }

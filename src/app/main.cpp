@@ -26,6 +26,7 @@
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11TabWindow.h"
 #include "platform/linux/x11/X11Time.h"
+#include "platform/linux/x11/X11Windows.h"
 #include "platform/linux/x11/Xcb.h"
 #include "platform/linux/x11/XdndTarget.h"
 #include "store/LegacyMigration.h"
@@ -65,6 +66,7 @@ struct X11Desktop
         , dropTarget(queue)
         , dragSession(panelWindow, queue, workers)
         , clipboard(queue, workers)
+        , windows(queue)
         , statusItem(queue)
     {
         dropTarget.attach(panelWindow.winId());
@@ -85,6 +87,7 @@ struct X11Desktop
     XdndTarget dropTarget;
     X11DragSession dragSession;
     X11Clipboard clipboard;
+    X11Windows windows;
     TrayItem statusItem;
 };
 
@@ -119,7 +122,8 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
                            x11.panelWindow, x11.tabWindow,  x11.dropTarget,
                            x11.dragSession, x11.statusItem, directories,
                            resources,       x11.clipboard,  applications,
-                           folderEvents },
+                           folderEvents,
+                           [&x11](QWidget &window) { x11.windows.bringToFront(window); } },
                          texts);
     // quit() would ask the windows first, and the panel refuses to close.
     delegate.onQuit = [] { QCoreApplication::exit(); };

@@ -23,4 +23,7 @@ public:
     virtual void setMenu(const QList<MenuEntry> &entries) = 0;
     /// The item itself was pressed, where the tray tells that apart from its menu.
     std::function<void()> onActivate;
+    /// Not every tray tells that its menu was closed.
+    std::function<void()> onMenuOpened;
+    std::function<void()> onMenuClosed;
 };

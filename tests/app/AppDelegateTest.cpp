@@ -163,3 +163,20 @@ TEST(AppDelegateTest, TheHotKeyTogglesUnlessItIsSomebodyElses)
         EXPECT_FALSE(app.isUp());
     }
 }
+
+TEST(AppDelegateTest, AnOpenTrayMenuKeepsThePanelForAMinuteAtMost)
+{
+    Application app;
+    app.drop("a note");
+    app.delegate.toggle();
+    app.status.onMenuOpened();
+    app.queue.advance(30);
+    EXPECT_FALSE(app.tab.visible);
+    app.status.onMenuClosed();
+    app.queue.advance(2);
+    EXPECT_TRUE(app.tab.visible);
+    app.delegate.toggle();
+    app.status.onMenuOpened();
+    app.queue.advance(62);
+    EXPECT_TRUE(app.tab.visible);
+}

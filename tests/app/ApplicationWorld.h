@@ -144,7 +144,7 @@ public:
           window,      tab,         dropTarget,
           session,     status,      Directories { {}, folder.path().toUtf8(), {}, {}, {}, {}, {} },
           resources,   clipboard,   applications,
-          folderEvents },
+          folderEvents, [](QWidget &opened) { opened.show(); } },
         texts
     };
 };

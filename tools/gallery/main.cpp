@@ -4,7 +4,9 @@
 // Each picture is made in light and dark at one and at two pixels a point. A
 // picture of the build before, kept in another folder, is what to compare with.
 
+#include "MenuShots.h"
 #include "RecorderWindow.h"
+#include "SettingsShots.h"
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
@@ -221,6 +223,18 @@ std::vector<Shot> listShots()
                   "Could not upload “Annual report 2023 (final, reviewed, really).pdf”: the server "
                   "did not answer in time and then closed the connection"));
           } },
+        { "pinned-long-title",
+          [=](Stage &s) {
+              usual(s);
+              const auto id = s.store.currentID.value();
+              s.store.renameShelf(id, QStringLiteral("Everything that the tax office asked for"));
+              s.store.togglePin(id);
+          } },
+        { "pinned",
+          [=](Stage &s) {
+              usual(s);
+              s.store.togglePin(s.store.currentID.value());
+          } },
         { "smallest",
           [=](Stage &s) {
               usual(s);
@@ -333,6 +347,14 @@ void shootTabs(Scheme scheme, const QString &resources, const QDir &folder)
     }
 }
 
+void shootShelfMenus(Scheme scheme, const QString &resources, const QDir &folder)
+{
+    QApplication::setPalette(paletteOf(scheme));
+    Stage stage(resources, Qt::LeftToRight);
+    shootMenus(stage.store, stage.texts, resources, folder.path(),
+               scheme == Scheme::Light ? QStringLiteral("light") : QStringLiteral("dark"));
+}
+
 void shootRecorder(Scheme scheme, const QString &resources, const QDir &folder)
 {
     QApplication::setPalette(paletteOf(scheme));
@@ -404,9 +426,21 @@ int main(int argc, char **argv)
         shootTabs(Scheme::Light, resources, folder);
         shootTabs(Scheme::Dark, resources, folder);
     }
+    if (QStringLiteral("shelf-menu shelf-rename").contains(options.value(QStringLiteral("only")))) {
+        shootShelfMenus(Scheme::Light, resources, folder);
+        shootShelfMenus(Scheme::Dark, resources, folder);
+    }
     if (QStringLiteral("recorder").contains(options.value(QStringLiteral("only")))) {
         shootRecorder(Scheme::Light, resources, folder);
         shootRecorder(Scheme::Dark, resources, folder);
+    }
+    if (QStringLiteral("settings").contains(options.value(QStringLiteral("only")))) {
+        QIcon::setThemeName(QStringLiteral("breeze"));
+        QApplication::setPalette(paletteOf(Scheme::Light));
+        shootSettings(resources, folder.path(), QStringLiteral("light"));
+        QIcon::setThemeName(QStringLiteral("breeze-dark"));
+        QApplication::setPalette(paletteOf(Scheme::Dark));
+        shootSettings(resources, folder.path(), QStringLiteral("dark"));
     }
     return 0;
 }

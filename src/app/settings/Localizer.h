@@ -26,6 +26,9 @@ public:
     /// The chosen language's code, or "system".
     void setOverride(const QString &code);
 
+    /// Of the languages that the bundle has.
+    const QStringList &codes() const { return m_codes; }
+
     /// The language in force: the override, else the best match for the
     /// desktop's languages, "en" if there is none.
     QString currentCode() const;
@@ -43,7 +46,7 @@ private:
     const Table &table(const QString &code) const;
 
     QString m_bundle;
-    QStringList m_codes; // Of the languages that the bundle has.
+    QStringList m_codes;
     QString m_systemCode;
     std::optional<QString> m_override;
     mutable QHash<QString, Table> m_tables; // Read once each.

@@ -82,6 +82,14 @@ void TrayItem::appear(TrayKind kind)
     m_icon->setIcon(image());
     m_icon->setToolTip(m_description);
     m_menu = std::make_unique<QMenu>();
+    QObject::connect(m_menu.get(), &QMenu::aboutToShow, m_menu.get(), [this] {
+        if (onMenuOpened)
+            onMenuOpened();
+    });
+    QObject::connect(m_menu.get(), &QMenu::aboutToHide, m_menu.get(), [this] {
+        if (onMenuClosed)
+            onMenuClosed();
+    });
     buildMenu();
     m_icon->setContextMenu(m_menu.get());
     m_icon->show();

@@ -1,0 +1,123 @@
+#include "views/settings/Section.h"
+
+#include "views/Look.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int margin = 12; // Between the card's edge and its rows.
+
+}
+
+Note::Note(QWidget *parent)
+    : QLabel(parent)
+{
+    setWordWrap(true);
+    setTextFormat(Qt::PlainText);
+    QFont smaller = font();
+    smaller.setPointSizeF(smaller.pointSizeF() * 0.9);
+    setFont(smaller);
+}
+
+/// By itself: a colour that is set would not follow the palette.
+void Note::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setPen(Look::secondary(palette()));
+    painter.drawText(contentsRect(), Qt::TextWordWrap | static_cast<int>(Qt::AlignLeading), text());
+}
+
+/// Rounded, with a line between its rows.
+class Section::Card final : public QWidget
+{
+public:
+    explicit Card(QWidget *parent)
+        : QWidget(parent)
+        , rows(new QVBoxLayout(this))
+    {
+        rows->setContentsMargins(0, 0, 0, 0);
+        rows->setSpacing(0);
+    }
+
+    QVBoxLayout *rows;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QColor text = Look::text(palette());
+        const QColor window = palette().color(QPalette::Window);
+        const QColor base = palette().color(QPalette::Base);
+        painter.setPen(Look::faded(text, 0.14));
+        painter.setBrush(base.lightness() > window.lightness() ? base
+                                                               : Look::blended(text, window, 0.06));
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 8, 8);
+        bool isFirst = true;
+        for (int i = 0; i < rows->count(); ++i) {
+            const QWidget *row = rows->itemAt(i)->widget();
+            if (!row->isVisibleTo(this))
+                continue;
+            if (!isFirst)
+                painter.fillRect(QRectF(margin, row->y(), width() - 2 * margin, 1),
+                                 Look::faded(text, 0.1));
+            isFirst = false;
+        }
+    }
+};
+
+Section::Section(QWidget *parent)
+    : QWidget(parent)
+    , m_title(new QLabel(this))
+    , m_card(new Card(this))
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(6);
+    layout->addWidget(m_title);
+    layout->addWidget(m_card);
+    QFont bold = font();
+    bold.setWeight(QFont::DemiBold);
+    m_title->setFont(bold);
+    m_title->setIndent(margin);
+    m_title->setWordWrap(true);
+}
+
+/// Every row has a frame that hides with it and takes notes.
+void Section::addRow(QWidget *row)
+{
+    auto *frame = new QWidget(m_card);
+    auto *layout = new QVBoxLayout(frame);
+    layout->setContentsMargins(margin, 8, margin, 8);
+    layout->setSpacing(4);
+    // What is narrower than the row stands at its beginning.
+    const bool isNarrow = row->sizePolicy().horizontalPolicy() == QSizePolicy::Maximum;
+    layout->addWidget(row, 0, isNarrow ? Qt::AlignLeft : Qt::Alignment());
+    m_card->rows->addWidget(frame);
+}
+
+QLabel *Section::addRow(QWidget *control, QWidget *named)
+{
+    auto *row = new QWidget;
+    auto *layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(12);
+    auto *label = new QLabel(row);
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+    label->setBuddy(named);
+    layout->addWidget(label, 1);
+    layout->addWidget(control);
+    addRow(row);
+    return label;
+}
+
+Note *Section::addNote()
+{
+    auto *note = new Note;
+    m_card->rows->itemAt(m_card->rows->count() - 1)->widget()->layout()->addWidget(note);
+    return note;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QLabel>
+#include <QWidget>
+
+class QVBoxLayout;
+
+/// Text that comes second to what stands above it.
+class Note final : public QLabel
+{
+public:
+    explicit Note(QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};
+
+/// A titled group of the form: a card with one row below the other.
+class Section final : public QWidget
+{
+public:
+    explicit Section(QWidget *parent = nullptr);
+
+    QLabel *title() const { return m_title; }
+    void addRow(QWidget *row);
+    /// A row of a label and a control at its end; the label names the control.
+    /// named: the part of the control that the label is for.
+    QLabel *addRow(QWidget *control, QWidget *named);
+    /// Says more about the row that was added last.
+    Note *addNote();
+
+private:
+    class Card;
+
+    QLabel *m_title;
+    Card *m_card;
+};
