@@ -71,7 +71,7 @@ private:
     Section *addSection(const QString &titleKey);
     Switch *addSwitch(Section &section, const QString &key, Observable<bool> &property);
     Picker *addPicker(Section &section, const QString &key, Observable<QString> &property,
-                      const Words &words);
+                      const Words &rows);
     QPushButton *makeButton(const QString &key);
     template<typename Widget>
     void setText(Widget *widget, const QString &key);

@@ -136,15 +136,28 @@ public:
     FakeFolderEvents folderEvents;
     QString resources = QStringLiteral(VANTLE_SOURCE_DIR "/src/resources");
     Localizer texts { resources + QStringLiteral("/Vantle_Vantle.bundle"), {} };
-    AppDelegate delegate {
-        { queue,       workers,     bookmarks,
-          sounds,      preferences, autostart,
-          screens,     pointer,     selection,
-          front,       hotKey,      icons,
-          window,      tab,         dropTarget,
-          session,     status,      Directories { {}, folder.path().toUtf8(), {}, {}, {}, {}, {} },
-          resources,   clipboard,   applications,
-          folderEvents, [](QWidget &opened) { opened.show(); } },
-        texts
-    };
+    AppDelegate delegate { { queue,
+                             workers,
+                             bookmarks,
+                             sounds,
+                             preferences,
+                             autostart,
+                             screens,
+                             pointer,
+                             selection,
+                             front,
+                             hotKey,
+                             icons,
+                             window,
+                             tab,
+                             dropTarget,
+                             session,
+                             status,
+                             Directories { {}, folder.path().toUtf8(), {}, {}, {}, {}, {} },
+                             resources,
+                             clipboard,
+                             applications,
+                             folderEvents,
+                             [](QWidget &opened) { opened.show(); } },
+                           texts };
 };
