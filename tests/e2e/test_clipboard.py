@@ -109,8 +109,10 @@ def test_an_owner_that_hangs_does_not_hold_the_panel(desktop, shelf):
     silent = owner(desktop, {}, silent=True)
     paste(shelf)
     silent.event("asked")
-    for _ in range(20):  # A key that is held down.
+    for _ in range(8):  # A key that is held down, for less time than an owner gets to answer.
         desktop.keys("Control_L", "v")
+    others = 1 if desktop.window_manager == "mutter" else 0  # It looks at what was copied, too.
+    assert len(silent.events("asked")) == 1 + others, "one question at a time"
     worst = 0
     for number in range(2, 7):
         begin = time.monotonic()
@@ -119,8 +121,6 @@ def test_an_owner_that_hangs_does_not_hold_the_panel(desktop, shelf):
         worst = max(worst, time.monotonic() - begin)
     print(f"answered within {worst * 1000:.0f} ms, the key's own 120 included")
     assert worst < 0.5
-    others = 1 if desktop.window_manager == "mutter" else 0  # It looks at what was copied, too.
-    assert len(silent.events("asked")) == 1 + others, "one question at a time"
     # The next copy is not kept waiting by it, nor is one after the owner has died.
     owner(desktop, {"UTF8_STRING": b"quick"})
     paste(shelf)
