@@ -36,7 +36,7 @@ def first_argument(source, start):
 
 
 def read_table(file):
-    text = without_comments(file.read_text(encoding="utf-8"))
+    text = without_comments(file.read_text(encoding="utf-8")) if file.exists() else ""
     entry = re.compile(rf"\s*{LITERAL}\s*=\s*{LITERAL}\s*;")
     table, position = {}, 0
     while match := entry.match(text, position):
@@ -69,19 +69,20 @@ for file in sorted((root / "src").rglob("*.[ch]*")):
             used.setdefault(key, file.relative_to(root))
 
 bundle = root / "src/resources/Vantle_Vantle.bundle"
-tables = {file.parent.stem: read_table(file) for file in sorted(bundle.glob("*.lproj/Localizable.strings"))}
+tables = {folder.stem: read_table(folder / "Localizable.strings") for folder in sorted(bundle.glob("*.lproj"))}
 english = tables.get("en", {})
 bad += [f"{used[key]}: no text for the key {key}" for key in sorted(used.keys() - english.keys())]
 bad += [f"en: nothing uses the key {key}" for key in sorted(english.keys() - literals)]
 for key, text in english.items():
     if key.endswith("_n") and arguments(text) != [(1, "lld")]:
         bad.append(f"en: {key} takes a count and nothing else")
-    if "%" in CONVERSION.sub("", text) and arguments(text):
-        bad.append(f"en: {key} holds a percent sign that is neither doubled nor an argument")
 for language, table in tables.items():
     bad += [f"{language}: no text for the key {key}" for key in sorted(english.keys() - table.keys())]
     bad += [f"{language}: the key {key} is not in English" for key in sorted(table.keys() - english.keys())]
     bad += [f"{language}: the arguments of {key} differ from the English ones"
             for key in sorted(table.keys() & english.keys()) if arguments(table[key]) != arguments(english[key])]
+    bad += [f"{language}: the text of {key} is empty" for key, text in table.items() if not text]
+    bad += [f"{language}: {key} holds a percent sign that is neither doubled nor an argument"
+            for key, text in table.items() if arguments(text) and "%" in CONVERSION.sub("", text)]
 print("\n".join(bad) or f"{len(tables)} language(s), {len(english)} keys")
 sys.exit(bool(bad) or not english)

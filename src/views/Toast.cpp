@@ -1,5 +1,6 @@
 #include "views/Toast.h"
 
+#include "views/LinePieces.h"
 #include "views/Look.h"
 
 #include <QAccessible>
@@ -31,11 +32,12 @@ QAccessibleInterface *accessibleToast(const QString &className, QObject *object)
 QString fitted(QString text, const QFontMetrics &metrics, int width)
 {
     constexpr qsizetype longest = 400;
-    text = text.left(longest).simplified();
-    for (auto &word : text.split(u' ')) {
-        if (metrics.horizontalAdvance(word) > width)
-            text.replace(word, metrics.elidedText(word, Qt::ElideMiddle, width));
+    QStringList pieces = linePieces(text.left(longest).simplified());
+    for (QString &piece : pieces) {
+        if (metrics.horizontalAdvance(piece.trimmed()) > width)
+            piece = metrics.elidedText(piece.trimmed(), Qt::ElideMiddle, width) + u' ';
     }
+    text = pieces.join(QString()).trimmed();
     const auto fits = [&](const QString &part) {
         const QRect room(0, 0, width, 10000);
         return metrics.boundingRect(room, textFlags, part).height()

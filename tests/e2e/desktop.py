@@ -145,10 +145,9 @@ class Desktop:
             self.write(self.data_home / f"dbus-1/services/{name}.service",
                        f"[D-BUS Service]\nName={name}\nExec=/bin/false\n")
         keep = {k: v for k, v in os.environ.items()
-                if k in ("PATH", "LANG", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "VANTLE_DATA_DIR")}
-        keep.setdefault("LANG", "C.UTF-8")
+                if k in ("PATH", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "VANTLE_DATA_DIR")}
         self.environment = {
-            **keep, "HOME": str(self.home), "USER": "e2e", "SHELL": "/bin/sh", "VANTLE_E2E": self.token,
+            **keep, "LANG": "C.UTF-8", "HOME": str(self.home), "USER": "e2e", "SHELL": "/bin/sh", "VANTLE_E2E": self.token,
             "XDG_DATA_HOME": str(self.data_home), "XDG_CONFIG_HOME": str(self.config_home),
             "XDG_CACHE_HOME": str(self.home / ".cache"), "XDG_RUNTIME_DIR": str(runtime),
             "XDG_STATE_HOME": str(self.home / ".local/state"), "XDG_SESSION_TYPE": "x11",

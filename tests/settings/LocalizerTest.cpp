@@ -56,6 +56,8 @@ TEST(LocalizerTest, TheDesktopsLanguagesFindTheirClosestTable)
         { { q("zh-TW") }, "zh-Hant" },      { { q("zh-MO") }, "zh-Hant" },
         { { q("zh-Hant-CN") }, "zh-Hant" }, { { q("zh-Hans-TW") }, "zh-Hans" },
         { { q("zh") }, "zh-Hans" },         { { q("nl-NL"), q("fr-CA"), q("de") }, "fr" },
+        { { q("zh-HK") }, "zh-Hant" },      { { q("zh-SG") }, "zh-Hans" },
+        { { q("pt-BR"), q("pt") }, "en" },  { { q("pt-BR"), q("zh-CN"), q("en") }, "zh-Hans" },
         { { q("C"), q("") }, "en" },        { {}, "en" },
     };
     for (const auto &c : cases) {

@@ -1,5 +1,6 @@
 #include "views/settings/Switch.h"
 
+#include "views/LinePieces.h"
 #include "views/Look.h"
 
 #include <QPainter>
@@ -38,8 +39,8 @@ QSize Switch::sizeHint() const
 QSize Switch::minimumSizeHint() const
 {
     int widest = 0;
-    for (const QString &word : text().split(u' '))
-        widest = std::max(widest, fontMetrics().horizontalAdvance(word));
+    for (const QString &piece : linePieces(text()))
+        widest = std::max(widest, fontMetrics().horizontalAdvance(piece.trimmed()));
     return { widest + gap + trackSize().width(), trackSize().height() + 2 };
 }
 
