@@ -12,6 +12,8 @@
 #include <thread>
 #include <utility>
 
+#include <dlfcn.h>
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -39,48 +41,89 @@ bool desktopWantsSounds()
     return !setting.isValid() || setting.toInt() != 0;
 }
 
-struct ContextDeleter
+/// The sound library, loaded with the first sound: with what it needs itself it
+/// is six libraries, which every start of the program would wait for. Without it
+/// there are no sounds.
+struct Library
 {
-    void operator()(ca_context *context) const { ca_context_destroy(context); }
-};
-using Context = std::unique_ptr<ca_context, ContextDeleter>;
+    decltype(&ca_context_create) create = nullptr;
+    decltype(&ca_context_destroy) destroy = nullptr;
+    decltype(&ca_context_change_props) changeProperties = nullptr;
+    decltype(&ca_context_open) open = nullptr;
+    decltype(&ca_context_play) play = nullptr;
 
-Context openContext()
-{
-    ca_context *made = nullptr;
-    if (ca_context_create(&made) != CA_SUCCESS)
-        return {};
-    Context context(made);
-    ca_context_change_props(made, CA_PROP_APPLICATION_NAME, "Vantle", CA_PROP_APPLICATION_ID,
-                            "app.vantleapp.Vantle", CA_PROP_APPLICATION_ICON_NAME,
-                            "app.vantleapp.Vantle", nullptr);
-    if (ca_context_open(made) != CA_SUCCESS)
-        return {};
-    return context;
-}
+    Library()
+    {
+        void *const handle = ::dlopen("libcanberra.so.0", RTLD_LAZY | RTLD_LOCAL);
+        if (handle == nullptr)
+            return;
+        resolve(handle, "ca_context_create", create);
+        resolve(handle, "ca_context_destroy", destroy);
+        resolve(handle, "ca_context_change_props", changeProperties);
+        resolve(handle, "ca_context_open", open);
+        resolve(handle, "ca_context_play", play);
+        usable = create && destroy && changeProperties && open && play;
+    }
+
+    bool usable = false;
+
+private:
+    template<typename Function>
+    static void resolve(void *handle, const char *name, Function &function)
+    {
+        function = reinterpret_cast<Function>(::dlsym(handle, name));
+    }
+};
 
 /// The way to the sound server. One that is missing or has gone costs a failed
 /// attempt every half minute at most.
 class Player
 {
 public:
+    ~Player() { close(); }
+    Player() = default;
+    Player(const Player &) = delete;
+    Player &operator=(const Player &) = delete;
+
     void play(const QByteArray &path)
     {
-        if (!m_context && Clock::now() >= m_nextAttempt)
-            m_context = openContext();
-        if (m_context
-            && ca_context_play(m_context.get(), 0, CA_PROP_MEDIA_FILENAME, path.constData(),
-                               CA_PROP_MEDIA_ROLE, "event", CA_PROP_CANBERRA_CACHE_CONTROL,
-                               "volatile", nullptr)
+        if (!m_library.usable)
+            return;
+        if (m_context == nullptr && Clock::now() >= m_nextAttempt)
+            open();
+        if (m_context != nullptr
+            && m_library.play(m_context, 0, CA_PROP_MEDIA_FILENAME, path.constData(),
+                              CA_PROP_MEDIA_ROLE, "event", CA_PROP_CANBERRA_CACHE_CONTROL,
+                              "volatile", nullptr)
                 == CA_SUCCESS)
             return;
-        m_context.reset();
+        close();
         if (Clock::now() >= m_nextAttempt)
             m_nextAttempt = Clock::now() + serverPause;
     }
 
 private:
-    Context m_context;
+    void open()
+    {
+        if (m_library.create(&m_context) != CA_SUCCESS) {
+            m_context = nullptr;
+            return;
+        }
+        m_library.changeProperties(m_context, CA_PROP_APPLICATION_NAME, "Vantle",
+                                   CA_PROP_APPLICATION_ID, "app.vantleapp.Vantle",
+                                   CA_PROP_APPLICATION_ICON_NAME, "app.vantleapp.Vantle", nullptr);
+        if (m_library.open(m_context) != CA_SUCCESS)
+            close();
+    }
+
+    void close()
+    {
+        if (m_context != nullptr)
+            m_library.destroy(std::exchange(m_context, nullptr));
+    }
+
+    Library m_library;
+    ca_context *m_context = nullptr;
     Clock::time_point m_nextAttempt = Clock::time_point::min();
 };
 
