@@ -6,9 +6,6 @@
 
 #include "base/FilePath.h"
 
-#include <QFile>
-#include <QStandardPaths>
-
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -34,23 +31,14 @@ bool isLocal(const QByteArray &path, const Mounts &mounts, BookmarkParts &parts)
     return !mounts.isRemote(path);
 }
 
-QList<QByteArray> userFolders(const QByteArray &home)
-{
-    QList<QByteArray> result { home };
-    for (const auto place : { QStandardPaths::DesktopLocation, QStandardPaths::DownloadLocation,
-                              QStandardPaths::DocumentsLocation, QStandardPaths::PicturesLocation,
-                              QStandardPaths::MoviesLocation, QStandardPaths::MusicLocation })
-        result.append(QFile::encodeName(QStandardPaths::writableLocation(place)));
-    return result;
-}
-
 }
 
 LinuxBookmarks::Places LinuxBookmarks::placesOf(const Directories &directories)
 {
     Places places;
     places.homeTrash = directories.data + "/Trash";
-    places.userFolders = [home = directories.home] { return userFolders(home); };
+    places.userFolders
+        = [folders = QList { directories.home } + directories.named] { return folders; };
     return places;
 }
 
