@@ -2,6 +2,7 @@
 
 #include "app/settings/Localizer.h"
 #include "store/ShelfStore.h"
+#include "views/MenuLabel.h"
 
 #include <QDir>
 #include <QIcon>
@@ -32,17 +33,6 @@ bool isImage(const ShelfItem &item)
         .mimeTypeForFile(item.url.fileName(), QMimeDatabase::MatchExtension)
         .name()
         .startsWith(QLatin1String("image/"));
-}
-
-/// A name that is the user's or another program's. As toolkits read labels, "&" would
-/// mark a key, and a tab a column.
-QString plain(QString name)
-{
-    for (QChar &c : name) {
-        if (c.category() == QChar::Other_Control)
-            c = u' ';
-    }
-    return name.replace(u'&', QLatin1String("&&"));
 }
 
 QIcon iconOf(const OpenWithApp &app)
@@ -173,7 +163,7 @@ void RowMenu::addOpenWith(QMenu &menu, const ShelfItem &item, const QList<QUrl> 
         return;
     QMenu *submenu = menu.addMenu(m_texts.text(QStringLiteral("open_with")));
     for (const OpenWithApp &app : apps)
-        submenu->addAction(iconOf(app), plain(app.name), submenu,
+        submenu->addAction(iconOf(app), menuLabel(app.name), submenu,
                            [this, urls, app] { m_actions.open(urls, app.identifier); });
 }
 
@@ -186,7 +176,7 @@ void RowMenu::addShelves(QMenu &menu, const QList<ShelfItem> &targets)
     };
     for (const ShelfInfo &shelf : m_store.shelfInfos()) {
         if (shelf.id != m_store.currentID.value())
-            offer(plain(shelf.title), shelf.id);
+            offer(menuLabel(shelf.title), shelf.id);
     }
     if (!submenu->isEmpty())
         submenu->addSeparator();

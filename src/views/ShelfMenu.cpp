@@ -4,6 +4,7 @@
 #include "platform/ShortcutText.h"
 #include "store/ShelfStore.h"
 #include "views/Look.h"
+#include "views/MenuLabel.h"
 #include "views/Symbols.h"
 
 #include <QPaintEvent>
@@ -14,16 +15,6 @@ namespace {
 constexpr int widestTitle = 260;
 constexpr int pinSize = 12;
 constexpr int pinMargin = 6; // To the entry's trailing edge.
-
-/// As toolkits read labels: "&" would mark a key and a tab a column.
-QString escaped(QString title)
-{
-    for (QChar &c : title) {
-        if (c.category() == QChar::Other_Control)
-            c = u' ';
-    }
-    return title.replace(u'&', QStringLiteral("&&"));
-}
 }
 
 ShelfMenu::ShelfMenu(ShelfStore &store, const Localizer &texts, Symbols &symbols, QWidget *parent)
@@ -57,7 +48,7 @@ ShelfMenu::ShelfMenu(ShelfStore &store, const Localizer &texts, Symbols &symbols
 
 QString ShelfMenu::label(const QString &title) const
 {
-    return escaped(fontMetrics().elidedText(title, Qt::ElideMiddle, widestTitle));
+    return menuLabel(fontMetrics().elidedText(title, Qt::ElideMiddle, widestTitle));
 }
 
 void ShelfMenu::addShelf(const ShelfInfo &info)
