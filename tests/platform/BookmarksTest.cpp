@@ -239,6 +239,25 @@ TEST(BookmarksTest, ASearchThatCameToItsLimitsRests)
         EXPECT_EQ(world.check(moved).outcome, Outcome::Searching);
 }
 
+TEST(BookmarksTest, AFolderRenamedInItsPlaceIsFoundBeforeTheSearchOfEverything)
+{
+    LinuxBookmarks::Bounds bounds;
+    bounds.inCheck.entries = 100;
+    const BookmarkWorld world(bounds);
+    if (!hasBirthTimes(world))
+        GTEST_SKIP() << "no birth times on the file system of the temporary folder";
+    for (int i = 0; i < 200; ++i) // More than the search may read, before it comes to the home.
+        makeFolder(world.path("other " + QByteArray::number(i)));
+    world.file("home/two/deep/b");
+    const QList<BookmarkQuery> queries { world.query("home/one/a"),
+                                         world.query("home/two/deep/b") };
+    world.move("home/one", "home/uno");
+    world.move("home/two", "home/zwei");
+    const auto answers = world.bookmarks->resolve(queries, Bound::Brief);
+    EXPECT_EQ(answers[0].url, FilePath::toUrl(world.path("home/uno/a")));
+    EXPECT_EQ(answers[1].url, FilePath::toUrl(world.path("home/zwei/deep/b")));
+}
+
 TEST(BookmarksTest, WithoutAUsableBookmarkTheAddressCounts)
 {
     BookmarkWorld world;

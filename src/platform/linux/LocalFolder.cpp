@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <climits>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
@@ -47,6 +48,27 @@ LocalFolder::~LocalFolder()
 {
     if (m_descriptor >= 0)
         ::close(m_descriptor);
+}
+
+QList<QByteArray> LocalFolder::folders(qsizetype limit) const
+{
+    QList<QByteArray> names;
+    const int readable
+        = ::openat(m_descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
+    DIR *const stream = readable < 0 ? nullptr : ::fdopendir(readable);
+    if (!stream && readable >= 0)
+        ::close(readable);
+    while (const dirent *const entry = stream ? ::readdir(stream) : nullptr) {
+        const QByteArray name(entry->d_name);
+        const bool folder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+        if (folder && name != "." && name != "..")
+            names.append(name);
+        if (names.size() >= limit)
+            break;
+    }
+    if (stream)
+        ::closedir(stream);
+    return names;
 }
 
 LocalFolder::State LocalFolder::open(quint64 resolve)

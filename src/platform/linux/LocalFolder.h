@@ -3,6 +3,7 @@
 #include "platform/linux/MountTable.h"
 
 #include <QByteArray>
+#include <QList>
 
 #include <optional>
 
@@ -24,6 +25,8 @@ public:
 
     State state() const { return m_state; }
     int descriptor() const { return m_descriptor; }
+    /// The names of folders in an open one, links not followed; at most that many.
+    QList<QByteArray> folders(qsizetype limit) const;
     /// Without links; where the state is Remote, as far as it was followed and the
     /// rest of it. The mount it lies on is the one that may not answer.
     const QByteArray &realPath() const { return m_path; }

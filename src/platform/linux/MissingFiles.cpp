@@ -7,6 +7,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -14,6 +15,31 @@ namespace {
 
 /// What a brief search leaves of the time for coming to its end.
 constexpr double secondsToEnd = 0.02;
+/// How many neighbours of a missing folder may be it.
+constexpr qsizetype mostNeighbours = 1000;
+
+/// The folders that a missing one can be after a folder on its path was renamed in its place,
+/// which is how most go: the neighbours of what is missing first, each with the rest of the path.
+QList<QByteArray> renamedInPlace(const QByteArray &missing, const Mounts &mounts)
+{
+    QByteArray above = missing;
+    while (above.size() > 1) {
+        above = FilePath::parent(above);
+        const LocalFolder folder(above, mounts);
+        if (folder.state() == LocalFolder::State::Missing)
+            continue;
+        QList<QByteArray> result;
+        if (folder.state() != LocalFolder::State::Open)
+            return result;
+        const QByteArray start = above == "/" ? above : above + '/';
+        const qsizetype slash = missing.indexOf('/', start.size());
+        const QByteArray rest = slash < 0 ? QByteArray() : missing.mid(slash);
+        for (const QByteArray &name : folder.folders(mostNeighbours))
+            result.append(start + name + rest);
+        return result;
+    }
+    return {};
+}
 
 }
 
@@ -180,16 +206,26 @@ bool MissingFiles::run(Group &group, InodeSearch::Limits limits, QList<Outcome> 
 QList<QByteArray> MissingFiles::foldersOn(const Volume &volume)
 {
     QList<QByteArray> result;
+    QList<QByteArray> missing;
     QSet<QByteArray> known;
-    for (const QByteArray &path : std::as_const(m_folders)) {
+    const auto consider = [&](const QByteArray &path) {
         if (known.contains(path))
-            continue;
+            return;
         known.insert(path);
         const LocalFolder folder(path, m_mounts);
         struct stat status = {};
+        if (folder.state() == LocalFolder::State::Missing)
+            missing.append(path);
         if (folder.state() == LocalFolder::State::Open && ::fstat(folder.descriptor(), &status) == 0
             && status.st_dev == volume.device)
             result.append(path);
+    };
+    for (const QByteArray &path : std::as_const(m_folders))
+        consider(path);
+    const QList<QByteArray> lost = std::exchange(missing, {});
+    for (const QByteArray &path : lost) {
+        for (const QByteArray &neighbour : renamedInPlace(path, m_mounts))
+            consider(neighbour);
     }
     return result;
 }
