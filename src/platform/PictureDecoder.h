@@ -2,6 +2,7 @@
 
 #include "base/Ticket.h"
 
+#include <QByteArray>
 #include <QImage>
 #include <QList>
 #include <QSize>
@@ -30,6 +31,7 @@ public:
         QImage image;
         QSize whole; // Of the full picture, upright: pixels, or points of a page.
         int count = 1; // Frames of an animation, pages of a document.
+        QByteArray version; // Of the file when it was opened; see version().
     };
     struct Frame
     {
@@ -51,6 +53,9 @@ public:
     using Answer = std::function<void(std::optional<T>)>;
 
     virtual ~PictureDecoder() = default;
+    /// Bytes that differ when the file was replaced or written to: its identity,
+    /// size and modification time. Asked without reading it.
+    virtual Ticket version(const QUrl &url, Answer<QByteArray> answer) = 0;
     /// The picture itself, never a preview that the file carries; upright, at most
     /// that many pixels along its longer side, and never enlarged.
     virtual Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer)

@@ -2,6 +2,7 @@
 
 #include "base/Ticket.h"
 
+#include <QByteArray>
 #include <QImage>
 #include <QUrl>
 
@@ -19,8 +20,9 @@ public:
     virtual ~ThumbnailGenerator() = default;
     /// `update` is called later, on the main thread, once for each representation
     /// that there is, in no certain order; never where there is none. `size` is the
-    /// edge length in points. Dropping the ticket cancels.
-    virtual Ticket generate(const QUrl &url, double size, double scale,
-                            std::function<void(Representation, const QImage &)> update)
-        = 0;
+    /// edge length in points; `version` as PictureDecoder::version() has it.
+    /// Dropping the ticket cancels.
+    using Update
+        = std::function<void(Representation, const QImage &image, const QByteArray &version)>;
+    virtual Ticket generate(const QUrl &url, double size, double scale, Update update) = 0;
 };
