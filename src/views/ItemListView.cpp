@@ -43,6 +43,10 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
     setItemDelegate(m_delegate);
     setModel(&m_model);
 
+    m_thumbnails.onPicture = [this](const QUuid &id) {
+        if (const int row = m_model.rowOf(id); row >= 0)
+            viewport()->update(rowRect(row));
+    };
     m_rows.onFrame = [this] { viewport()->update(); };
     m_model.update(m_store.items.value());
     m_subscriptions.push_back(m_store.items.subscribe(
@@ -57,6 +61,12 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
             });
         },
         Deliver::ChangesOnly));
+}
+
+void ItemListView::setThumbnails(Thumbnails &thumbnails)
+{
+    m_thumbnails.setSource(&thumbnails);
+    viewport()->update();
 }
 
 int ItemListView::rowTop(int row) const
@@ -138,6 +148,13 @@ void ItemListView::showEvent(QShowEvent *event)
     QListView::showEvent(event);
     QEvent layOut(QEvent::LayoutRequest);
     QCoreApplication::sendEvent(this, &layOut);
+}
+
+/// Nothing is decoded for a panel that nobody sees.
+void ItemListView::hideEvent(QHideEvent *event)
+{
+    QListView::hideEvent(event);
+    m_thumbnails.show({}, ItemRowDelegate::iconSize, devicePixelRatio());
 }
 
 void ItemListView::changeEvent(QEvent *event)
@@ -259,20 +276,28 @@ void ItemListView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    const double ratio = devicePixelRatio();
+    const auto picture = [&](const ShelfItem &item) {
+        return m_thumbnails.picture(item, ItemRowDelegate::iconSize, ratio);
+    };
     for (const auto &ghost : m_rows.ghosts()) {
         painter.setOpacity(ghost.opacity);
         auto rect = rowRect(0);
         rect.moveTop(qRound(ghost.top));
         const bool selected = m_store.selection.value().contains(ghost.item.id);
-        m_delegate->paintRow(painter, rect, ghost.item, { selected, false, {} });
+        m_delegate->paintRow(painter, rect, ghost.item,
+                             { selected, false, RowLook::Button::Hidden, picture(ghost.item) });
     }
     const auto [first, end] = visibleRows(m_rows.isRunning() ? viewport()->height() : 0);
+    m_thumbnails.show(m_model.items().mid(first, end - first), ItemRowDelegate::iconSize, ratio);
     for (int row = first; row < end; ++row) {
         const auto &item = m_model.item(row);
         const QRect rect = rowRect(row).translated(0, qRound(m_rows.shift(item.id)));
         if (!rect.intersects(event->rect()))
             continue;
         painter.setOpacity(m_rows.opacity(item.id));
-        m_delegate->paintRow(painter, rect, item, lookOf(row));
+        RowLook look = lookOf(row);
+        look.picture = picture(item);
+        m_delegate->paintRow(painter, rect, item, look);
     }
 }

@@ -7,6 +7,7 @@
 #include "views/ItemRowDelegate.h"
 #include "views/Motion.h"
 #include "views/RowMotion.h"
+#include "views/RowThumbnails.h"
 
 #include <QListView>
 
@@ -44,6 +45,8 @@ public:
     void askForMenu();
 
     void setMotion(Motion motion) { m_motion = motion; }
+    /// From now on rows show pictures of their files. It outlives the view.
+    void setThumbnails(Thumbnails &thumbnails);
 
     QRect visualRect(const QModelIndex &index) const override;
     QModelIndex indexAt(const QPoint &point) const override;
@@ -54,6 +57,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void changeEvent(QEvent *event) override;
     void updateGeometries() override;
     void scrollContentsBy(int dx, int dy) override;
@@ -110,6 +114,7 @@ private:
     std::optional<Press> m_press;
     std::optional<QUuid> m_lastClicked; // A double click counts where both clicks hit one row.
 
+    RowThumbnails m_thumbnails;
     RowMotion m_rows;
     Animation m_scroll;
 

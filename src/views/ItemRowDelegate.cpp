@@ -10,17 +10,18 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
 constexpr int rowSidePadding = 9;
 constexpr int rowEndPadding = 6; // Above and below.
-constexpr int iconSize = 32;
 constexpr int iconGap = 9; // Between icon and text.
 constexpr int rowLineGap = 1;
 constexpr int removeSize = 15;
 constexpr int removeArea = 22; // What takes presses is larger than what is drawn.
 constexpr double rowRadius = 8;
+constexpr double pictureRadius = 4;
 constexpr qsizetype longestText = 600; // More than any row can show; the middle goes first anyway.
 constexpr int rowsKept = 300;
 
@@ -108,13 +109,38 @@ void ItemRowDelegate::paintRow(QPainter &painter, const QRect &row, const ShelfI
     const QRect icon = mirrored({ row.left() + rowSidePadding,
                                   row.top() + (row.height() - iconSize) / 2, iconSize, iconSize },
                                 row);
-    const QSizeF iconExtent = content.icon.deviceIndependentSize();
-    painter.drawPixmap(QPointF(icon.left() + (iconSize - iconExtent.width()) / 2,
-                               icon.top() + (iconSize - iconExtent.height()) / 2),
-                       content.icon);
+    if (look.picture.isNull()) {
+        const QSizeF extent = content.icon.deviceIndependentSize();
+        painter.drawPixmap(QPointF(icon.left() + (iconSize - extent.width()) / 2,
+                                   icon.top() + (iconSize - extent.height()) / 2),
+                           content.icon);
+    } else {
+        paintPicture(painter, icon, look.picture);
+    }
     paintText(painter, mirrored(text, row), content);
     if (look.button != RowLook::Button::Hidden)
         paintButton(painter, row, look.button);
+}
+
+/// The whole picture, never enlarged. A brush, since clipping leaves ragged corners.
+void ItemRowDelegate::paintPicture(QPainter &painter, const QRect &area, const QPixmap &picture)
+{
+    const double ratio = Look::pixelRatio(painter);
+    QSizeF size = QSizeF(picture.size()) / ratio;
+    if (size.width() > area.width() || size.height() > area.height())
+        size.scale(area.size(), Qt::KeepAspectRatio);
+    QRectF target({}, size);
+    target.moveCenter(QRectF(area).center());
+    // On whole device pixels, so that a picture made for this size stays sharp.
+    target.moveTopLeft(QPointF(std::floor(target.left() * ratio) / ratio,
+                               std::floor(target.top() * ratio) / ratio));
+    const double scale = size.width() / picture.width();
+    QBrush brush(picture);
+    brush.setTransform(
+        QTransform(scale, 0, 0, scale, target.left(), target.top())); // From pixels of the picture.
+    painter.setPen(QPen(QColor(0, 0, 0, 20), 0.5)); // Opacity 0.08.
+    painter.setBrush(brush);
+    painter.drawRoundedRect(target, pictureRadius, pictureRadius);
 }
 
 void ItemRowDelegate::paintText(QPainter &painter, const QRect &area, const Prepared &content) const
@@ -189,7 +215,9 @@ void ItemRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
                             const QModelIndex &index) const
 {
     const RowLook look { option.state.testFlag(QStyle::State_Selected),
-                         option.state.testFlag(QStyle::State_MouseOver), RowLook::Button::Hidden };
+                         option.state.testFlag(QStyle::State_MouseOver),
+                         RowLook::Button::Hidden,
+                         {} };
     const_cast<ItemRowDelegate *>(this)->paintRow(*painter, option.rect, m_model.item(index.row()),
                                                   look);
 }

@@ -23,6 +23,7 @@ struct RowLook
     bool selected = false;
     bool hovered = false;
     Button button = Button::Hidden;
+    QPixmap picture; // Of the file, in device pixels; null: the icon of its type.
 };
 
 /// Paints the rows of the list: icon, two lines of text, and the remove button of
@@ -32,6 +33,8 @@ class ItemRowDelegate final : public QAbstractItemDelegate
 {
 public:
     ItemRowDelegate(const ItemListModel &model, Icons &icons, Symbols &symbols, QWidget &view);
+
+    static constexpr int iconSize = 32; // Points.
 
     /// Row height in points, at the fonts of the moment.
     int height() const { return heights().row; }
@@ -71,6 +74,7 @@ private:
     QStaticText shaped(const QString &text, const QFont &font, int width,
                        Qt::LayoutDirection direction) const;
     void paintText(QPainter &painter, const QRect &area, const Prepared &content) const;
+    static void paintPicture(QPainter &painter, const QRect &area, const QPixmap &picture);
     void paintButton(QPainter &painter, const QRect &row, RowLook::Button button);
     QRect mirrored(const QRect &rect, const QRect &row) const;
 

@@ -230,6 +230,11 @@ void ShelfView::setMotion(Motion motion)
     m_toast->setMotion(motion);
 }
 
+void ShelfView::setThumbnails(Thumbnails &thumbnails)
+{
+    m_list->setThumbnails(thumbnails);
+}
+
 void ShelfView::setTargeted(bool targeted)
 {
     m_outline->setShown(targeted);

@@ -27,6 +27,7 @@ class MainQueue;
 class QStackedWidget;
 class ShelfHeader;
 class ShelfStore;
+class Thumbnails;
 class Toast;
 struct QuickLookController;
 
@@ -57,6 +58,8 @@ public:
     /// Brings what the preview would show in line with the store.
     void syncQL();
     void setMotion(Motion motion);
+    /// Rows show pictures of their files from now on. It outlives the view.
+    void setThumbnails(Thumbnails &thumbnails);
 
     std::function<void()> onClose;
     /// The background was dragged: the window is to follow the pointer.
