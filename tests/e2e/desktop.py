@@ -424,6 +424,14 @@ class Desktop:
         self.release(button)
         time.sleep(0.1)
 
+    def double_click(self, x, y):
+        self.move(x, y)
+        time.sleep(0.2)
+        for kind in (X.ButtonPress, X.ButtonRelease) * 2:
+            xtest.fake_input(self.display, kind, 1)
+            self.display.sync()
+            time.sleep(0.03)
+
     def keys(self, *names):
         """Presses keys together, by keysym name, and lets them go in reverse order."""
         with self.held(*names):

@@ -6,8 +6,12 @@ import pytest
 from gi.repository import GLib
 
 from desktop import wait_for
-from peers import Editor
+from peers import Editor, target
 from program import BUS_NAME
+from test_gestures import file_source
+from test_keyboard import activate
+from test_rowmenu import record_applications
+from test_storage import state_of
 
 main = pytest.mark.main
 TITLE = "Vantle Settings"
@@ -94,6 +98,73 @@ def test_changes_hold_at_once_and_after_a_restart(desktop, program):
     desktop.keys("space")
     wait_for(lambda: stored(program)["cornerToSummon"] is True, what="the corner to be on again")
     assert desktop.active_window() == window.id
+
+
+@main
+def test_what_rows_and_drags_do_follows_the_form_and_outlives_a_restart(desktop, program):
+    """By keyboard alone in the form: the drag's switch and key, the watched folder, expiry, double click, drag out."""
+    opened = record_applications(desktop, "Viewer")
+    old, new = (desktop.write(desktop.home / f"{name}.txt", name) for name in ("old", "new"))
+    desktop.write(program.state_file, state_of(old))
+    program.start()
+    desktop.run(program.binary, new)
+    program.wait_for_items(2)
+    files = file_source(desktop, place=(20, 20, 160, 160))
+    receiver = target(desktop, place=(20, 420, 200, 200))
+
+    def drag_summons(*keys):
+        if program.panel_is_up():
+            activate(program)
+            desktop.keys("Escape")
+            program.wait_until_hidden()
+        desktop.begin_drag(*files.centre)
+        with desktop.held(*keys):
+            desktop.glide(300, 300)
+            time.sleep(0.4)
+            came = program.panel_is_up()
+        desktop.release()
+        program.wait_until_hidden()
+        return came
+
+    def set_here(key, value, *keys):
+        desktop.keys(*keys)
+        wait_for(lambda: stored(program).get(key) == value, 3, f"{key} to be {value}")
+
+    open_settings(desktop, program)
+    tab(desktop, 2)
+    set_here("shakeToSummon", False, "space")
+    assert not drag_summons()
+    open_settings(desktop, program)
+    set_here("shakeToSummon", True, "space")
+    assert drag_summons()
+    open_settings(desktop, program)
+    tab(desktop, 1)
+    set_here("dragModifier", "shift", "End")
+    tab(desktop, 7)
+    folder = desktop.home / "Pictures/Screenshots"
+    set_here("watchedFolders", [str(folder)], "space")
+    tab(desktop, 2)  # From the new entry: the button has done its work and is gone.
+    set_here("autoCleanup", "1h", "Down")
+    program.wait_for_items(1)
+    tab(desktop, 1)
+    set_here("doubleClickAction", "open", "Down")
+    tab(desktop, 1)
+    set_here("removeAfterDragOut", True, "space")
+    desktop.keys("Control_L", "w")
+
+    for turn in range(2):
+        assert not drag_summons()
+        assert drag_summons("Shift_L")
+        shot = desktop.write(folder / f"shot {turn}.png", "x")
+        program.wait_for_items(2)
+        assert program.paths()[-1] == str(shot).encode()
+        desktop.double_click(*program.row(0))
+        wait_for(lambda: opened() == [f"Viewer {new}"] * (turn + 1), 5, "the file to be opened")
+        program.give(1, *receiver.centre)
+        receiver.event("drop")
+        program.wait_for_items(1)
+        assert program.paths() == [str(new).encode()]
+        program.restart()
 
 
 def test_an_application_is_ignored(desktop, shelf):

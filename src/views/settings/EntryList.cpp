@@ -56,6 +56,8 @@ void EntryList::setEntries(const QList<Entry> &entries)
     for (const Entry &entry : entries) {
         auto *row = makeRow(entry);
         layout()->addWidget(row);
+        // The keyboard goes through the entries, as they lie, before the button below them.
+        setTabOrder(m_fallback->previousInFocusChain(), row->findChild<IconButton *>());
         row->show();
         m_rows.append(row);
     }
@@ -66,6 +68,11 @@ void EntryList::setEntries(const QList<Entry> &entries)
         m_fallback->setFocus();
     else
         m_rows[std::min(focused, m_rows.size() - 1)]->findChild<IconButton *>()->setFocus();
+}
+
+void EntryList::focusLast()
+{
+    m_rows.last()->findChild<IconButton *>()->setFocus();
 }
 
 void EntryList::setRemoveText(const QString &text)

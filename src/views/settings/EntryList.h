@@ -25,6 +25,8 @@ public:
     EntryList(Symbols &symbols, QWidget *fallback, QWidget *parent = nullptr);
 
     void setEntries(const QList<Entry> &entries);
+    /// The keyboard goes to the last entry, of which there is one.
+    void focusLast();
     /// What the buttons say.
     void setRemoveText(const QString &text);
 

@@ -60,8 +60,11 @@ void SettingsView::showWatched(const QStringList &paths)
     const auto isScreenshots = [this](const QString &path) {
         return FilePath::standardized(path.toUtf8()) == m_screenshotFolder;
     };
-    m_addScreenshots->setHidden(m_screenshotFolder.isEmpty()
-                                || std::any_of(paths.begin(), paths.end(), isScreenshots));
+    const bool watched = std::any_of(paths.begin(), paths.end(), isScreenshots);
+    const bool focused = m_addScreenshots->isAncestorOf(window()->focusWidget());
+    m_addScreenshots->setHidden(m_screenshotFolder.isEmpty() || watched);
+    if (focused && m_addScreenshots->isHidden())
+        m_watched->focusLast(); // Its own work has taken the button away.
 }
 
 /// Of those that are installed by now.
