@@ -16,7 +16,10 @@
 #include "platform/Sounds.h"
 #include "platform/StatusItem.h"
 #include "platform/TabWindow.h"
+#include "views/AccessibleRole.h"
+#include "views/AboutView.h"
 #include "views/SettingsView.h"
+#include "views/onboarding/WelcomeView.h"
 
 #include <QGuiApplication>
 
@@ -63,6 +66,7 @@ AppDelegate::AppDelegate(const Desktop &desktop, Localizer &texts)
     , m_store(AppPaths(desktop.directories), desktop.queue, desktop.workers, desktop.bookmarks,
               desktop.sounds, texts)
     , m_settings(desktop.preferences, desktop.autostart, texts, desktop.directories.downloads)
+    , m_thumbnails(desktop.pictures, desktop.thumbnails)
     , m_monitor(desktop.pointer, desktop.dragSelection, desktop.frontApplication, desktop.screens,
                 desktop.queue)
     , m_hotKey(desktop.hotKey)
@@ -82,6 +86,7 @@ void AppDelegate::applicationDidFinishLaunching()
     connectMonitor();
     connectSettings();
     m_monitor.start();
+    welcomeOnce();
     runCleanup();
     m_cleanupTimer = m_desktop.queue.every(
         cleanupPeriod, [this] { runCleanup(); }, MainQueue::Precision::Coarse);
@@ -93,7 +98,9 @@ void AppDelegate::connectPanel()
     m_view
         = std::make_unique<ShelfView>(m_store, m_settings, m_texts, m_ql, m_desktop.icons,
                                       m_desktop.dragSession, m_desktop.queue, m_desktop.resources);
+    m_view->setThumbnails(m_thumbnails);
     m_desktop.panelWindow.setRootView(m_view.get());
+    setAccessibleRole(*m_view->window(), QAccessible::Window);
     m_panel = std::make_unique<ShelfPanel>(
         m_desktop.panelWindow, m_desktop.screens, m_desktop.pointer, m_desktop.preferences,
         m_desktop.dragSession, m_desktop.icons, m_desktop.queue, m_ql);
@@ -129,6 +136,7 @@ void AppDelegate::connectDock()
 {
     m_dockTab = std::make_unique<DockTab>(m_desktop.tabWindow, m_desktop.queue);
     m_dockTabView = std::make_unique<DockTabView>(m_store, m_dockTab->model);
+    m_dockTabView->onPress = [this] { m_dockTab->onActivate(); };
     m_desktop.tabWindow.setRootView(m_dockTabView.get());
     m_panel->attachDock(*m_dockTab);
     m_panel->canDock = [this] { return !m_store.items.value().isEmpty(); };
@@ -217,6 +225,21 @@ void AppDelegate::connectSettings()
             titleWindows();
         },
         Deliver::ChangesOnly);
+    whenSet(m_desktop.look, [this](const DesktopLook &look) { followLook(look); });
+}
+
+void AppDelegate::followLook(const DesktopLook &look)
+{
+    m_style.apply(look);
+    m_view->setMotion(look.motion);
+    m_panel->setMotion(look.motion);
+    m_dockTab->setMotion(look.motion);
+    if (m_settingsWindow)
+        m_settingsWindow->setFixedSize(m_settingsWindow->sizeHint());
+    if (m_welcomeWindow) {
+        m_welcomeWindow->setMotion(look.motion);
+        m_welcomeWindow->setFixedSize(m_welcomeWindow->sizeHint());
+    }
 }
 
 void AppDelegate::toggle()

@@ -4,14 +4,17 @@
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
 #include "fileops/OpenWithCache.h"
+#include "fileops/ThumbnailLoader.h"
 #include "panel/DockTab.h"
 #include "panel/FolderWatcher.h"
 #include "panel/HotKeyCenter.h"
 #include "panel/ShelfPanel.h"
 #include "panel/SummonMonitor.h"
+#include "platform/DesktopLook.h"
 #include "platform/KeyEvent.h"
 #include "store/QuickLookController.h"
 #include "store/ShelfStore.h"
+#include "views/DesktopStyle.h"
 #include "views/DockTabView.h"
 #include "views/PopupWatch.h"
 #include "views/ShelfView.h"
@@ -21,6 +24,7 @@
 #include <memory>
 #include <vector>
 
+class AboutView;
 class Applications;
 class Autostart;
 class Bookmarks;
@@ -33,6 +37,7 @@ class FrontApplication;
 class HotKey;
 class Icons;
 class PanelWindow;
+class PictureDecoder;
 class PointerMonitor;
 class Preferences;
 class QWidget;
@@ -41,6 +46,8 @@ class SettingsView;
 class Sounds;
 class StatusItem;
 class TabWindow;
+class ThumbnailGenerator;
+class WelcomeView;
 class Workers;
 
 /// What the desktop does for the program. All of it outlives the delegate.
@@ -70,6 +77,9 @@ struct Desktop
     FolderEvents &folderEvents;
     // Shows a window of ours in front and with the keyboard, whoever had it.
     std::function<void(QWidget &)> bringToFront;
+    Observable<DesktopLook> &look;
+    PictureDecoder &pictures;
+    ThumbnailGenerator &thumbnails;
 };
 
 /// Owns every long-lived part and connects them. No part knows another except
@@ -101,6 +111,8 @@ public:
 
     /// Opens the settings' window, or brings it to the front where the user left it.
     void openSettings();
+    /// The tour, from its first page; one that is open comes to the front as it is.
+    void showWelcome();
 
     std::function<void()> onQuit;
 
@@ -113,8 +125,13 @@ private:
     void connectFolders();
     void connectMonitor();
     void connectSettings();
+    void followLook(const DesktopLook &look);
     void rebuildMenu();
     void titleWindows();
+    void welcomeOnce();
+    void putDemoFile(const QUrl &url);
+    void showAbout();
+    void sendFeedback();
     void applyHotKey();
     void runCleanup();
     void watchLocations();
@@ -142,11 +159,15 @@ private:
     ShelfStore m_store;
     AppSettings m_settings;
     QuickLookController m_ql;
+    DesktopStyle m_style;
+    Thumbnails m_thumbnails; // Before the view.
     std::unique_ptr<ShelfView> m_view; // Before the panel: the panel shows it.
     std::unique_ptr<DockTab> m_dockTab; // Before the panel, too.
     std::unique_ptr<DockTabView> m_dockTabView;
     std::unique_ptr<ShelfPanel> m_panel;
     std::unique_ptr<SettingsView> m_settingsWindow; // Made when it is first opened.
+    std::unique_ptr<WelcomeView> m_welcomeWindow; // Made anew whenever it opens.
+    std::unique_ptr<AboutView> m_aboutWindow;
     PopupWatch m_popups;
     SummonMonitor m_monitor;
     HotKeyCenter m_hotKey;

@@ -9,6 +9,9 @@ void AppDelegate::rebuildMenu()
     m_desktop.statusItem.setMenu({
         { m_texts.text(QStringLiteral("menu_toggle"), { shortcut }), [this] { toggle(); } },
         {}, // A separator.
+        { m_texts.text(QStringLiteral("menu_welcome")), [this] { showWelcome(); } },
+        { m_texts.text(QStringLiteral("menu_about")), [this] { showAbout(); } },
+        { m_texts.text(QStringLiteral("menu_feedback")), [this] { sendFeedback(); } },
         { m_texts.text(QStringLiteral("menu_settings")), [this] { openSettings(); } },
         {},
         { m_texts.text(QStringLiteral("menu_quit")), [this] { onQuit(); } },

@@ -1,9 +1,14 @@
 #include "app/AppDelegate.h"
 
+#include "app/Feedback.h"
+#include "fileops/FileOps.h"
+#include "platform/OwnFile.h"
 #include "platform/linux/InstalledApplications.h"
 #include "platform/linux/ScreenshotFolder.h"
 #include "platform/linux/x11/X11Keyboard.h"
+#include "views/AboutView.h"
 #include "views/SettingsView.h"
+#include "views/onboarding/WelcomeView.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -21,6 +26,18 @@ void centre(QWidget &window)
     window.move(frame.topLeft());
 }
 
+/// With a title and a button that closes, and of a size that is its own.
+void dress(QWidget &window)
+{
+    window.setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint
+                          | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+}
+
+QString versionAndBuild()
+{
+    return QStringLiteral(VANTLE_VERSION " (" VANTLE_BUILD ")");
+}
+
 }
 
 void AppDelegate::openSettings()
@@ -34,8 +51,7 @@ void AppDelegate::openSettings()
                               [directories = m_desktop.directories, desktops] {
                                   return screenshotFolder(directories, desktops);
                               } });
-        m_settingsWindow->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint
-                                         | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+        dress(*m_settingsWindow);
         m_settingsWindow->setFixedSize(m_settingsWindow->sizeHint());
         centre(*m_settingsWindow);
         auto *close = new QShortcut(QKeySequence::Close, m_settingsWindow.get());
@@ -45,9 +61,75 @@ void AppDelegate::openSettings()
     m_desktop.bringToFront(*m_settingsWindow);
 }
 
+/// The mark is stored first, so that no end of the program brings the tour back.
+void AppDelegate::welcomeOnce()
+{
+    if (m_settings.onboarded.value())
+        return;
+    m_settings.onboarded.set(true);
+    m_desktop.queue.post([this] { showWelcome(); });
+}
+
+void AppDelegate::showWelcome()
+{
+    if (!m_welcomeWindow || !m_welcomeWindow->isVisible()) {
+        const QUrl demo = m_store.makeDemoFile();
+        m_welcomeWindow = std::make_unique<WelcomeView>(
+            m_settings, m_store, m_texts, demo,
+            WelcomeDesktop { m_desktop.queue, m_desktop.dragSession, m_desktop.icons,
+                             m_desktop.resources });
+        m_welcomeWindow->onDemoBegin = [this] { handleDragStart(); };
+        m_welcomeWindow->onDemoEnd = [this] { handleDragEnd(); };
+        m_welcomeWindow->onDemoPut = [this, demo] { putDemoFile(demo); };
+        m_welcomeWindow->onDone = [this] {
+            m_welcomeWindow->close();
+            m_panel->summon();
+        };
+        m_welcomeWindow->setMotion(m_desktop.look.value().motion);
+        dress(*m_welcomeWindow);
+        m_welcomeWindow->setFixedSize(m_welcomeWindow->sizeHint());
+        centre(*m_welcomeWindow);
+        titleWindows();
+    }
+    m_desktop.bringToFront(*m_welcomeWindow);
+}
+
+/// What a drag of it onto the panel would do.
+void AppDelegate::putDemoFile(const QUrl &url)
+{
+    handleDragStart();
+    m_view->handleDrop({ std::make_shared<OwnFile>(url) });
+    handleDragEnd();
+}
+
+void AppDelegate::showAbout()
+{
+    if (!m_aboutWindow) {
+        m_aboutWindow
+            = std::make_unique<AboutView>(m_texts, m_desktop.resources, versionAndBuild());
+        dress(*m_aboutWindow);
+    }
+    m_aboutWindow->refreshTexts();
+    if (!m_aboutWindow->isVisible())
+        centre(*m_aboutWindow);
+    m_desktop.bringToFront(*m_aboutWindow);
+}
+
+void AppDelegate::sendFeedback()
+{
+    const QUrl address
+        = feedbackAddress(QStringLiteral(VANTLE_WEBSITE), m_texts.currentCode(), versionAndBuild());
+    if (address.isValid())
+        FileOps::open({ address }, m_desktop.applications, m_desktop.workers);
+}
+
 /// In the language in force.
 void AppDelegate::titleWindows()
 {
+    if (m_welcomeWindow)
+        m_welcomeWindow->setWindowTitle(m_texts.text(QStringLiteral("welcome_window_title")));
+    if (m_aboutWindow)
+        m_aboutWindow->refreshTexts();
     if (m_settingsWindow)
         m_settingsWindow->setWindowTitle(m_texts.text(QStringLiteral("settings_title")));
 }

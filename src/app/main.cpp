@@ -5,10 +5,14 @@
 #include "platform/linux/ApplicationService.h"
 #include "platform/linux/ArgumentUrls.h"
 #include "platform/linux/CanberraSounds.h"
+#include "platform/linux/DecoderPool.h"
+#include "platform/linux/DesktopThumbnails.h"
+#include "platform/linux/FileLanes.h"
 #include "platform/linux/GioApplications.h"
 #include "platform/linux/InotifyFolders.h"
 #include "platform/linux/JsonPreferences.h"
 #include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/LinuxLook.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/SystemLanguages.h"
 #include "platform/linux/ThemeIcons.h"
@@ -67,6 +71,7 @@ struct X11Desktop
         , dragSession(panelWindow, queue, workers)
         , clipboard(queue, workers)
         , windows(queue)
+        , look(queue, watch)
         , statusItem(queue)
     {
         dropTarget.attach(panelWindow.winId());
@@ -88,6 +93,7 @@ struct X11Desktop
     X11DragSession dragSession;
     X11Clipboard clipboard;
     X11Windows windows;
+    LinuxLook look;
     TrayItem statusItem;
 };
 
@@ -113,7 +119,13 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     CanberraSounds sounds(QFile::encodeName(resources + QStringLiteral("/sounds")));
     XdgAutostart autostart(directories.config, XdgAutostart::runningExecutable());
     ThemeIcons icons(resources + QStringLiteral("/icons"));
+    FileLanes lanes;
+    DecoderPool pictures(DecoderPool::installedProgram(), lanes, queue);
+    DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, lanes, queue);
     X11Desktop x11(queue, workers);
+    // First of all: whoever paints icons anew after that finds the theme that goes with the look.
+    const Ticket iconsTicket = x11.look.look.subscribe(
+        [&icons](const DesktopLook &look) { icons.setScheme(look.scheme); }, Deliver::ChangesOnly);
 
     AppDelegate delegate({ queue,
                            workers,
@@ -137,7 +149,10 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
                            x11.clipboard,
                            applications,
                            folderEvents,
-                           [&x11](QWidget &window) { x11.windows.bringToFront(window); } },
+                           [&x11](QWidget &window) { x11.windows.bringToFront(window); },
+                           x11.look.look,
+                           pictures,
+                           thumbnails },
                          texts);
     // quit() would ask the windows first, and the panel refuses to close.
     delegate.onQuit = [] { QCoreApplication::exit(); };

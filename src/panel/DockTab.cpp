@@ -41,7 +41,7 @@ void DockTab::show(DockEdge edge, const Screen &screen, double centerY)
         m_opacity = opacity;
         m_window.setOpacity(opacity);
     };
-    if (!m_window.canFade()) {
+    if (!fades()) {
         setOpacity(1);
         m_window.orderFront();
         return;
@@ -80,7 +80,7 @@ void DockTab::dismiss()
         m_opacity = 1;
         m_window.setOpacity(1);
     };
-    if (!m_window.canFade()) {
+    if (!fades()) {
         leave();
         return;
     }

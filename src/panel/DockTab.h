@@ -3,6 +3,7 @@
 #include "base/MainQueue.h"
 #include "base/Observable.h"
 #include "panel/Animation.h"
+#include "platform/Motion.h"
 #include "platform/Screens.h"
 #include "platform/TabWindow.h"
 
@@ -27,6 +28,7 @@ public:
     /// The pointer stayed on it for a moment, pressed it, or dragged something onto it.
     std::function<void()> onActivate;
     DockTabModel model;
+    void setMotion(Motion motion) { m_motion = motion; }
 
     /// Fades it in at that edge of the screen's visible frame, at the height of
     /// centerY as far as it fits.
@@ -36,11 +38,13 @@ public:
     void dismiss();
 
 private:
+    bool fades() const { return m_motion == Motion::Full && m_window.canFade(); }
     void fire();
 
     TabWindow &m_window;
     MainQueue &m_queue;
     Animation m_fade;
+    Motion m_motion = Motion::Full;
     double m_opacity = 1;
     bool m_wanted = false; // It is meant to be on screen.
     Ticket m_hoverTimer;

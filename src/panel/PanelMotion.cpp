@@ -12,7 +12,7 @@ void PanelMotion::appear(const QPointF &from, double duration)
 {
     m_shown = true;
     m_animation.cancel();
-    if (!m_window.canFade()) {
+    if (!moves()) {
         setAppearance(1, {});
         m_window.orderFront();
         return;
@@ -41,7 +41,7 @@ void PanelMotion::leaveTowards(const QRectF &frame, const QPointF &to, double du
         if (done)
             done();
     };
-    if (!m_window.canFade()) {
+    if (!moves()) {
         finish();
         return;
     }

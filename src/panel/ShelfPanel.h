@@ -63,6 +63,8 @@ public:
     /// Whether only its tab is up.
     bool isDocked() const { return m_docking.isDocked(); }
 
+    void setMotion(Motion motion) { m_motion.setMotion(motion); }
+
     /// The tab outlives the panel. Without one the panel never docks.
     void attachDock(DockTab &tab) { m_docking.attach(tab); }
     /// Off until it is set. Turned off while docked, the panel comes back.

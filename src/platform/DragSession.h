@@ -7,6 +7,8 @@
 
 #include <functional>
 
+class QWidget;
+
 /// One dragged object and where its icon stands when the drag begins, in points
 /// of the window from which it is dragged.
 struct DraggingItem
@@ -16,8 +18,8 @@ struct DraggingItem
     QRectF frame;
 };
 
-/// A drag from a window of ours into other programs. Only copying is offered,
-/// and windows of this program refuse it.
+/// A drag from a window of ours into other programs. Only copying is offered.
+/// The window that it came from refuses it.
 class DragSession
 {
 public:
@@ -27,5 +29,10 @@ public:
     /// not said so 10 seconds after the release has not.
     virtual void begin(const QList<DraggingItem> &items, const QPointF &at,
                        std::function<void(bool accepted)> onEnd)
+        = 0;
+    /// The same from a widget of another window than the panel: the panel takes
+    /// such a drag like one of another program.
+    virtual void beginFrom(QWidget &source, const QList<DraggingItem> &items, const QPointF &at,
+                           std::function<void(bool accepted)> onEnd)
         = 0;
 };

@@ -61,7 +61,9 @@ public:
     virtual Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer)
         = 0;
     /// One page of a PDF document, from 0; fitted into that square.
-    virtual Ticket page(const QUrl &url, int page, int maxPixel, Answer<Picture> answer) = 0;
+    virtual Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
+                        Answer<Picture> answer)
+        = 0;
     /// The frames of an animation from that one on, as many as come at once
     /// within bounded memory; an empty list past the end.
     virtual Ticket frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer)

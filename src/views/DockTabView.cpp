@@ -2,6 +2,7 @@
 
 #include "panel/DockTab.h"
 #include "store/ShelfStore.h"
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 
 #include <QPainter>
@@ -24,9 +25,16 @@ constexpr double countMargin = 2.5;
 
 DockTabView::DockTabView(ShelfStore &store, DockTabModel &model, QWidget *parent)
     : QWidget(parent)
+    , m_store(store)
 {
+    setAccessibleRole(*this, QAccessible::Button, [this] {
+        if (onPress)
+            onPress();
+    });
     m_itemsTicket = store.items.subscribe([this](const QList<ShelfItem> &items) {
         m_count = items.size();
+        setAccessibleName(m_store.currentTitle());
+        setAccessibleDescription(QString::number(m_count));
         update();
     });
     m_edgeTicket = model.edge.subscribe([this](DockEdge edge) {
@@ -53,7 +61,7 @@ void DockTabView::paintShape(QPainter &painter) const
     const bool isRight = m_edge == DockEdge::Right;
     const QRectF shape
         = QRectF(rect()).adjusted(isRight ? half : -radius, half, isRight ? radius : -half, -half);
-    painter.setPen(QPen(Look::faded(Look::text(palette()), borderOpacity), 1));
+    painter.setPen(QPen(Look::shade(palette(), borderOpacity), 1));
     painter.setBrush(palette().window());
     painter.drawRoundedRect(shape, radius - half, radius - half);
 }
@@ -68,8 +76,8 @@ void DockTabView::paintChevron(QPainter &painter) const
     path.lineTo(-tip, half);
     path.translate(width() / 2.0, chevronMiddle);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(Look::faded(Look::text(palette()), chevronOpacity), chevronWidth,
-                        Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(Look::shade(palette(), chevronOpacity), chevronWidth, Qt::SolidLine,
+                        Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(path);
 }
 

@@ -5,6 +5,8 @@
 
 #include <QWidget>
 
+#include <functional>
+
 struct DockTabModel;
 class ShelfStore;
 
@@ -16,6 +18,9 @@ class DockTabView final : public QWidget
 public:
     DockTabView(ShelfStore &store, DockTabModel &model, QWidget *parent = nullptr);
 
+    /// An assistive program presses it; the pointer comes by the window.
+    std::function<void()> onPress;
+
     QSize sizeHint() const override { return TabWindow::size.toSize(); }
 
 protected:
@@ -26,6 +31,7 @@ private:
     void paintChevron(QPainter &painter) const;
     void paintCount(QPainter &painter) const;
 
+    ShelfStore &m_store;
     DockEdge m_edge = DockEdge::Right;
     qsizetype m_count = 0;
     Ticket m_itemsTicket;

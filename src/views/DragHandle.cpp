@@ -1,5 +1,6 @@
 #include "views/DragHandle.h"
 
+#include "views/AccessibleRole.h"
 #include "views/Brand.h"
 #include "views/Look.h"
 #include "views/Symbols.h"
@@ -24,6 +25,7 @@ DragHandle::DragHandle(Symbols &symbols, DragSession &session, Icons &icons, QWi
     , m_drag(session, icons)
 {
     setCursor(Qt::OpenHandCursor);
+    setAccessibleRole(*this, QAccessible::Graphic);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
@@ -31,6 +33,7 @@ void DragHandle::setContent(Carries carries, int count)
 {
     m_carries = carries;
     m_count = QString::number(count);
+    setAccessibleDescription(m_count);
     updateGeometry();
     update();
 }

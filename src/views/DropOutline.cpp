@@ -45,10 +45,15 @@ void DropOutline::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(m_opacity);
+    paint(painter, rect(), layoutDirection());
+}
+
+void DropOutline::paint(QPainter &painter, const QRectF &panel, Qt::LayoutDirection direction)
+{
     // A stroke lies on both sides of its line.
     constexpr double middle = outlineInset + outlineWidth / 2;
-    const QRectF shape = QRectF(rect()).adjusted(middle, middle, -middle, -middle);
-    painter.setPen(QPen(Brand::gradient(rect(), layoutDirection()), outlineWidth));
+    const QRectF shape = panel.adjusted(middle, middle, -middle, -middle);
+    painter.setPen(QPen(Brand::gradient(panel, direction), outlineWidth));
     painter.setBrush(Look::faded(Brand::accent, 0.07));
     painter.drawRoundedRect(shape, outlineRadius, outlineRadius);
 }

@@ -1,5 +1,6 @@
 #include "views/EmptyState.h"
 
+#include "views/AccessibleRole.h"
 #include "views/Brand.h"
 #include "views/Look.h"
 #include "views/Symbols.h"
@@ -17,6 +18,7 @@ EmptyState::EmptyState(Symbols &symbols, QWidget *parent)
     : QWidget(parent)
     , m_symbols(symbols)
 {
+    setAccessibleRole(*this, QAccessible::StaticText);
 }
 
 void EmptyState::setTexts(const QString &title, const QString &hint)
@@ -55,7 +57,7 @@ void EmptyState::paintEvent(QPaintEvent *)
     int top = std::max(0, (height() - block) * 9 / 20);
 
     m_symbols.paint(painter, Symbol::Tray, QRect(0, top, width(), traySize), traySize,
-                    m_targeted ? Brand::accent : Look::faded(Look::text(palette()), 0.4));
+                    m_targeted ? Brand::accent : Look::shade(palette(), 0.4));
     top += traySize + trayGap;
     painter.setFont(titleFont);
     painter.setPen(Look::text(palette()));

@@ -1,5 +1,6 @@
 #include "views/IconButton.h"
 
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 
 #include <QPainter>
@@ -13,6 +14,7 @@ IconButton::IconButton(Symbols &symbols, Symbol symbol, double symbolSize, QWidg
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     setFixedSize(sizeHint());
+    setAccessibleRole(*this, QAccessible::Button, [this] { click(); });
 }
 
 void IconButton::setHelp(const QString &text)
@@ -28,8 +30,8 @@ void IconButton::paintEvent(QPaintEvent *)
     const QColor text = Look::text(palette());
     const QRectF shape = QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75);
     painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 1.5) : Qt::NoPen);
-    painter.setBrush(isDown()           ? Look::faded(text, 0.16)
-                         : underMouse() ? Look::faded(text, 0.08)
+    painter.setBrush(isDown()           ? Look::shade(palette(), 0.16)
+                         : underMouse() ? Look::shade(palette(), 0.08)
                                         : QColor(Qt::transparent));
     painter.drawRoundedRect(shape, 6, 6);
     const bool clear = underMouse() || isDown() || hasFocus();

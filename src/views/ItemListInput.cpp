@@ -2,6 +2,7 @@
 #include "store/ShelfStore.h"
 #include "views/ItemListView.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QMouseEvent>
@@ -175,8 +176,12 @@ void ItemListView::askForMenu()
 {
     const auto focus = m_store.focus.value();
     const int row = focus ? m_model.rowOf(*focus) : -1;
-    if (row < 0 || !onMenu)
-        return;
+    if (row >= 0 && onMenu)
+        openMenu(row);
+}
+
+void ItemListView::openMenu(int row)
+{
     const Motion motion
         = std::exchange(m_motion, Motion::Reduced); // The menu stays where it opens.
     m_scroll.cancel();
@@ -186,6 +191,50 @@ void ItemListView::askForMenu()
     const QPoint below(isRightToLeft() ? rect.right() - menuInset : rect.left() + menuInset,
                        rect.bottom() - menuOverlap);
     onMenu(m_model.item(row), viewport()->mapToGlobal(below));
+}
+
+bool ItemListView::hasKeyboard() const
+{
+    const QWidget *focus = QApplication::focusWidget();
+    return focus && (focus == this || focus->isAncestorOf(this));
+}
+
+bool ItemListView::canPerform(RowAction action) const
+{
+    switch (action) {
+    case RowAction::Menu:
+        return bool(onMenu);
+    case RowAction::Activate:
+        return bool(onActivate);
+    case RowAction::Preview:
+        return bool(onPreview);
+    default:
+        return true;
+    }
+}
+
+void ItemListView::perform(RowAction action, const QUuid &id)
+{
+    m_queue.post([this, action, id, alive = std::weak_ptr(m_alive)] {
+        const int row = alive.lock() ? m_model.rowOf(id) : -1;
+        if (row < 0 || !canPerform(action))
+            return;
+        const ShelfItem item = m_model.item(row);
+        switch (action) {
+        case RowAction::Press:
+            return m_store.click(id, 0);
+        case RowAction::Toggle:
+            return m_store.click(id, EventModifier::Command);
+        case RowAction::Menu:
+            return openMenu(row);
+        case RowAction::Activate:
+            return onActivate(item);
+        case RowAction::Preview:
+            return onPreview(item);
+        case RowAction::Remove:
+            return m_store.removeIds({ id });
+        }
+    });
 }
 
 void ItemListView::contextMenuEvent(QContextMenuEvent *event)

@@ -29,6 +29,7 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
     , m_delegate(new ItemRowDelegate(m_model, icons, symbols, *this))
     , m_rows(queue)
     , m_scroll(queue)
+    , m_accessible(*this, m_model, store, queue)
 {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
@@ -199,6 +200,7 @@ void ItemListView::focusChanged()
 {
     const auto focus = m_store.focus.value();
     const int row = focus ? m_model.rowOf(*focus) : -1;
+    m_accessible.focusChanged();
     if (row < 0)
         return;
     scrollTo(m_model.index(row));

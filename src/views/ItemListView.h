@@ -3,6 +3,7 @@
 #include "base/Ticket.h"
 #include "panel/Animation.h"
 #include "platform/Modifiers.h"
+#include "views/ItemListAccessible.h"
 #include "views/ItemListModel.h"
 #include "views/ItemRowDelegate.h"
 #include "views/Motion.h"
@@ -40,6 +41,23 @@ public:
     std::function<void(const ShelfItem &, const QPoint &)> onMenu;
     /// Pointer or keyboard came to a row, so that its menu may be asked for soon.
     std::function<void(const ShelfItem &)> onNear;
+
+    /// Shows a row's preview.
+    std::function<void(const ShelfItem &)> onPreview;
+
+    /// What an assistive program can ask of a row.
+    enum class RowAction { Press, Toggle, Menu, Activate, Preview, Remove };
+    bool canPerform(RowAction action) const;
+    /// Soon, and only if the entry is still there.
+    void perform(RowAction action, const QUuid &id);
+
+    const ItemListModel &rows() const { return m_model; }
+    ShelfStore &store() const { return m_store; }
+    const Localizer &texts() const { return m_texts; }
+    /// Whether keys come to the widget around the list, which lets them act on rows.
+    bool hasKeyboard() const;
+    /// The keyboard came to that widget.
+    void keyboardCame() { m_accessible.focusChanged(); }
 
     /// For the keyboard: the row that has the focus, brought into view.
     void askForMenu();
@@ -97,6 +115,7 @@ private:
     void focusChanged();
     void comeNear(int row);
 
+    void openMenu(int row);
     void beginPress(QMouseEvent *event, Press::Count count);
     void endPress(const Press &press, QMouseEvent *event);
     void setPointer(std::optional<QPoint> position);
@@ -117,6 +136,7 @@ private:
     RowThumbnails m_thumbnails;
     RowMotion m_rows;
     Animation m_scroll;
+    ItemListAccessible m_accessible;
 
     std::vector<Ticket> m_subscriptions;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.

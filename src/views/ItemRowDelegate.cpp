@@ -95,10 +95,13 @@ void ItemRowDelegate::paintRow(QPainter &painter, const QRect &row, const ShelfI
 {
     const QPalette &palette = m_view.palette();
     if (look.selected || look.hovered) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(look.selected ? Look::faded(palette.color(QPalette::Highlight), 0.2)
-                                       : Look::faded(Look::text(palette), 0.07));
-        painter.drawRoundedRect(row, rowRadius, rowRadius);
+        const QColor highlight = palette.color(QPalette::Highlight);
+        const bool isFramed = look.selected && Look::isHighContrast(palette);
+        painter.setPen(isFramed ? QPen(highlight, 2) : QPen(Qt::NoPen));
+        painter.setBrush(look.selected ? Look::faded(highlight, 0.2) : Look::shade(palette, 0.07));
+        const double inset = isFramed ? 1 : 0;
+        painter.drawRoundedRect(QRectF(row).adjusted(inset, inset, -inset, -inset), rowRadius,
+                                rowRadius);
     }
     const int textLeft = row.left() + rowSidePadding + iconSize + iconGap;
     const int buttonRoom = look.button == RowLook::Button::Hidden ? 0 : removeSize + 6;

@@ -1,4 +1,3 @@
 #pragma once
 
-/// Whether the desktop's user wants things to move.
-enum class Motion { Full, Reduced };
+#include "platform/Motion.h"

@@ -1,5 +1,7 @@
 #include "views/Prompt.h"
 
+#include "views/Look.h"
+
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEvent>
@@ -40,8 +42,6 @@ public:
         message->setWordWrap(true);
         message->setBuddy(m_field);
         m_field->setAccessibleName(request.message);
-        m_field->setFixedSize(request.fieldWidth,
-                              std::max(fieldHeight, m_field->minimumSizeHint().height()));
         auto *buttons = new QDialogButtonBox(this);
         buttons->addButton(request.accept, QDialogButtonBox::AcceptRole)->setDefault(true);
         buttons->addButton(request.cancel, QDialogButtonBox::RejectRole);
@@ -51,7 +51,9 @@ public:
         column->addWidget(message);
         column->addWidget(m_field);
         column->addWidget(buttons);
-        const int width = std::max(request.fieldWidth, buttons->sizeHint().width());
+        const int width
+            = std::max(qRound(request.fieldWidth * Look::textScale), buttons->sizeHint().width());
+        m_field->setFixedSize(width, std::max(fieldHeight, m_field->minimumSizeHint().height()));
         message->setFixedSize(width, message->heightForWidth(width));
         setFixedSize(sizeHint());
         connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

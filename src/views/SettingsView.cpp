@@ -5,6 +5,7 @@
 #include "base/FilePath.h"
 #include "platform/Icons.h"
 #include "platform/ShortcutText.h"
+#include "views/AccessibleRole.h"
 #include "views/SlimScrollBar.h"
 #include "views/settings/EntryList.h"
 #include "views/settings/IconLabel.h"
@@ -79,6 +80,7 @@ SettingsView::SettingsView(AppSettings &settings, const Localizer &texts,
     addWatched();
     addItems();
     layout->addStretch();
+    setAccessibleRole(*this, QAccessible::Window);
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setVerticalScrollBar(new SlimScrollBar(this));
@@ -109,11 +111,7 @@ QWidget *SettingsView::makeHeader()
     layout->addWidget(new IconLabel(icon, 64, header));
     auto *lines = new QVBoxLayout;
     lines->setSpacing(2);
-    auto *name = new QLabel(header);
-    QFont large = name->font();
-    large.setPointSizeF(large.pointSizeF() * 1.5);
-    large.setWeight(QFont::DemiBold);
-    name->setFont(large);
+    auto *name = new SizedLabel(1.5, QFont::DemiBold, header);
     setText(name, QStringLiteral("app_name"));
     auto *tagline = new QLabel(header);
     tagline->setWordWrap(true);
@@ -125,8 +123,10 @@ QWidget *SettingsView::makeHeader()
                                       { number.isEmpty() ? QStringLiteral("0.1.0") : number }));
     });
     lines->addStretch();
-    for (auto *line : { name, tagline, static_cast<QLabel *>(version) })
+    for (auto *line : std::initializer_list<QLabel *> { name, tagline, version }) {
+        alignToLeading(*line);
         lines->addWidget(line);
+    }
     lines->addStretch();
     layout->addLayout(lines, 1);
     return header;
@@ -255,6 +255,7 @@ Section *SettingsView::addSection(const QString &titleKey)
 {
     auto *section = new Section;
     setText(section->title(), titleKey);
+    say([this, section, titleKey] { section->setAccessibleName(m_texts.text(titleKey)); });
     m_form->layout()->addWidget(section);
     return section;
 }
@@ -327,6 +328,17 @@ void SettingsView::closeEvent(QCloseEvent *event)
 {
     event->ignore();
     hide();
+}
+
+void SettingsView::changeEvent(QEvent *event)
+{
+    QScrollArea::changeEvent(event);
+    if (event->type() != QEvent::FontChange)
+        return;
+    for (auto *label : m_form->findChildren<QLabel *>()) {
+        if (auto *sized = dynamic_cast<SizedLabel *>(label))
+            sized->fit();
+    }
 }
 
 /// From top to bottom: the toolkit's own order is that in which the widgets were

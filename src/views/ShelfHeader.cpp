@@ -1,14 +1,18 @@
 #include "views/ShelfHeader.h"
 
 #include "app/settings/Localizer.h"
+#include "views/AccessibleRole.h"
 #include "views/IconButton.h"
 #include "views/Look.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
-constexpr int headerHeight = 38;
+constexpr int headerHeight = 38; // Grows with large text.
 constexpr int headerLeading = 17; // In line with the icons of the rows.
 constexpr int headerTrailing = 8;
 constexpr int titleGap = 2; // Beside the empty margin of the title.
@@ -23,7 +27,6 @@ ShelfHeader::ShelfHeader(Symbols &symbols, DragSession &session, Icons &icons,
     , m_clear(new IconButton(symbols, Symbol::Trash, 15, this))
     , m_close(new IconButton(symbols, Symbol::Close, 15, this))
 {
-    setFixedHeight(headerHeight);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(headerLeading - TitleButton::padding, 0, headerTrailing, 0);
     row->setSpacing(0);
@@ -34,6 +37,8 @@ ShelfHeader::ShelfHeader(Symbols &symbols, DragSession &session, Icons &icons,
     row->addSpacing(6);
     row->addWidget(m_clear);
     row->addWidget(m_close);
+    fitText();
+    setAccessibleRole(*this, QAccessible::ToolBar);
     connect(m_clear, &IconButton::clicked, this, [this] {
         if (onClear)
             onClear();
@@ -62,8 +67,21 @@ void ShelfHeader::setContent(const Content &content)
     setAccessibleName(content.title);
 }
 
+void ShelfHeader::fitText()
+{
+    setFixedHeight(std::max(
+        { headerHeight, m_title->sizeHint().height(), m_handle->sizeHint().height() + 8 }));
+}
+
+void ShelfHeader::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        fitText();
+}
+
 void ShelfHeader::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.fillRect(0, headerHeight - 1, width(), 1, Look::faded(Look::text(palette()), 0.1));
+    painter.fillRect(0, height() - 1, width(), 1, Look::shade(palette(), 0.1));
 }

@@ -35,8 +35,11 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
+    void fitText();
+
     const Localizer &m_texts;
     TitleButton *m_title;
     DragHandle *m_handle;

@@ -115,6 +115,7 @@ void ShelfView::rename()
 void ShelfView::connectRows()
 {
     m_list->onActivate = [this](const ShelfItem &item) { activate(item); };
+    m_list->onPreview = [this](const ShelfItem &item) { preview(item); };
     m_list->onNear = [this](const ShelfItem &item) {
         if (actions.apps)
             actions.apps(item.url);
@@ -148,12 +149,17 @@ void ShelfView::activate(const ShelfItem &item)
         if (actions.reveal)
             actions.reveal({ item.url });
     } else {
-        if (!m_store.selection.value().contains(item.id))
-            m_store.click(item.id, 0);
-        syncQL();
-        if (actions.preview)
-            actions.preview();
+        preview(item);
     }
+}
+
+void ShelfView::preview(const ShelfItem &item)
+{
+    if (!m_store.selection.value().contains(item.id))
+        m_store.click(item.id, 0);
+    syncQL();
+    if (actions.preview)
+        actions.preview();
 }
 
 void ShelfView::subscribe()
@@ -201,6 +207,7 @@ void ShelfView::refresh()
           static_cast<int>(dragOutItems().size()), m_store.items.value().isEmpty() });
     m_empty->setTexts(m_texts.text(QStringLiteral("empty_drop")),
                       m_texts.text(QStringLiteral("empty_hint")));
+    setAccessibleName(m_store.currentTitle());
     m_list->setAccessibleName(m_store.currentTitle());
     showContent();
     syncQL();
@@ -319,6 +326,16 @@ void ShelfView::contextMenuEvent(QContextMenuEvent *event)
     event->setAccepted(event->reason() == QContextMenuEvent::Keyboard);
     if (event->isAccepted() && m_content->currentWidget() == m_list)
         m_list->askForMenu();
+}
+
+void ShelfView::focusInEvent(QFocusEvent *event)
+{
+    QWidget::focusInEvent(event);
+    // After the toolkit has told that it is this widget.
+    m_queue.post([this, alive = std::weak_ptr(m_alive)] {
+        if (alive.lock())
+            m_list->keyboardCame();
+    });
 }
 
 /// Keyboards without a menu key have this combination for it.

@@ -78,11 +78,13 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void connectHeader();
     void openShelfMenu();
     void connectRows();
+    void preview(const ShelfItem &item);
     void subscribe();
     void refreshSoon();
     void refresh();

@@ -46,7 +46,7 @@ void SlimScrollBar::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(Look::faded(Look::text(palette()), m_grip || underMouse() ? 0.5 : 0.28));
+    painter.setBrush(Look::shade(palette(), m_grip || underMouse() ? 0.5 : 0.28));
     const QRectF shape = handle();
     painter.drawRoundedRect(shape, shape.width() / 2, shape.width() / 2);
 }

@@ -68,8 +68,8 @@ void TitleButton::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor text = Look::text(palette());
     painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 1.5) : Qt::NoPen);
-    painter.setBrush(isDown()           ? Look::faded(text, 0.16)
-                         : underMouse() ? Look::faded(text, 0.08)
+    painter.setBrush(isDown()           ? Look::shade(palette(), 0.16)
+                         : underMouse() ? Look::shade(palette(), 0.08)
                                         : QColor(Qt::transparent));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), 6, 6);
 

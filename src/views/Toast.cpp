@@ -1,10 +1,9 @@
 #include "views/Toast.h"
 
+#include "views/AccessibleRole.h"
 #include "views/LinePieces.h"
 #include "views/Look.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
 #include <QEvent>
 #include <QPainter>
 
@@ -20,13 +19,6 @@ constexpr int toastEndPadding = 7;
 constexpr int toastRise = 6; // It comes up that far while it appears.
 constexpr int mostLines = 3;
 constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
-
-QAccessibleInterface *accessibleToast(const QString &className, QObject *object)
-{
-    if (className != QLatin1String(Toast::staticMetaObject.className()))
-        return nullptr;
-    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Notification);
-}
 
 /// Cut to what the lines can hold, with breaks where a word is longer than a line.
 QString fitted(QString text, const QFontMetrics &metrics, int width)
@@ -57,8 +49,7 @@ Toast::Toast(MainQueue &queue, QWidget *parent)
     , m_queue(queue)
     , m_fade(queue)
 {
-    [[maybe_unused]] static const bool installed
-        = (QAccessible::installFactory(accessibleToast), true);
+    setAccessibleRole(*this, QAccessible::Notification);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     hide();
 }
@@ -73,6 +64,11 @@ void Toast::showText(const QString &text)
     m_text = text;
     m_timers.push_back(m_queue.after(toastDuration, [this, text] { expire(text); }));
     setAccessibleName(text);
+    if (isVisible()) {
+        // Screen readers speak a notification when it comes up, and know no other way.
+        QAccessibleEvent event(this, QAccessible::ObjectShow);
+        QAccessible::updateAccessibility(&event);
+    }
     show();
     place();
     raise();

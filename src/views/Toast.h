@@ -13,9 +13,8 @@
 /// message's own end ends a later one only where it says the same.
 class Toast final : public QWidget
 {
-    Q_OBJECT // Screen readers tell it from other widgets by its class.
-
-        public : Toast(MainQueue &queue, QWidget *parent);
+public:
+    Toast(MainQueue &queue, QWidget *parent);
 
     void showText(const QString &text);
     const std::optional<QString> &text() const { return m_text; }

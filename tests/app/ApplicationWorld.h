@@ -15,11 +15,13 @@
 #include "platform/fake/FakeHotKey.h"
 #include "platform/fake/FakeIcons.h"
 #include "platform/fake/FakePanelWindow.h"
+#include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakePointerMonitor.h"
 #include "platform/fake/FakePreferences.h"
 #include "platform/fake/FakeScreens.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/FakeTabWindow.h"
+#include "platform/fake/FakeThumbnailGenerator.h"
 #include "platform/fake/VirtualQueue.h"
 #include "store/AppPaths.h"
 
@@ -38,6 +40,8 @@ inline FakePreferences withValues(const QJsonObject &values)
 {
     FakePreferences preferences;
     preferences.object = values;
+    if (!values.contains(QStringLiteral("onboarded")))
+        preferences.object.insert(QStringLiteral("onboarded"), true);
     return preferences;
 }
 
@@ -134,6 +138,9 @@ public:
     FakeClipboard clipboard;
     FakeApplications applications;
     FakeFolderEvents folderEvents;
+    Observable<DesktopLook> look;
+    FakePictureDecoder pictures;
+    FakeThumbnailGenerator thumbnails;
     QString resources = QStringLiteral(VANTLE_SOURCE_DIR "/src/resources");
     Localizer texts { resources + QStringLiteral("/Vantle_Vantle.bundle"), {} };
     AppDelegate delegate { { queue,
@@ -158,6 +165,9 @@ public:
                              clipboard,
                              applications,
                              folderEvents,
-                             [](QWidget &opened) { opened.show(); } },
+                             [](QWidget &opened) { opened.show(); },
+                             look,
+                             pictures,
+                             thumbnails },
                            texts };
 };

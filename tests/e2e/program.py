@@ -11,6 +11,7 @@ from gi.repository import Gio, GLib
 from desktop import Rect, wait_for
 
 BUS_NAME = "app.vantleapp.Vantle"
+TOUR = "Welcome to Vantle"
 TREE = Path(__file__).resolve().parents[2]
 HEADER, PADDING, ROW, SPACING = 44, 8, 44, 5  # Of the panel's list, in points.
 REMOVE_BUTTON = 25  # From the panel's right edge to the middle of a row's remove button,
@@ -47,8 +48,8 @@ class Program:
         return self.desktop.config_home / "Vantle/preferences.json"
 
     def prefer(self, **values):
-        """The panel stays where it is, unless a test wants it to dock."""
-        self.desktop.write(self.preferences, json.dumps({"dockToEdge": False} | values))
+        """The panel stays where it is and the tour is over, unless a test wants it otherwise."""
+        self.desktop.write(self.preferences, json.dumps({"dockToEdge": False, "onboarded": True} | values))
 
     def start(self, **environment):
         if not self.preferences.exists():
@@ -60,12 +61,13 @@ class Program:
         return self
 
     def wait_until_idle(self):
-        """Its start-up ends when it has slept, using no processor time, for a while."""
+        """Its start-up ends when it has slept, using no processor time, for a while, or shows the
+        tour, which moves."""
         def sleeps():
             before = self.processor_time()
             time.sleep(0.1)
             return before == self.processor_time()
-        wait_for(sleeps, 10, "the program to become idle")
+        wait_for(lambda: self.desktop.windows(TOUR) or sleeps(), 10, "the program to become idle")
 
     def processor_time(self):
         """Seconds of processor time of the main thread."""

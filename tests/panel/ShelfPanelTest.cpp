@@ -221,16 +221,19 @@ TEST(ShelfPanelTest, AHideDuringTheFadeInGoesOnFromThere)
     EXPECT_EQ(w.window.slide, QPointF(0, -10));
 }
 
-TEST(ShelfPanelTest, WithoutACompositorItComesAndGoesAtOnce)
+TEST(ShelfPanelTest, WithoutACompositorOrAWishForMotionItComesAndGoesAtOnce)
 {
-    World w;
-    w.window.composited = false;
-    w.panel->summon();
-    EXPECT_TRUE(w.window.visible);
-    EXPECT_EQ(w.window.opacity, 1);
-    EXPECT_EQ(w.window.slide, QPointF());
-    w.panel->hide();
-    EXPECT_FALSE(w.window.visible);
+    for (const bool composited : { false, true }) {
+        World w;
+        w.window.composited = composited;
+        w.panel->setMotion(composited ? Motion::Reduced : Motion::Full);
+        w.panel->summon();
+        EXPECT_TRUE(w.window.visible);
+        EXPECT_EQ(w.window.opacity, 1);
+        EXPECT_EQ(w.window.slide, QPointF());
+        w.panel->hide();
+        EXPECT_FALSE(w.window.visible);
+    }
 }
 
 TEST(ShelfPanelTest, OnlyASummonWithFocusTakesTheKeyboardAndOnlyOnceItIsUp)

@@ -1,3 +1,4 @@
+#include "platform/linux/LookSources.h"
 #include "platform/linux/ThemeIcons.h"
 #include "platform/linux/TrayLabel.h"
 #include "platform/linux/x11/XSettings.h"
@@ -9,6 +10,8 @@
 #include <QtEndian>
 
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace {
 
@@ -131,6 +134,56 @@ TEST(XSettingsTest, ADamagedPropertyGivesWhatStandsBeforeTheFault)
     // Wherever it is cut off.
     for (qsizetype size = 0; size < good.bytes().size(); ++size)
         EXPECT_TRUE(XSettings::parse(good.bytes().left(size)).isEmpty());
+}
+
+TEST(LookSourcesTest, ThePortalSpeaksFirstAndEveryWishForEaseCounts)
+{
+    using Scheme = DesktopLook::Scheme;
+    using Contrast = DesktopLook::Contrast;
+    const auto portal = [](const char *key, const QVariant &value) {
+        return QHash<QString, QVariant> { { QLatin1String(key), value } };
+    };
+    const auto theme = [](const char *name) {
+        return XSettings::Settings { { "Net/ThemeName", QLatin1String(name) } };
+    };
+    const char *const scheme = "org.freedesktop.appearance color-scheme";
+    const char *const scale = "org.gnome.desktop.interface text-scaling-factor";
+    struct Case
+    {
+        const char *what;
+        LookSources sources;
+        DesktopLook look;
+    };
+    const auto motion = Motion::Reduced;
+    const Case cases[] = {
+        { "nothing", {}, {} },
+        { "dark", { portal(scheme, 1U), theme("Adwaita") }, { Scheme::Dark } },
+        { "light over a dark theme", { portal(scheme, 2U), theme("X-dark") }, { Scheme::Light } },
+        { "no preference, dark theme", { portal(scheme, 0U), theme("X-Dark") }, { Scheme::Dark } },
+        { "unknown number", { portal(scheme, 9U), {} }, {} },
+        { "contrast",
+          { portal("org.gnome.desktop.a11y.interface high-contrast", true), {} },
+          { Scheme::NoPreference, Contrast::High } },
+        { "contrast's theme",
+          { {}, theme("HighContrastInverse") },
+          { Scheme::Dark, Contrast::High } },
+        { "no animations",
+          { portal("org.gnome.desktop.interface enable-animations", false), {} },
+          { {}, {}, motion } },
+        { "none, by the manager",
+          { portal("org.gnome.desktop.interface enable-animations", true),
+            { { "Gtk/EnableAnimations", 0 } } },
+          { {}, {}, motion } },
+        { "text", { portal(scale, 1.5), {} }, { {}, {}, {}, 1.5 } },
+        { "too large", { portal(scale, 1e9), {} }, { {}, {}, {}, 3 } },
+        { "no number", { portal(scale, NAN), {} }, {} },
+        { "the toolkit scales", { portal(scale, 1.5), { { "Xft/DPI", 147456 } } }, {} },
+        { "of another kind", { portal(scheme, QStringLiteral("dark")), theme("") }, {} },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_TRUE(c.sources.look() == c.look);
+    }
 }
 
 TEST(ThemeIconsTest, TheNameAloneDecidesAndWhatTheThemeLacksIsOurs)

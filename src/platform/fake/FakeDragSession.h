@@ -22,5 +22,11 @@ public:
         begun.push_back({ items, at, std::move(onEnd) });
     }
 
+    void beginFrom(QWidget &, const QList<DraggingItem> &items, const QPointF &at,
+                   std::function<void(bool)> onEnd) override
+    {
+        begin(items, at, std::move(onEnd));
+    }
+
     std::vector<Begun> begun;
 };

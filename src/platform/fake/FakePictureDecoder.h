@@ -38,12 +38,14 @@ public:
                      .urgency = urgency,
                      .picture = std::move(answer) });
     }
-    Ticket page(const QUrl &url, int page, int maxPixel, Answer<Picture> answer) override
+    Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
+                Answer<Picture> answer) override
     {
         return ask({ .kind = Kind::Page,
                      .url = url,
                      .number = page,
                      .maxPixel = maxPixel,
+                     .urgency = urgency,
                      .picture = std::move(answer) });
     }
     Ticket frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer) override

@@ -38,11 +38,36 @@ void chooseTheme()
     }
 }
 
+/// "breeze" and "breeze-dark", "Papirus" and "Papirus-Dark".
+void chooseVariant(DesktopLook::Scheme scheme)
+{
+    if (scheme == DesktopLook::Scheme::NoPreference)
+        return;
+    QString plain = QIcon::themeName();
+    if (plain.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
+        plain.chop(5);
+    const QStringList names = scheme == DesktopLook::Scheme::Light
+        ? QStringList { plain }
+        : QStringList { plain + QStringLiteral("-dark"), plain + QStringLiteral("-Dark") };
+    const auto found = std::find_if(names.begin(), names.end(), isInstalled);
+    if (found != names.end())
+        QIcon::setThemeName(*found);
+}
+
 }
 
 ThemeIcons::ThemeIcons(QString folder)
     : m_folder(std::move(folder))
 {
+}
+
+void ThemeIcons::setScheme(DesktopLook::Scheme scheme)
+{
+    if (std::exchange(m_scheme, scheme) == scheme)
+        return;
+    m_icons.clear();
+    if (m_themeChosen)
+        chooseVariant(scheme);
 }
 
 QIcon ThemeIcons::forFile(const QUrl &url)
@@ -74,8 +99,10 @@ QIcon ThemeIcons::forWebLocation()
 
 QIcon ThemeIcons::find(const QStringList &names, const QString &fallback)
 {
-    if (!std::exchange(m_themeChosen, true))
+    if (!std::exchange(m_themeChosen, true)) {
         chooseTheme();
+        chooseVariant(m_scheme);
+    }
     for (const QString &name : names) {
         if (QIcon::hasThemeIcon(name))
             return QIcon::fromTheme(name);

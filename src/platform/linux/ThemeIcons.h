@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/DesktopLook.h"
 #include "platform/Icons.h"
 
 #include <QHash>
@@ -16,6 +17,9 @@ public:
     /// asked for sets the icon theme of the application, where the desktop names one.
     explicit ThemeIcons(QString folder);
 
+    /// The variant of the theme that suits it, where there is one.
+    void setScheme(DesktopLook::Scheme scheme);
+
     QIcon forFile(const QUrl &url) override;
     QIcon forWebLocation() override;
 
@@ -23,6 +27,7 @@ private:
     QIcon find(const QStringList &names, const QString &fallback);
 
     QString m_folder;
+    DesktopLook::Scheme m_scheme = DesktopLook::Scheme::NoPreference;
     bool m_themeChosen = false;
     QMimeDatabase m_types;
     QHash<QString, QIcon> m_icons; // By MIME type.

@@ -1,7 +1,9 @@
 #include "views/settings/Section.h"
 
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -12,14 +14,33 @@ constexpr int margin = 12; // Between the card's edge and its rows.
 
 }
 
-Note::Note(QWidget *parent)
+void alignToLeading(QLabel &label)
+{
+    label.setAlignment(Qt::AlignVCenter | Qt::AlignAbsolute
+                       | (label.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft));
+}
+
+SizedLabel::SizedLabel(double factor, QFont::Weight weight, QWidget *parent)
     : QLabel(parent)
+    , m_factor(factor)
+    , m_weight(weight)
+{
+    setTextFormat(Qt::PlainText);
+    fit();
+}
+
+void SizedLabel::fit()
+{
+    QFont sized;
+    sized.setPointSizeF(QApplication::font().pointSizeF() * m_factor);
+    sized.setWeight(m_weight);
+    setFont(sized);
+}
+
+Note::Note(QWidget *parent)
+    : SizedLabel(0.9, QFont::Normal, parent)
 {
     setWordWrap(true);
-    setTextFormat(Qt::PlainText);
-    QFont smaller = font();
-    smaller.setPointSizeF(smaller.pointSizeF() * 0.9);
-    setFont(smaller);
 }
 
 /// By itself: a colour that is set would not follow the palette.
@@ -52,7 +73,7 @@ protected:
         const QColor text = Look::text(palette());
         const QColor window = palette().color(QPalette::Window);
         const QColor base = palette().color(QPalette::Base);
-        painter.setPen(Look::faded(text, 0.14));
+        painter.setPen(Look::shade(palette(), 0.14));
         painter.setBrush(base.lightness() > window.lightness() ? base
                                                                : Look::blended(text, window, 0.06));
         painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 8, 8);
@@ -63,7 +84,7 @@ protected:
                 continue;
             if (!isFirst)
                 painter.fillRect(QRectF(margin, row->y(), width() - 2 * margin, 1),
-                                 Look::faded(text, 0.1));
+                                 Look::shade(palette(), 0.1));
             isFirst = false;
         }
     }
@@ -74,16 +95,18 @@ Section::Section(QWidget *parent)
     , m_title(new QLabel(this))
     , m_card(new Card(this))
 {
+    setAccessibleRole(*this, QAccessible::Grouping);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
     layout->addWidget(m_title);
     layout->addWidget(m_card);
-    QFont bold = font();
+    QFont bold; // The weight alone: the size follows the desktop's.
     bold.setWeight(QFont::DemiBold);
     m_title->setFont(bold);
     m_title->setIndent(margin);
     m_title->setWordWrap(true);
+    alignToLeading(*m_title);
 }
 
 /// Every row has a frame that hides with it and takes notes.
@@ -109,6 +132,7 @@ QLabel *Section::addRow(QWidget *control, QWidget *named)
     label->setWordWrap(true);
     label->setTextFormat(Qt::PlainText);
     label->setBuddy(named);
+    alignToLeading(*label);
     layout->addWidget(label, 1);
     layout->addWidget(control);
     addRow(row);

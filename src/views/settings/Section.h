@@ -5,8 +5,25 @@
 
 class QVBoxLayout;
 
+/// Puts its text at the layout's leading edge, whichever way the text itself reads.
+void alignToLeading(QLabel &label);
+
+/// Text of another size than that of the desktop.
+class SizedLabel : public QLabel
+{
+public:
+    SizedLabel(double factor, QFont::Weight weight, QWidget *parent = nullptr);
+
+    /// Takes the desktop's size anew: a size that is set no longer follows it by itself.
+    void fit();
+
+private:
+    double m_factor;
+    QFont::Weight m_weight;
+};
+
 /// Text that comes second to what stands above it.
-class Note final : public QLabel
+class Note final : public SizedLabel
 {
 public:
     explicit Note(QWidget *parent = nullptr);

@@ -64,13 +64,12 @@ void Switch::paintEvent(QPaintEvent *)
     const int textWidth = width() - size.width() - gap;
     painter.setPen(textColor);
     painter.drawText(QRect(mirrored ? width() - textWidth : 0, 0, textWidth, height()),
-                     Qt::TextWordWrap | Qt::AlignVCenter
-                         | static_cast<int>(mirrored ? Qt::AlignRight : Qt::AlignLeft),
+                     Qt::TextWordWrap | Qt::AlignVCenter | static_cast<int>(Qt::AlignLeading),
                      text());
     const QColor on = palette().color(QPalette::Highlight);
     const double radius = track.height() / 2;
-    painter.setPen(Look::faded(textColor, isChecked() ? 0 : 0.45));
-    painter.setBrush(isChecked() ? on : Look::faded(textColor, underMouse() ? 0.2 : 0.12));
+    painter.setPen(isChecked() ? QColor(Qt::transparent) : Look::shade(palette(), 0.45));
+    painter.setBrush(isChecked() ? on : Look::shade(palette(), underMouse() ? 0.2 : 0.12));
     painter.drawRoundedRect(track.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     const double knob = track.height() - 2 * inset - 2;
     const bool atRight = isChecked() != mirrored;

@@ -109,7 +109,15 @@ X11DragSession::~X11DragSession() = default;
 void X11DragSession::begin(const QList<DraggingItem> &items, const QPointF &at,
                            std::function<void(bool)> onEnd)
 {
-    if (m_state == State::Starting || m_state == State::Dragging || !m_window)
+    if (!m_window)
+        return onEnd(false);
+    beginFrom(*m_window, items, at, std::move(onEnd));
+}
+
+void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items, const QPointF &at,
+                               std::function<void(bool)> onEnd)
+{
+    if (m_state == State::Starting || m_state == State::Dragging)
         return onEnd(false);
     end(false); // A drop before this one that was never answered.
     const auto urls = urlsOf(items);
@@ -121,9 +129,12 @@ void X11DragSession::begin(const QList<DraggingItem> &items, const QPointF &at,
     m_taken.reset();
     m_state = State::Starting;
 
-    auto *drag = new QDrag(m_window); // Deletes itself when its target is done with it.
-    drag->setMimeData(new AnnouncedTypes);
-    const auto [pixmap, hotSpot] = picture(items, at, m_window->devicePixelRatioF());
+    // Deletes itself when its target is done with it.
+    const QPointer<QDrag> drag = new QDrag(&source);
+    auto *data = new AnnouncedTypes;
+    data->setUrls(urls); // For windows of ours, which ask nobody else.
+    drag->setMimeData(data);
+    const auto [pixmap, hotSpot] = picture(items, at, source.devicePixelRatioF());
     drag->setPixmap(pixmap);
     drag->setHotSpot(hotSpot);
     m_shape = shapeOf(pixmap);
@@ -137,6 +148,8 @@ void X11DragSession::begin(const QList<DraggingItem> &items, const QPointF &at,
         end(false);
     else if (m_taken)
         end(*m_taken);
+    else if (drag && drag->target()) // A window of ours, which has the drop already.
+        end(true);
     else
         m_limit = m_queue.after(finishLimit, [this] { end(false); });
 }

@@ -31,6 +31,8 @@ public:
     /// events of a drag in a loop of its own.
     void begin(const QList<DraggingItem> &items, const QPointF &at,
                std::function<void(bool accepted)> onEnd) override;
+    void beginFrom(QWidget &source, const QList<DraggingItem> &items, const QPointF &at,
+                   std::function<void(bool accepted)> onEnd) override;
 
 private:
     enum class State {

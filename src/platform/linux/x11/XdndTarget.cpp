@@ -24,6 +24,14 @@ XdndTarget::XdndTarget(MainQueue &queue)
     m_atoms.fetch({ "XdndAware", "XdndEnter", "XdndPosition", "XdndStatus", "XdndLeave", "XdndDrop",
                     "XdndFinished", "XdndTypeList", "XdndActionList", "XdndActionCopy",
                     "XdndActionMove", "XdndActionLink" });
+    m_ownDrags.onTargeted = [this](bool targeted) {
+        if (onTargeted)
+            onTargeted(targeted);
+    };
+    m_ownDrags.onDrop = [this](const ItemProviders &objects) {
+        if (onDrop)
+            onDrop(objects);
+    };
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -45,6 +53,8 @@ void XdndTarget::attach(WId window)
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, m_atoms("XdndAware"),
                         XCB_ATOM_ATOM, 32, 1, &newestVersion);
     xcb_flush(m_connection);
+    if (auto *widget = QWidget::find(window))
+        m_ownDrags.attach(*widget);
 }
 
 bool XdndTarget::nativeEventFilter(const QByteArray &type, void *message, qintptr *)

@@ -1,0 +1,136 @@
+// Scrolls a shelf of 100,000 pictures, in a window on the X server, while their thumbnails arrive:
+// what each frame costs the main thread from the wheel's event to the end of its painting, and how
+// far the memory grows.
+//   bench_scroll DECODER
+#include "StoreHome.h"
+
+#include "app/settings/AppSettings.h"
+#include "base/QtMainQueue.h"
+#include "base/ThreadWorkers.h"
+#include "fileops/ThumbnailLoader.h"
+#include "platform/Autostart.h"
+#include "platform/fake/FakeDragSession.h"
+#include "platform/fake/FakePreferences.h"
+#include "platform/linux/DecoderPool.h"
+#include "platform/linux/DesktopThumbnails.h"
+#include "platform/linux/ThemeIcons.h"
+#include "store/QuickLookController.h"
+#include "views/ShelfView.h"
+
+#include <QApplication>
+#include <QListView>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTimer>
+#include <QWheelEvent>
+
+namespace {
+
+constexpr int entries = 100'000;
+constexpr int pictures = 200; // Files; every entry is a link to one of them.
+constexpr int frames = 3000;
+constexpr double frameTime = 1 / 60.0; // Seconds.
+constexpr int scrolledAFrame = 15; // Pixels: some 18 rows a second.
+
+class NoAutostart final : public Autostart
+{
+public:
+    bool enabled() const override { return false; }
+    std::optional<QString> setEnabled(bool) override { return std::nullopt; }
+};
+
+double residentMegabytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray text = status.readAll();
+    const QByteArray line = text.mid(text.indexOf("VmRSS:") + 6);
+    return line.left(line.indexOf("kB")).trimmed().toDouble() / 1024;
+}
+
+/// Photographs of a megapixel under 100,000 names.
+QList<QUrl> makePictures(const QByteArray &folder)
+{
+    for (int i = 0; i < pictures; ++i) {
+        QImage image(1200, 800, QImage::Format_RGB32);
+        QPainter painter(&image);
+        QLinearGradient sky(0, 0, 1200, 800);
+        sky.setColorAt(0, QColor::fromHsv(i * 359 / pictures, 200, 220));
+        sky.setColorAt(1, QColor::fromHsv((i * 97) % 360, 160, 90));
+        painter.fillRect(image.rect(), sky);
+        for (int spot = 0; spot < 400; ++spot)
+            painter.fillRect((spot * 7919 + i * 31) % 1200, (spot * 104729 + i) % 800, 9, 9,
+                             QColor::fromHsv((spot * 13) % 360, 255, 200));
+        painter.end();
+        image.save(QString::fromUtf8(folder) + QStringLiteral("/%1.jpg").arg(i), "JPG", 88);
+    }
+    QList<QUrl> urls;
+    for (int i = 0; i < entries; ++i) {
+        const QByteArray original = folder + '/' + QByteArray::number(i % pictures) + ".jpg";
+        const QByteArray name = folder + "/photograph " + QByteArray::number(i) + ".jpg";
+        if (::link(original.constData(), name.constData()) != 0)
+            std::perror("link");
+        urls.append(FilePath::toUrl(name));
+    }
+    return urls;
+}
+
+}
+
+int main(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    if (argc < 2)
+        return 2;
+    const QString resources
+        = QApplication::applicationDirPath() + QStringLiteral("/../share/vantle");
+    const StoreHome home;
+    QtMainQueue queue;
+    ThreadWorkers workers;
+    const auto store = home.newStore();
+    FakePreferences preferences;
+    NoAutostart autostart;
+    Localizer texts { QString(), {} };
+    AppSettings settings(preferences, autostart, texts, {});
+    QuickLookController ql;
+    ThemeIcons icons(resources + QStringLiteral("/icons"));
+    FakeDragSession session;
+    DecoderPool decoder(QFile::decodeName(argv[1]), queue);
+    DesktopThumbnails generator(decoder, queue);
+    Thumbnails thumbnails(decoder, generator);
+    store->add(makePictures(home.path()));
+
+    ShelfView view(*store, settings, texts, ql, icons, session, queue, resources);
+    view.setThumbnails(thumbnails);
+    view.resize(238, 318);
+    view.show();
+    auto *list = view.findChild<QListView *>();
+    QtMainQueue::settle(500);
+    const double before = residentMegabytes();
+
+    std::vector<double> times; // Milliseconds from when a frame was due to when it was painted.
+    double largest = before; // Megabytes.
+    double due = seconds(CLOCK_MONOTONIC);
+    QScrollBar *bar = list->verticalScrollBar();
+    for (int frame = 0; frame < frames; ++frame) {
+        due += frameTime;
+        while (seconds(CLOCK_MONOTONIC) < due)
+            QCoreApplication::processEvents(
+                QEventLoop::WaitForMoreEvents,
+                std::max(1, static_cast<int>((due - seconds(CLOCK_MONOTONIC)) * 1000)));
+        bar->setValue(bar->value() + scrolledAFrame);
+        list->viewport()->repaint();
+        const double end = seconds(CLOCK_MONOTONIC);
+        times.push_back((end - due) * 1000);
+        due = std::max(due, end - frameTime); // A frame that was late is counted once.
+        if (frame % 100 == 0)
+            largest = std::max(largest, residentMegabytes());
+    }
+    std::printf("frames %d\nthumbnails %d\n", frames, arrived);
+    for (const auto &[name, share] :
+         { std::pair("median", 0.5), { "99th", 0.99 }, { "worst", 1.0 } })
+        std::printf("%s %.2f\n", name, quantile(times, share));
+    std::printf("memory_before %.1f\nmemory_largest %.1f\n", before, largest);
+    return 0;
+}

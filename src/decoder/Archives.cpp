@@ -1,0 +1,102 @@
+#include "decoder/Decoded.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr size_t blockSize = 65536;
+constexpr std::chrono::seconds longestReading { 4 }; // Then the listing is what was read by then.
+constexpr qsizetype longestPath = 1000; // Characters.
+
+/// Names are in UTF-8 most times; what is not is shown as well as it can be.
+QString pathOf(archive_entry *entry)
+{
+    const char *const name = archive_entry_pathname_utf8(entry);
+    return QString::fromUtf8(name != nullptr ? name : archive_entry_pathname(entry))
+        .left(longestPath);
+}
+
+/// Reads the file until its time is over: a single packed member may be of any length.
+struct Input
+{
+    int file;
+    std::chrono::steady_clock::time_point end = std::chrono::steady_clock::now() + longestReading;
+    std::array<char, blockSize> block {};
+
+    static la_ssize_t read(::archive *, void *input, const void **bytes)
+    {
+        auto &self = *static_cast<Input *>(input);
+        *bytes = self.block.data();
+        if (std::chrono::steady_clock::now() > self.end)
+            return ARCHIVE_FATAL;
+        return ::read(self.file, self.block.data(), self.block.size());
+    }
+    static la_int64_t seek(::archive *, void *input, la_int64_t offset, int whence)
+    {
+        const off_t place = ::lseek(static_cast<Input *>(input)->file, offset, whence);
+        return place < 0 ? ARCHIVE_FATAL : place;
+    }
+    static la_int64_t skip(::archive *, void *input, la_int64_t count)
+    {
+        const int file = static_cast<Input *>(input)->file;
+        return ::lseek(file, count, SEEK_CUR) < 0 ? 0 : count;
+    }
+};
+
+}
+
+std::optional<Decoded> Decode::archive(int file)
+{
+    ::lseek(file, 0, SEEK_SET);
+    const std::unique_ptr<::archive, decltype(&archive_read_free)> reader(archive_read_new(),
+                                                                          &archive_read_free);
+    archive_read_support_filter_all(reader.get());
+    for (const auto support :
+         { archive_read_support_format_zip, archive_read_support_format_tar,
+           archive_read_support_format_gnutar, archive_read_support_format_7zip,
+           archive_read_support_format_rar, archive_read_support_format_rar5,
+           archive_read_support_format_cab, archive_read_support_format_iso9660,
+           archive_read_support_format_cpio, archive_read_support_format_ar,
+           archive_read_support_format_xar, archive_read_support_format_lha })
+        support(reader.get());
+    const auto input = std::make_unique<Input>(Input { file });
+    archive_read_set_seek_callback(reader.get(), &Input::seek);
+    if (archive_read_open2(reader.get(), input.get(), nullptr, &Input::read, &Input::skip, nullptr)
+        != ARCHIVE_OK)
+        return std::nullopt;
+
+    PictureDecoder::Listing listing;
+    archive_entry *entry = nullptr;
+    int state = ARCHIVE_OK;
+    while ((state = archive_read_next_header(reader.get(), &entry)) == ARCHIVE_OK
+           || state == ARCHIVE_WARN) {
+        if (listing.entries.size() >= DecoderProtocol::mostEntries) {
+            listing.whole = false;
+            break;
+        }
+        listing.entries.append({ pathOf(entry), qMax<qint64>(0, archive_entry_size(entry)),
+                                 archive_entry_filetype(entry) == AE_IFDIR });
+    }
+    if (state != ARCHIVE_EOF)
+        listing.whole = false;
+    if (listing.entries.isEmpty() && state != ARCHIVE_EOF)
+        return std::nullopt;
+
+    const QByteArray bytes = DecoderProtocol::encode(listing);
+    DecoderProtocol::Result result;
+    result.decoded = true;
+    result.bytes = bytes.size();
+    SharedMemory memory(result.bytes);
+    if (memory.data() == nullptr)
+        return std::nullopt;
+    std::memcpy(memory.data(), bytes.constData(), static_cast<size_t>(bytes.size()));
+    return Decoded { result, std::move(memory) };
+}

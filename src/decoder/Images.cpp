@@ -1,0 +1,191 @@
+#include "decoder/Decoded.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include <unistd.h>
+#include <vips/vips8>
+
+namespace {
+
+using vips::VImage;
+using vips::VOption;
+using vips::VSource;
+
+/// Pixels of what is decoded at all, and of what its loader holds in memory as a
+/// whole before the first line comes out.
+constexpr double mostPixels = 1e9;
+constexpr double mostInterlacedPixels = 1.2e8;
+constexpr qint64 mostFrameBytes = 24 << 20; // Of an animation, in one result.
+
+VSource sourceOf(int file)
+{
+    ::lseek(file, 0, SEEK_SET);
+    return VSource::new_from_descriptor(file);
+}
+
+int number(const VImage &image, const char *field, int otherwise)
+{
+    return image.get_typeof(field) == G_TYPE_INT ? image.get_int(field) : otherwise;
+}
+
+bool isTooLarge(const VImage &header)
+{
+    const double pixels = static_cast<double>(header.width()) * header.height();
+    const bool interlaced = number(header, "interlaced", 0) != 0;
+    return pixels > (interlaced ? mostInterlacedPixels : mostPixels);
+}
+
+bool isLyingOnItsSide(const VImage &header)
+{
+    return number(header, VIPS_META_ORIENTATION, 1) >= 5;
+}
+
+/// Eight bits of red, green and blue, and of opacity where there is any.
+VImage inScreenColours(VImage image)
+{
+    if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
+        image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+    if (image.format() != VIPS_FORMAT_UCHAR)
+        image = image.cast(VIPS_FORMAT_UCHAR);
+    if (image.bands() > 4)
+        image = image.extract_band(0, VImage::option()->set("n", 4));
+    return image;
+}
+
+/// Writes premultiplied ARGB as the program's painting wants it, which is blue, green, red, alpha.
+void writePixels(const VImage &image, uchar *to)
+{
+    size_t size = 0;
+    const std::unique_ptr<void, decltype(&g_free)> memory(image.write_to_memory(&size), &g_free);
+    const auto *from = static_cast<const uchar *>(memory.get());
+    const int bands = image.bands();
+    const auto count = static_cast<size_t>(image.width()) * static_cast<size_t>(image.height());
+    const auto multiplied
+        = [](int value, int alpha) { return static_cast<uchar>((value * alpha + 127) / 255); };
+    for (size_t i = 0; i < count; ++i, from += bands, to += 4) {
+        const bool grey = bands < 3;
+        const int alpha = bands == 2 || bands == 4 ? from[bands - 1] : 255;
+        to[0] = multiplied(from[grey ? 0 : 2], alpha);
+        to[1] = multiplied(from[grey ? 0 : 1], alpha);
+        to[2] = multiplied(from[0], alpha);
+        to[3] = static_cast<uchar>(alpha);
+    }
+}
+
+VOption *thumbnailOptions(int maxPixel)
+{
+    // What is damaged is shown as far as it goes.
+    return VImage::option()
+        ->set("height", maxPixel)
+        ->set("size", VIPS_SIZE_DOWN)
+        ->set("fail_on", VIPS_FAIL_ON_NONE)
+        ->set("export_profile", "srgb");
+}
+
+std::optional<Decoded> decodeImage(int file, int maxPixel)
+{
+    const VImage header = VImage::new_from_source(sourceOf(file), "");
+    if (isTooLarge(header))
+        return std::nullopt;
+    const std::string loader = header.get_typeof(VIPS_META_LOADER) != 0
+        ? header.get_string(VIPS_META_LOADER)
+        : std::string();
+    // For this format the shortcut would take the small preview that the file carries.
+    const VImage small = loader.starts_with("heif")
+        ? header.thumbnail_image(maxPixel, thumbnailOptions(maxPixel))
+        : VImage::thumbnail_source(sourceOf(file), maxPixel, thumbnailOptions(maxPixel));
+    const VImage image = inScreenColours(small);
+
+    DecoderProtocol::Result result;
+    result.width = image.width();
+    result.height = image.height();
+    result.wholeWidth = header.width();
+    result.wholeHeight = number(header, VIPS_META_PAGE_HEIGHT, header.height());
+    if (isLyingOnItsSide(header))
+        std::swap(result.wholeWidth, result.wholeHeight);
+    result.count = std::max(1, number(header, VIPS_META_N_PAGES, 1));
+    result.bytes = static_cast<qint64>(result.width) * result.height * 4;
+    SharedMemory memory(result.bytes);
+    if (memory.data() == nullptr)
+        return std::nullopt;
+    writePixels(image, memory.data());
+    result.decoded = true;
+    return Decoded { result, std::move(memory) };
+}
+
+std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
+{
+    const VImage header = VImage::new_from_source(sourceOf(file), "");
+    const int count = number(header, VIPS_META_N_PAGES, 1);
+    if (isTooLarge(header) || count < 2)
+        return std::nullopt;
+    const double scale
+        = std::min(1.0, static_cast<double>(maxPixel) / std::max(header.width(), header.height()));
+    const int width = std::max(1, static_cast<int>(std::lround(header.width() * scale)));
+    const int height = std::max(1, static_cast<int>(std::lround(header.height() * scale)));
+    const qint64 bytes = static_cast<qint64>(width) * height * 4;
+    const int several = static_cast<int>(
+        std::clamp<qint64>(mostFrameBytes / bytes, 1, DecoderProtocol::mostFrames));
+    const int frames = std::clamp(count - first, 0, several);
+
+    DecoderProtocol::Result result { true,  width, height,        header.width(), header.height(),
+                                     count, {},    frames * bytes };
+    SharedMemory memory(std::max<qint64>(result.bytes, 1));
+    if (memory.data() == nullptr)
+        return std::nullopt;
+    const std::vector<int> delays
+        = header.get_typeof("delay") != 0 ? header.get_array_int("delay") : std::vector<int>();
+    for (int frame = 0; frame < frames; ++frame) {
+        const VImage one = VImage::new_from_source(
+            sourceOf(file), "", VImage::option()->set("page", first + frame)->set("n", 1));
+        const VImage sized = scale < 1
+            ? one.thumbnail_image(
+                width, VImage::option()->set("height", height)->set("size", VIPS_SIZE_FORCE))
+            : one;
+        if (sized.width() != width || sized.height() != height)
+            return std::nullopt;
+        writePixels(inScreenColours(sized), memory.data() + frame * bytes);
+        const auto place = static_cast<size_t>(first + frame);
+        result.milliseconds.append(place < delays.size() ? delays[place] : 100);
+    }
+    return Decoded { result, std::move(memory) };
+}
+
+template<typename Work>
+std::optional<Decoded> guarded(Work work)
+{
+    try {
+        return work();
+    } catch (const std::exception &) { // Damaged, of no known format, or no memory.
+        vips_error_clear();
+        return std::nullopt;
+    }
+}
+
+}
+
+void Decode::begin()
+{
+    vips_init("vantle-decoder");
+    g_log_set_handler(
+        "VIPS", G_LOG_LEVEL_MASK, [](const char *, GLogLevelFlags, const char *, void *) {},
+        nullptr);
+    vips_concurrency_set(1);
+    vips_cache_set_max(0);
+    // Only loaders that are made for hostile files, and those of two formats that people have.
+    vips_block_untrusted_set(TRUE);
+    for (const char *loader : { "VipsForeignLoadSvg", "VipsForeignLoadJxl" })
+        vips_operation_block_set(loader, FALSE);
+}
+
+std::optional<Decoded> Decode::image(int file, int maxPixel)
+{
+    return guarded([=] { return decodeImage(file, maxPixel); });
+}
+
+std::optional<Decoded> Decode::frames(int file, int first, int maxPixel)
+{
+    return guarded([=] { return decodeFrames(file, first, maxPixel); });
+}

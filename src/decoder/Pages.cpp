@@ -1,0 +1,89 @@
+#include "decoder/Decoded.h"
+
+#include <poppler-qt6.h>
+
+#include <QImage>
+
+#include <algorithm>
+#include <cstring>
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr double pointsAnInch = 72;
+
+/// A file as bytes, without reading what is not looked at.
+class Mapped
+{
+public:
+    explicit Mapped(int file)
+    {
+        struct stat status = {};
+        if (::fstat(file, &status) != 0 || status.st_size <= 0)
+            return;
+        void *const mapped
+            = ::mmap(nullptr, static_cast<size_t>(status.st_size), PROT_READ, MAP_PRIVATE, file, 0);
+        if (mapped == MAP_FAILED)
+            return;
+        m_data = mapped;
+        m_size = static_cast<size_t>(status.st_size);
+    }
+    ~Mapped()
+    {
+        if (m_data != nullptr)
+            ::munmap(m_data, m_size);
+    }
+    Mapped(const Mapped &) = delete;
+    Mapped &operator=(const Mapped &) = delete;
+
+    QByteArray bytes() const
+    {
+        return QByteArray::fromRawData(static_cast<const char *>(m_data),
+                                       static_cast<qsizetype>(m_size));
+    }
+
+private:
+    void *m_data = nullptr;
+    size_t m_size = 0;
+};
+
+}
+
+std::optional<Decoded> Decode::page(int file, int page, int maxPixel)
+{
+    Poppler::setDebugErrorFunction([](const QString &, const QVariant &) {}, {});
+    const Mapped mapped(file);
+    const auto document = Poppler::Document::loadFromData(mapped.bytes());
+    if (!document || document->isLocked() || page < 0 || page >= document->numPages())
+        return std::nullopt;
+    document->setRenderHint(Poppler::Document::Antialiasing);
+    document->setRenderHint(Poppler::Document::TextAntialiasing);
+    const auto sheet = document->page(page);
+    if (!sheet)
+        return std::nullopt;
+    const QSizeF points = sheet->pageSizeF();
+    const double longer = std::max(points.width(), points.height());
+    if (points.isEmpty() || !(longer > 0))
+        return std::nullopt;
+    const double resolution = maxPixel * pointsAnInch / longer;
+    const QImage image = sheet->renderToImage(resolution, resolution)
+                             .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (image.isNull())
+        return std::nullopt;
+
+    DecoderProtocol::Result result;
+    result.decoded = true;
+    result.width = image.width();
+    result.height = image.height();
+    result.wholeWidth = qRound(points.width());
+    result.wholeHeight = qRound(points.height());
+    result.count = document->numPages();
+    result.bytes = image.sizeInBytes();
+    SharedMemory memory(result.bytes);
+    if (memory.data() == nullptr)
+        return std::nullopt;
+    std::memcpy(memory.data(), image.constBits(), static_cast<size_t>(result.bytes));
+    return Decoded { result, std::move(memory) };
+}

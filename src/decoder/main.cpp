@@ -1,0 +1,56 @@
+// Decodes files for the program, one after the other, until the program is gone. It gets each as an
+// open file and gives pixels back; whatever a hostile file makes of it stays in here.
+#include "decoder/Confinement.h"
+#include "decoder/Decoded.h"
+
+#include <clocale>
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+using namespace DecoderProtocol;
+
+std::optional<Decoded> work(const Job &job, int file)
+{
+    if (file < 0 || job.maxPixel < 0 || job.number < 0)
+        return std::nullopt;
+    switch (job.kind) {
+    case Job::Kind::Image:
+        return Decode::image(file, job.maxPixel);
+    case Job::Kind::Page:
+        return Decode::page(file, job.number, job.maxPixel);
+    case Job::Kind::Frames:
+        return Decode::frames(file, job.number, job.maxPixel);
+    case Job::Kind::Archive:
+        return Decode::archive(file);
+    }
+    return std::nullopt;
+}
+
+}
+
+int main()
+{
+    std::setlocale(LC_CTYPE, "C.UTF-8"); // In which names are read from archives.
+    Decode::begin();
+    if (!confine()) {
+        std::fputs("vantle-decoder: cannot be confined, decodes nothing\n", stderr);
+        return 1;
+    }
+    for (;;) {
+        const auto received = receive(socketDescriptor);
+        if (!received || received->message.isEmpty())
+            return 0;
+        const auto job = decodeJob(received->message);
+        const auto decoded = job ? work(*job, received->descriptor) : std::nullopt;
+        if (received->descriptor >= 0)
+            ::close(received->descriptor);
+        if (decoded)
+            decoded->memory.seal();
+        if (!send(socketDescriptor, encode(decoded ? decoded->result : Result()),
+                  decoded ? decoded->memory.descriptor() : -1))
+            return 0;
+    }
+}

@@ -1,0 +1,441 @@
+#include "platform/linux/DecoderPool.h"
+
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "platform/linux/DecoderProcess.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using DecoderProtocol::Job;
+using DecoderProtocol::Result;
+
+namespace {
+
+constexpr double timeForAJob = 10; // Seconds.
+constexpr double timeOfRest = 300; // Seconds until idle processes end.
+constexpr int mostOpening[2] = { 4, 2 }; // Local and remote files open, or being opened, at once.
+constexpr qint64 largestResult = 1LL << 30; // Bytes.
+constexpr qint64 keptMapped = 256 << 10; // What is smaller is copied out of its pages.
+
+size_t processes()
+{
+    return std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
+}
+
+QByteArray versionOf(const struct stat &status)
+{
+    const qint64 parts[] = { static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino),
+                             status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec };
+    return { reinterpret_cast<const char *>(parts), sizeof parts };
+}
+
+struct Opened
+{
+    int file = -1;
+    QByteArray version;
+};
+
+/// Files only: a pipe or a device would be waited for, or do something.
+Opened openFile(const QByteArray &path)
+{
+    const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    struct stat status = {};
+    if (file < 0)
+        return {};
+    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(file);
+        return {};
+    }
+    return { file, versionOf(status) };
+}
+
+/// The memory of a result, mapped; null where it is not what the result says.
+const uchar *mapped(const Result &result, int memory)
+{
+    struct stat status = {};
+    // Unsealed memory could be cut off while it is painted.
+    const int seals = ::fcntl(memory, F_GET_SEALS);
+    if (result.bytes <= 0 || result.bytes > largestResult || ::fstat(memory, &status) != 0
+        || status.st_size < result.bytes || seals < 0 || (seals & F_SEAL_SHRINK) == 0)
+        return nullptr;
+    void *const at
+        = ::mmap(nullptr, static_cast<size_t>(result.bytes), PROT_READ, MAP_SHARED, memory, 0);
+    return at == MAP_FAILED ? nullptr : static_cast<const uchar *>(at);
+}
+
+struct Mapping
+{
+    void *at;
+    size_t bytes;
+};
+
+void unmap(void *mapping)
+{
+    const std::unique_ptr<Mapping> owned(static_cast<Mapping *>(mapping));
+    ::munmap(owned->at, owned->bytes);
+}
+
+/// The pictures that lie in the memory one after the other.
+QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
+{
+    const qint64 each = static_cast<qint64>(result.width) * result.height * 4;
+    if (!result.decoded || result.width <= 0 || result.height <= 0 || result.width > 65535
+        || result.height > 65535 || count <= 0 || each * count != result.bytes)
+        return {};
+    const uchar *const at = mapped(result, memory);
+    if (at == nullptr)
+        return {};
+    QList<QImage> images;
+    const auto view
+        = [&](qint64 index, QImageCleanupFunction cleanup = nullptr, void *info = nullptr) {
+              return QImage(at + index * each, result.width, result.height, result.width * 4,
+                            QImage::Format_ARGB32_Premultiplied, cleanup, info);
+          };
+    auto mapping = std::make_unique<Mapping>(
+        Mapping { const_cast<uchar *>(at), static_cast<size_t>(result.bytes) });
+    if (count == 1 && each >= keptMapped)
+        return { view(0, unmap, mapping.release()) };
+    for (qint64 i = 0; i < count; ++i)
+        images.append(view(i).copy());
+    unmap(mapping.release());
+    return images;
+}
+
+std::optional<PictureDecoder::Listing> listingOf(const Result &result, int memory)
+{
+    const uchar *const at = result.decoded ? mapped(result, memory) : nullptr;
+    if (at == nullptr)
+        return std::nullopt;
+    const QByteArray bytes(reinterpret_cast<const char *>(at),
+                           static_cast<qsizetype>(result.bytes)); // A copy nobody else can write.
+    ::munmap(const_cast<uchar *>(at), static_cast<size_t>(result.bytes));
+    return DecoderProtocol::decodeListing(bytes);
+}
+
+}
+
+struct DecoderPool::Work
+{
+    Job job;
+    QByteArray path;
+    Urgency urgency = Urgency::Preview;
+    Answer<Picture> picture {};
+    Answer<QList<Frame>> frames {};
+    Answer<Listing> listing {};
+
+    bool remote = false;
+    int file = -1; // Once it is open.
+    QByteArray version {};
+    std::weak_ptr<const void> ticket {};
+
+    bool isCancelled() const { return ticket.expired(); }
+    void closeFile()
+    {
+        if (const int open = std::exchange(file, -1); open >= 0)
+            ::close(open);
+    }
+};
+
+struct DecoderPool::Worker
+{
+    std::unique_ptr<DecoderProcess> process;
+    WorkPointer work; // Null while it is free.
+    Ticket limit; // Runs while it works.
+};
+
+DecoderPool::DecoderPool(QString program, FileLanes &lanes, MainQueue &queue)
+    : m_program(std::move(program))
+    , m_lanes(lanes)
+    , m_queue(queue)
+{
+}
+
+DecoderPool::~DecoderPool()
+{
+    for (const auto &work : m_ready)
+        work->closeFile();
+}
+
+QString DecoderPool::installedProgram()
+{
+    const QString folder = QCoreApplication::applicationDirPath();
+    const QString name = QStringLiteral("/vantle-decoder");
+    for (const QString &place :
+         { folder + name, folder + QStringLiteral("/../libexec/vantle") + name,
+           QStringLiteral(VANTLE_LIBEXEC_DIR) + name }) {
+        if (QFileInfo(place).isExecutable())
+            return place;
+    }
+    return folder + name;
+}
+
+Ticket DecoderPool::version(const QUrl &url, Answer<QByteArray> answer)
+{
+    auto ticket = std::make_shared<Answer<QByteArray>>(std::move(answer));
+    const QByteArray path = FilePath::fromUrl(url);
+    m_lanes.run(
+        path,
+        [path, &queue = m_queue, weak = std::weak_ptr(ticket), alive = std::weak_ptr(m_alive)] {
+            if (weak.expired())
+                return;
+            struct stat status = {};
+            std::optional<QByteArray> version;
+            if (::stat(path.constData(), &status) == 0)
+                version = versionOf(status);
+            if (alive.expired())
+                return;
+            queue.post([weak, version] {
+                if (const auto told = weak.lock())
+                    (*told)(version);
+            });
+        });
+    return ticket;
+}
+
+Ticket DecoderPool::image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer)
+{
+    return ask({ .job = { Job::Kind::Image, 0, maxPixel },
+                 .path = FilePath::fromUrl(url),
+                 .urgency = urgency,
+                 .picture = std::move(answer) });
+}
+
+Ticket DecoderPool::page(const QUrl &url, int page, int maxPixel, Urgency urgency,
+                         Answer<Picture> answer)
+{
+    return ask({ .job = { Job::Kind::Page, page, maxPixel },
+                 .path = FilePath::fromUrl(url),
+                 .urgency = urgency,
+                 .picture = std::move(answer) });
+}
+
+Ticket DecoderPool::frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer)
+{
+    return ask({ .job = { Job::Kind::Frames, first, maxPixel },
+                 .path = FilePath::fromUrl(url),
+                 .frames = std::move(answer) });
+}
+
+Ticket DecoderPool::archive(const QUrl &url, Answer<Listing> answer)
+{
+    return ask({ .job = { Job::Kind::Archive, 0, 0 },
+                 .path = FilePath::fromUrl(url),
+                 .listing = std::move(answer) });
+}
+
+Ticket DecoderPool::ask(Work work)
+{
+    auto ticket = std::make_shared<int>(0);
+    work.ticket = ticket;
+    work.remote = m_lanes.isRemote(work.path);
+    m_waiting.push_back(std::make_shared<Work>(std::move(work)));
+    m_rest.reset();
+    m_queue.post([this, alive = std::weak_ptr(m_alive)] {
+        if (alive.lock())
+            advance();
+    });
+    return ticket;
+}
+
+void DecoderPool::advance()
+{
+    const auto isCancelled = [](const WorkPointer &work) { return work->isCancelled(); };
+    m_waiting.remove_if(isCancelled);
+    for (const auto &work : m_ready) {
+        if (work->isCancelled()) {
+            work->closeFile();
+            --m_opening[work->remote ? 1 : 0];
+        }
+    }
+    m_ready.remove_if(isCancelled);
+    openWaiting();
+    decodeReady();
+    restOrEnd();
+}
+
+/// What is previewed first, in order; then the rows that were asked for last, since these show.
+void DecoderPool::openWaiting()
+{
+    const auto isNext = [this](const WorkPointer &work, Urgency urgency) {
+        const int kind = work->remote ? 1 : 0;
+        return work->urgency == urgency && m_opening[kind] < mostOpening[kind];
+    };
+    for (;;) {
+        auto next = std::ranges::find_if(
+            m_waiting, [&](const WorkPointer &work) { return isNext(work, Urgency::Preview); });
+        if (next == m_waiting.end()) {
+            const auto last
+                = std::find_if(m_waiting.rbegin(), m_waiting.rend(),
+                               [&](const WorkPointer &work) { return isNext(work, Urgency::Row); });
+            if (last == m_waiting.rend())
+                return;
+            next = std::prev(last.base());
+        }
+        const WorkPointer work = *next;
+        m_waiting.erase(next);
+        open(work);
+    }
+}
+
+void DecoderPool::open(const WorkPointer &work)
+{
+    ++m_opening[work->remote ? 1 : 0];
+    m_lanes.run(work->path,
+                [this, work, &queue = m_queue, alive = std::weak_ptr(m_alive)]() mutable {
+                    if (alive.expired())
+                        return;
+                    const Opened result = work->isCancelled() ? Opened() : openFile(work->path);
+                    // Given away: what it holds belongs to the main thread.
+                    queue.post([this, work = std::move(work), result, alive] {
+                        if (alive.lock())
+                            opened(work, result.file, result.version);
+                        else if (result.file >= 0)
+                            ::close(result.file);
+                    });
+                });
+}
+
+void DecoderPool::opened(const WorkPointer &work, int file, const QByteArray &version)
+{
+    work->file = file;
+    work->version = version;
+    if (file >= 0 && !m_missing && !work->isCancelled()) {
+        m_ready.push_back(work);
+    } else {
+        work->closeFile();
+        --m_opening[work->remote ? 1 : 0];
+        answer(work, {}, -1);
+    }
+    advance();
+}
+
+void DecoderPool::decodeReady()
+{
+    while (!m_ready.empty() && !m_missing) {
+        const WorkerPointer worker = freeWorker();
+        if (!worker)
+            return;
+        auto next = std::ranges::find(m_ready, Urgency::Preview,
+                                      [](const WorkPointer &work) { return work->urgency; });
+        if (next == m_ready.end())
+            next = std::prev(m_ready.end());
+        const WorkPointer work = *next;
+        m_ready.erase(next);
+        --m_opening[work->remote ? 1 : 0];
+        begin(worker, work);
+    }
+}
+
+DecoderPool::WorkerPointer DecoderPool::freeWorker()
+{
+    for (const auto &worker : m_workers) {
+        if (!worker->work)
+            return worker;
+    }
+    if (m_workers.size() >= processes())
+        return nullptr;
+    const auto worker = std::make_shared<Worker>();
+    worker->process = std::make_unique<DecoderProcess>(m_program);
+    worker->process->onResult
+        = [this, &to = *worker](const Result &result, int memory) { finished(to, result, memory); };
+    worker->process->onEnd = [this, weak = std::weak_ptr(worker)](DecoderProcess::End how) {
+        m_missing = m_missing || how == DecoderProcess::End::Missing;
+        loseSoon(weak);
+    };
+    m_workers.push_back(worker);
+    return worker;
+}
+
+void DecoderPool::begin(const WorkerPointer &worker, const WorkPointer &work)
+{
+    worker->work = work;
+    worker->limit
+        = m_queue.after(timeForAJob, [this, weak = std::weak_ptr(worker)] { loseSoon(weak); });
+    const bool given = worker->process->give(work->job, work->file);
+    work->closeFile();
+    if (!given)
+        loseSoon(worker);
+}
+
+/// Not at once: the process, or its time limit, is still telling.
+void DecoderPool::loseSoon(const std::weak_ptr<Worker> &worker)
+{
+    m_queue.post([this, worker, alive = std::weak_ptr(m_alive)] {
+        const auto gone = worker.lock();
+        if (gone && alive.lock())
+            lost(gone);
+    });
+}
+
+void DecoderPool::finished(Worker &worker, const Result &result, int memory)
+{
+    worker.limit.reset();
+    if (const WorkPointer work = std::exchange(worker.work, nullptr))
+        answer(work, result, memory);
+    if (memory >= 0)
+        ::close(memory);
+    advance();
+}
+
+/// It crashed, or took too long.
+void DecoderPool::lost(const WorkerPointer &worker)
+{
+    if (std::erase(m_workers, worker) == 0)
+        return;
+    if (const WorkPointer work = std::exchange(worker->work, nullptr))
+        answer(work, {}, -1);
+    if (m_missing) {
+        for (const WorkPointer &work : std::exchange(m_ready, {})) {
+            work->closeFile();
+            --m_opening[work->remote ? 1 : 0];
+            answer(work, {}, -1);
+        }
+    }
+    advance();
+}
+
+void DecoderPool::answer(const WorkPointer &work, const Result &result, int memory)
+{
+    const auto ticket = work->ticket.lock(); // Whoever is called may drop it.
+    if (!ticket)
+        return;
+    if (work->listing)
+        return work->listing(listingOf(result, memory));
+    if (work->frames) {
+        if (result.decoded && result.milliseconds.isEmpty())
+            return work->frames(QList<Frame>()); // Past the end.
+        const auto images = imagesOf(result, memory, result.milliseconds.size());
+        if (images.isEmpty())
+            return work->frames(std::nullopt);
+        QList<Frame> frames;
+        for (qsizetype i = 0; i < images.size(); ++i)
+            frames.append({ images[i], result.milliseconds[i] });
+        return work->frames(frames);
+    }
+    const auto images = imagesOf(result, memory, 1);
+    if (images.isEmpty())
+        return work->picture(std::nullopt);
+    work->picture(Picture { images.first(), QSize(result.wholeWidth, result.wholeHeight),
+                            result.count, work->version });
+}
+
+/// Idle processes are kept for a while, since starting one takes longer than most pictures.
+void DecoderPool::restOrEnd()
+{
+    const bool busy = !m_waiting.empty() || !m_ready.empty() || m_opening[0] + m_opening[1] > 0
+        || std::ranges::any_of(m_workers, [](const auto &worker) { return bool(worker->work); });
+    if (busy || m_workers.empty())
+        return m_rest.reset();
+    m_rest = m_queue.after(
+        timeOfRest, [this] { m_workers.clear(); }, MainQueue::Precision::Coarse);
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/PictureDecoder.h"
+#include "platform/linux/DecoderProtocol.h"
+#include "platform/linux/FileLanes.h"
+
+#include <QHash>
+
+#include <list>
+#include <memory>
+#include <vector>
+
+class DecoderProcess;
+class MainQueue;
+
+/// Decodes in as many processes as there are cores. They start with the first
+/// request and end when nothing was asked for some minutes. One that crashes, or
+/// takes longer than its time, costs the answer that it owed and is replaced.
+class DecoderPool final : public PictureDecoder
+{
+public:
+    /// program: the path of vantle-decoder. The lanes outlive the pool.
+    DecoderPool(QString program, FileLanes &lanes, MainQueue &queue);
+    ~DecoderPool() override;
+    DecoderPool(const DecoderPool &) = delete;
+    DecoderPool &operator=(const DecoderPool &) = delete;
+
+    /// Beside the running program, or where an installation puts it.
+    static QString installedProgram();
+
+    Ticket version(const QUrl &url, Answer<QByteArray> answer) override;
+    Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer) override;
+    Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
+                Answer<Picture> answer) override;
+    Ticket frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer) override;
+    Ticket archive(const QUrl &url, Answer<Listing> answer) override;
+
+private:
+    struct Work;
+    struct Worker; // A process and what it is doing.
+    using WorkPointer = std::shared_ptr<Work>;
+    using WorkerPointer = std::shared_ptr<Worker>;
+
+    Ticket ask(Work work);
+    void advance();
+    void openWaiting();
+    void open(const WorkPointer &work);
+    void opened(const WorkPointer &work, int file, const QByteArray &version);
+    void decodeReady();
+    WorkerPointer freeWorker();
+    void begin(const WorkerPointer &worker, const WorkPointer &work);
+    void finished(Worker &worker, const DecoderProtocol::Result &result, int memory);
+    void lost(const WorkerPointer &worker);
+    void loseSoon(const std::weak_ptr<Worker> &worker);
+    static void answer(const WorkPointer &work, const DecoderProtocol::Result &result, int memory);
+    void restOrEnd();
+
+    const QString m_program;
+    FileLanes &m_lanes;
+    MainQueue &m_queue;
+    std::list<WorkPointer> m_waiting; // In the order in which they were asked for.
+    std::list<WorkPointer> m_ready; // Their files are open.
+    int m_opening[2] = { 0, 0 }; // Local and remote files.
+    std::vector<WorkerPointer> m_workers;
+    bool m_missing = false; // The decoder program is not there.
+    Ticket m_rest; // Runs while nothing is asked for.
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+};

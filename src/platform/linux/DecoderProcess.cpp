@@ -1,0 +1,87 @@
+#include "platform/linux/DecoderProcess.h"
+
+#include <QSocketNotifier>
+
+#include <utility>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+DecoderProcess::DecoderProcess(const QString &program)
+    : m_process(std::make_unique<QProcess>())
+{
+    int sockets[2] = { -1, -1 };
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets) != 0)
+        return;
+    m_socket = sockets[0];
+    ::fcntl(m_socket, F_SETFL, O_NONBLOCK);
+    m_process->setStandardInputFile(QProcess::nullDevice());
+    m_process->setStandardOutputFile(QProcess::nullDevice());
+    m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process->setChildProcessModifier([other = sockets[1]] {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (other == DecoderProtocol::socketDescriptor)
+            ::fcntl(other, F_SETFD, 0);
+        else
+            ::dup2(other, DecoderProtocol::socketDescriptor); // Without close-on-exec.
+    });
+    QObject::connect(m_process.get(), &QProcess::finished, m_process.get(),
+                     [this] { end(End::Crashed); });
+    QObject::connect(m_process.get(), &QProcess::errorOccurred, m_process.get(),
+                     [this](QProcess::ProcessError error) {
+                         if (error == QProcess::FailedToStart)
+                             end(End::Missing);
+                     });
+    m_notifier = std::make_unique<QSocketNotifier>(m_socket, QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [this] { receive(); });
+    m_process->start(program, {});
+    ::close(sockets[1]);
+}
+
+DecoderProcess::~DecoderProcess()
+{
+    m_notifier.reset();
+    if (m_socket >= 0)
+        ::close(m_socket);
+    // It may hang in the kernel on a file that never answers: nobody waits for its end.
+    QProcess *const process = m_process.release();
+    process->disconnect();
+    if (process->state() == QProcess::NotRunning) {
+        process->deleteLater();
+        return;
+    }
+    QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+    process->kill();
+}
+
+bool DecoderProcess::give(const DecoderProtocol::Job &job, int file)
+{
+    return !m_ended && m_socket >= 0
+        && DecoderProtocol::send(m_socket, DecoderProtocol::encode(job), file);
+}
+
+void DecoderProcess::receive()
+{
+    const auto received = DecoderProtocol::receive(m_socket);
+    if (!received)
+        return;
+    const auto result = DecoderProtocol::decodeResult(received->message);
+    if (result)
+        return onResult(*result, received->descriptor);
+    if (received->descriptor >= 0)
+        ::close(received->descriptor);
+    end(End::Crashed);
+}
+
+void DecoderProcess::end(End how)
+{
+    if (std::exchange(m_ended, true))
+        return;
+    if (m_notifier)
+        m_notifier->setEnabled(false);
+    onEnd(how);
+}

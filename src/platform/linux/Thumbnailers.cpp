@@ -1,0 +1,253 @@
+#include "platform/linux/Thumbnailers.h"
+
+#include "base/MainQueue.h"
+#include "base/NativeFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include <glib.h>
+
+#include <utility>
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr double longestRun = 10; // Seconds.
+constexpr rlim_t mostProcessorTime = 10; // Seconds.
+constexpr rlim_t mostMemory = 2048UL << 20; // Bytes of address space.
+constexpr rlim_t largestFile = 64 << 20; // Bytes that it may write to one file.
+constexpr int niceness = 15;
+constexpr const char *group = "Thumbnailer Entry";
+
+struct FreeList
+{
+    void operator()(char **list) const { g_strfreev(list); }
+};
+struct FreeText
+{
+    void operator()(char *text) const { g_free(text); }
+};
+struct FreeFile
+{
+    void operator()(GKeyFile *file) const { g_key_file_free(file); }
+};
+using Text = std::unique_ptr<char, FreeText>;
+
+Text valueOf(GKeyFile *file, const char *key)
+{
+    return Text(g_key_file_get_string(file, group, key, nullptr));
+}
+
+bool isInstalled(const char *program)
+{
+    return Text(g_find_program_in_path(program)) != nullptr;
+}
+
+/// In the words of the entry; the first is the program.
+QByteArrayList commandIn(GKeyFile *file)
+{
+    const Text tried = valueOf(file, "TryExec");
+    const Text line = valueOf(file, "Exec");
+    char **words = nullptr;
+    if ((tried && !isInstalled(tried.get())) || !line
+        || !g_shell_parse_argv(line.get(), nullptr, &words, nullptr))
+        return {};
+    const std::unique_ptr<char *, FreeList> owned(words);
+    QByteArrayList command;
+    for (char **word = words; *word != nullptr; ++word)
+        command.append(*word);
+    return isInstalled(command.constFirst()) ? command : QByteArrayList();
+}
+
+/// The fields of one word of a command.
+QByteArray filled(const QByteArray &word, const Thumbnailers::Job &job, const QByteArray &output)
+{
+    QByteArray result;
+    for (qsizetype i = 0; i < word.size(); ++i) {
+        if (word[i] != '%' || i + 1 == word.size()) {
+            result += word[i];
+            continue;
+        }
+        switch (word[++i]) {
+        case 'i':
+            result += job.input;
+            break;
+        case 'u':
+            result += job.uri;
+            break;
+        case 'o':
+            result += output;
+            break;
+        case 's':
+            result += QByteArray::number(job.edge);
+            break;
+        case '%':
+            result += '%';
+            break;
+        default:
+            break;
+        }
+    }
+    return result;
+}
+
+void limitSelf()
+{
+    const auto limit = [](__rlimit_resource_t what, rlim_t most) {
+        const rlimit both { most, most };
+        ::setrlimit(what, &both);
+    };
+    ::setsid(); // One group, which ends as one.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    ::setpriority(PRIO_PROCESS, 0, niceness);
+    limit(RLIMIT_AS, mostMemory);
+    limit(RLIMIT_CPU, mostProcessorTime);
+    limit(RLIMIT_FSIZE, largestFile);
+    limit(RLIMIT_CORE, 0);
+}
+
+}
+
+struct Thumbnailers::Run
+{
+    Job job;
+    std::function<void(const QByteArray &)> done;
+    QByteArray folder {};
+    std::unique_ptr<QProcess> process {};
+    qint64 group = 0; // Of processes; 0 while none runs.
+    Ticket limit {};
+
+    ~Run()
+    {
+        endGroup();
+        if (process) {
+            process->disconnect();
+            QProcess *const left = process.release();
+            QObject::connect(left, &QProcess::finished, left, &QObject::deleteLater);
+            if (left->state() == QProcess::NotRunning)
+                left->deleteLater();
+        }
+        if (!folder.isEmpty())
+            NativeFile::remove(folder);
+    }
+    void endGroup()
+    {
+        if (const qint64 running = std::exchange(group, 0); running > 1)
+            ::kill(-static_cast<pid_t>(running), SIGKILL);
+    }
+    QByteArray output() const { return folder + "/thumbnail.png"; }
+};
+
+Thumbnailers::Thumbnailers(QByteArrayList dataFolders, MainQueue &queue)
+    : m_dataFolders(std::move(dataFolders))
+    , m_queue(queue)
+{
+}
+
+Thumbnailers::~Thumbnailers() = default;
+
+std::optional<QByteArrayList> Thumbnailers::commandFor(const QByteArrayList &types)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!std::exchange(m_read, true)) {
+        for (const QByteArray &folder : m_dataFolders) {
+            const QDir entries(QFile::decodeName(folder + "/thumbnailers"));
+            for (const QString &name : entries.entryList({ QStringLiteral("*.thumbnailer") })) {
+                const std::unique_ptr<GKeyFile, FreeFile> file(g_key_file_new());
+                const QByteArray path = QFile::encodeName(entries.filePath(name));
+                if (!g_key_file_load_from_file(file.get(), path.constData(), G_KEY_FILE_NONE,
+                                               nullptr))
+                    continue;
+                const QByteArrayList command = commandIn(file.get());
+                const Text listed = valueOf(file.get(), "MimeType");
+                if (command.isEmpty() || !listed)
+                    continue;
+                for (const QByteArray &type : QByteArray(listed.get()).split(';')) {
+                    if (!type.isEmpty() && !m_commands.contains(type))
+                        m_commands.insert(type, command);
+                }
+            }
+        }
+    }
+    for (const QByteArray &type : types) {
+        if (const auto found = m_commands.constFind(type); found != m_commands.constEnd())
+            return *found;
+    }
+    return std::nullopt;
+}
+
+Ticket Thumbnailers::run(Job job, std::function<void(const QByteArray &)> done)
+{
+    auto run = std::make_shared<Run>();
+    run->job = std::move(job);
+    run->done = std::move(done);
+    m_waiting.push_back(run);
+    next();
+    return run;
+}
+
+void Thumbnailers::next()
+{
+    // Its owner may have dropped it.
+    while (!m_running && !m_waiting.empty()) {
+        const auto run = m_waiting.front().lock();
+        m_waiting.pop_front();
+        if (run)
+            begin(run);
+    }
+}
+
+void Thumbnailers::begin(const std::shared_ptr<Run> &run)
+{
+    QByteArray folder = QFile::encodeName(QDir::tempPath()) + "/vantle-thumbnail-XXXXXX";
+    if (::mkdtemp(folder.data()) == nullptr) {
+        run->done({});
+        return;
+    }
+    run->folder = folder;
+    QStringList arguments;
+    for (const QByteArray &word : run->job.command.mid(1))
+        arguments.append(QFile::decodeName(filled(word, run->job, run->output())));
+    run->process = std::make_unique<QProcess>();
+    QProcess &process = *run->process;
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.setWorkingDirectory(QFile::decodeName(folder));
+    process.setChildProcessModifier(limitSelf);
+    m_running = run;
+    const auto weak = std::weak_ptr(run);
+    const auto soon = [this, weak](bool succeeded) {
+        m_queue.post([this, weak, succeeded, alive = std::weak_ptr(m_alive)] {
+            const auto ended = weak.lock();
+            if (ended && alive.lock())
+                end(ended, succeeded);
+        });
+    };
+    QObject::connect(&process, &QProcess::finished, &process,
+                     [soon](int code) { soon(code == 0); });
+    QObject::connect(&process, &QProcess::errorOccurred, &process,
+                     [soon](QProcess::ProcessError) { soon(false); });
+    run->limit = m_queue.after(longestRun, [soon] { soon(false); });
+    process.start(QFile::decodeName(run->job.command.constFirst()), arguments);
+    run->group = process.processId();
+}
+
+void Thumbnailers::end(const std::shared_ptr<Run> &run, bool succeeded)
+{
+    if (m_running != run)
+        return;
+    run->limit.reset();
+    run->endGroup();
+    m_running.reset();
+    const auto ticket = run; // Whoever is called may drop it.
+    run->done(succeeded ? run->output() : QByteArray());
+    next();
+}

@@ -1,0 +1,201 @@
+#include "views/ViewWorld.h"
+
+#include "views/onboarding/DemoDragView.h"
+#include "views/onboarding/WelcomeFooter.h"
+#include "views/onboarding/WelcomeView.h"
+
+#include <QLabel>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// The tour over a store; every text shows as its key.
+class Tour
+{
+public:
+    explicit Tour(ViewWorld &world)
+        : view(world.settings, world.store(), world.texts, world.store().makeDemoFile(),
+               WelcomeDesktop { world.world.queue, world.session, world.icons,
+                                ViewWorld::resources() })
+    {
+        view.onDemoBegin = [this] { calls += u"begin "; };
+        view.onDemoEnd = [this] { calls += u"end "; };
+        view.onDemoPut = [this] { calls += u"put "; };
+        view.onDone = [this] { calls += u"done "; };
+        view.setMotion(Motion::Reduced);
+        view.resize(view.sizeHint());
+        view.show();
+        QApplication::processEvents();
+    }
+
+    WelcomeFooter &footer() { return *static_cast<WelcomeFooter *>(left()->parentWidget()); }
+    QAbstractButton *left() { return button({ u"wel_skip", u"wel_back" }); }
+    QAbstractButton *right() { return button({ u"wel_next", u"welcome_start" }); }
+    DemoDragView *sample()
+    {
+        for (auto *each : view.findChildren<QAbstractButton *>()) {
+            if (auto *found = dynamic_cast<DemoDragView *>(each))
+                return found;
+        }
+        return nullptr;
+    }
+    /// Whether a label that can be seen says that.
+    bool says(const QString &text)
+    {
+        const auto labels = view.findChildren<QLabel *>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+            return label->isVisible() && label->text() == text;
+        });
+    }
+
+    QString calls;
+    WelcomeView view;
+
+private:
+    QAbstractButton *button(std::initializer_list<QStringView> labels)
+    {
+        for (auto *each : view.findChildren<QAbstractButton *>()) {
+            if (std::find(labels.begin(), labels.end(), each->text()) != labels.end())
+                return each;
+        }
+        return nullptr;
+    }
+};
+
+}
+
+TEST(WelcomeTest, ButtonsDotsAndKeysTurnThePagesAndEndTheTourAtItsEnds)
+{
+    struct Case
+    {
+        const char *what;
+        int from;
+        std::function<void(Tour &)> act;
+        int to;
+        const char *calls;
+    };
+    const auto key = [](Qt::Key pressed) {
+        return [pressed](Tour &tour) { QTest::keyClick(&tour.view, pressed); };
+    };
+    const Case cases[] = {
+        { "left on the first ends", 0, [](Tour &t) { t.left()->click(); }, 0, "done " },
+        { "left goes back", 3, [](Tour &t) { t.left()->click(); }, 2, "" },
+        { "right goes on", 3, [](Tour &t) { t.right()->click(); }, 4, "" },
+        { "right on the last ends", 4, [](Tour &t) { t.right()->click(); }, 4, "done " },
+        { "a dot", 0, [](Tour &t) { t.footer().dot(3).click(); }, 3, "" },
+        { "the page's own dot", 2, [](Tour &t) { t.footer().dot(2).click(); }, 2, "" },
+        { "before the first", 0, [](Tour &t) { t.view.go(-1); }, 0, "" },
+        { "after the last", 4, [](Tour &t) { t.view.go(5); }, 4, "" },
+        { "arrow right", 1, key(Qt::Key_Right), 2, "" },
+        { "arrow left on the first", 0, key(Qt::Key_Left), 0, "" },
+        { "return", 4, key(Qt::Key_Return), 4, "done " },
+    };
+    ViewWorld world;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        Tour tour(world);
+        tour.view.go(c.from);
+        c.act(tour);
+        EXPECT_EQ(tour.view.page(), c.to);
+        EXPECT_EQ(tour.calls, QLatin1String(c.calls));
+        EXPECT_EQ(tour.left()->text(), c.to == 0 ? u"wel_skip" : u"wel_back");
+        EXPECT_EQ(tour.right()->text(), c.to == 4 ? u"welcome_start" : u"wel_next");
+        for (int page = 0; page < 5; ++page) {
+            EXPECT_EQ(tour.footer().dot(page).isChecked(), page == c.to);
+            EXPECT_EQ(tour.says(QStringLiteral("wel_p%1_title").arg(page + 1)), page == c.to);
+        }
+        if (c.from != c.to) {
+            EXPECT_EQ(tour.view.isForward(), c.to > c.from);
+        }
+    }
+}
+
+TEST(WelcomeTest, ArrowsFollowTheDirectionOfTheLanguage)
+{
+    ViewWorld world;
+    Tour tour(world);
+    tour.view.setLayoutDirection(Qt::RightToLeft);
+    QTest::keyClick(&tour.view, Qt::Key_Left);
+    EXPECT_EQ(tour.view.page(), 1);
+    QTest::keyClick(&tour.view, Qt::Key_Right);
+    EXPECT_EQ(tour.view.page(), 0);
+}
+
+TEST(WelcomeTest, TheSampleIsDraggedFromThreePointsOnAndTellsItsEnd)
+{
+    struct Case
+    {
+        const char *what;
+        QPoint moved;
+        bool drags;
+    };
+    const Case cases[] = {
+        { "a click", { 0, 0 }, false },
+        { "less than three points", { 2, 2 }, false },
+        { "three points", { 0, 3 }, true },
+        { "far", { -40, 10 }, true },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        ViewWorld world;
+        Tour tour(world);
+        tour.view.go(4);
+        auto *sample = tour.sample();
+        const QPoint at = sample->rect().center();
+        QTest::mousePress(sample, Qt::LeftButton, {}, at);
+        QTest::mouseMove(sample, at + c.moved);
+        QTest::mouseRelease(sample, Qt::LeftButton, {}, at + c.moved);
+        ASSERT_EQ(world.session.begun.size(), c.drags ? 1U : 0U);
+        EXPECT_EQ(tour.calls, QLatin1String(c.drags ? "begin " : ""));
+        if (!c.drags)
+            continue;
+        const auto &begun = world.session.begun[0];
+        ASSERT_EQ(begun.items.size(), 1);
+        EXPECT_EQ(begun.items[0].url, world.store().makeDemoFile());
+        EXPECT_EQ(begun.items[0].frame, QRectF(begun.at - QPointF(28, 28), QSizeF(56, 56)));
+        EXPECT_TRUE(tour.says(QStringLiteral("try_hint_drop")));
+        begun.onEnd(false);
+        EXPECT_EQ(tour.calls, u"begin end ");
+        EXPECT_TRUE(tour.says(QStringLiteral("try_hint_drag")));
+    }
+}
+
+TEST(WelcomeTest, TheLastPageTellsWhetherTheSampleIsOnTheShelf)
+{
+    ViewWorld world;
+    const QUrl demo = world.store().makeDemoFile();
+    {
+        Tour tour(world);
+        tour.view.go(4);
+        QTest::keyClick(tour.sample(), Qt::Key_Space);
+        EXPECT_EQ(tour.calls, u"put ");
+        EXPECT_TRUE(tour.says(QStringLiteral("try_hint_drag")));
+        world.store().add({ demo });
+        EXPECT_TRUE(tour.says(QStringLiteral("try_done")));
+    }
+    Tour again(world);
+    again.view.go(4);
+    EXPECT_TRUE(again.says(QStringLiteral("try_done")));
+    world.store().removeUrls({ demo });
+    EXPECT_TRUE(again.says(QStringLiteral("try_hint_drag")));
+}
+
+TEST(WelcomeTest, TheHotKeyOfTheMomentStandsInTheSubtitle)
+{
+    ViewWorld world;
+    const QString bundle = ViewWorld::resources() + QStringLiteral("/Vantle_Vantle.bundle");
+    Localizer english(bundle, {});
+    WelcomeView view(
+        world.settings, world.store(), english, world.store().makeDemoFile(),
+        WelcomeDesktop { world.world.queue, world.session, world.icons, ViewWorld::resources() });
+    const auto names = [&](const QString &shortcut) {
+        int count = 0;
+        for (const auto *label : view.findChildren<QLabel *>())
+            count += label->text().contains(shortcut);
+        return count;
+    };
+    EXPECT_EQ(names(QStringLiteral("Ctrl+Shift+K")), 0);
+    world.settings.setHotKey(40, 0, QStringLiteral("⇧⌘K"));
+    EXPECT_EQ(names(QStringLiteral("Ctrl+Shift+K")), 1);
+}
