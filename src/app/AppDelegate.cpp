@@ -16,10 +16,11 @@
 #include "platform/Sounds.h"
 #include "platform/StatusItem.h"
 #include "platform/TabWindow.h"
-#include "views/AccessibleRole.h"
 #include "views/AboutView.h"
+#include "views/AccessibleRole.h"
 #include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
+#include "views/preview/PreviewWindow.h"
 
 #include <QGuiApplication>
 
@@ -67,6 +68,7 @@ AppDelegate::AppDelegate(const Desktop &desktop, Localizer &texts)
               desktop.sounds, texts)
     , m_settings(desktop.preferences, desktop.autostart, texts, desktop.directories.downloads)
     , m_thumbnails(desktop.pictures, desktop.thumbnails)
+    , m_previewCache(desktop.pictures, desktop.queue)
     , m_monitor(desktop.pointer, desktop.dragSelection, desktop.frontApplication, desktop.screens,
                 desktop.queue)
     , m_hotKey(desktop.hotKey)
@@ -112,6 +114,7 @@ void AppDelegate::connectPanel()
     m_panel->onDraggedOut = [this](const QList<QUrl> &urls) { draggedOut(urls); };
     m_view->onDraggedOut = m_panel->onDraggedOut;
     m_view->onClose = [this] { m_panel->hide(); };
+    connectPreview();
     m_view->onMoveWindow = [this] { m_desktop.panelWindow.performDrag(); };
     connectRows();
     m_desktop.dropTarget.onTargeted = [this](bool targeted) { m_view->setTargeted(targeted); };
@@ -234,6 +237,8 @@ void AppDelegate::followLook(const DesktopLook &look)
     m_view->setMotion(look.motion);
     m_panel->setMotion(look.motion);
     m_dockTab->setMotion(look.motion);
+    if (m_preview)
+        m_preview->setMotion(look.motion);
     if (m_settingsWindow)
         m_settingsWindow->setFixedSize(m_settingsWindow->sizeHint());
     if (m_welcomeWindow) {

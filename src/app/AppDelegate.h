@@ -18,6 +18,7 @@
 #include "views/DockTabView.h"
 #include "views/PopupWatch.h"
 #include "views/ShelfView.h"
+#include "views/preview/PreviewCache.h"
 
 #include <deque>
 #include <functional>
@@ -40,6 +41,7 @@ class PanelWindow;
 class PictureDecoder;
 class PointerMonitor;
 class Preferences;
+class PreviewWindow;
 class QWidget;
 class Screens;
 class SettingsView;
@@ -119,6 +121,10 @@ public:
 private:
     void connectPanel();
     void connectRows();
+    void connectPreview();
+    void showPreview();
+    void previewWalked(int index);
+    void previewItemsChanged();
     void connectDock();
     void connectStatusItem();
     void connectHotKey();
@@ -161,11 +167,13 @@ private:
     QuickLookController m_ql;
     DesktopStyle m_style;
     Thumbnails m_thumbnails; // Before the view.
+    PreviewCache m_previewCache;
     std::unique_ptr<ShelfView> m_view; // Before the panel: the panel shows it.
     std::unique_ptr<DockTab> m_dockTab; // Before the panel, too.
     std::unique_ptr<DockTabView> m_dockTabView;
     std::unique_ptr<ShelfPanel> m_panel;
     std::unique_ptr<SettingsView> m_settingsWindow; // Made when it is first opened.
+    std::unique_ptr<PreviewWindow> m_preview; // Made when it is first opened.
     std::unique_ptr<WelcomeView> m_welcomeWindow; // Made anew whenever it opens.
     std::unique_ptr<AboutView> m_aboutWindow;
     PopupWatch m_popups;

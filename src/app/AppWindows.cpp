@@ -9,6 +9,7 @@
 #include "views/AboutView.h"
 #include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
+#include "views/preview/PreviewWindow.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -126,6 +127,8 @@ void AppDelegate::sendFeedback()
 /// In the language in force.
 void AppDelegate::titleWindows()
 {
+    if (m_preview)
+        m_preview->refreshTexts();
     if (m_welcomeWindow)
         m_welcomeWindow->setWindowTitle(m_texts.text(QStringLiteral("welcome_window_title")));
     if (m_aboutWindow)

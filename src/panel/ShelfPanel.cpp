@@ -208,6 +208,8 @@ void ShelfPanel::hide()
         m_docking.drop();
     else if (m_motion.isShown())
         m_motion.leave({}, hideDuration);
+    if (onWillHide)
+        onWillHide();
 }
 
 void ShelfPanel::moveTo(const QPointF &origin)

@@ -38,6 +38,7 @@ public:
 
     std::function<bool(const KeyEvent &)> onKey; // True means consumed.
     std::function<void()> onWillShow;
+    std::function<void()> onWillHide; // A docked panel is hidden already.
     /// Shows or closes the preview of the chosen files; false where there is none.
     std::function<bool()> onPreview;
     // A press on a row that becomes a drag, as RowDrag tells them.

@@ -281,6 +281,8 @@ void ShelfView::syncQL()
         const auto place = std::ranges::find(items, selected.first().id, &ShelfItem::id);
         m_ql.startIndex = static_cast<int>(place - items.begin());
     }
+    if (onPreviewItems)
+        onPreviewItems();
 }
 
 void ShelfView::resizeEvent(QResizeEvent *)

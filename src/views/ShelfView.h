@@ -66,6 +66,8 @@ public:
     std::function<void()> onMoveWindow;
     /// What a target took from the header's handle.
     std::function<void(const QList<QUrl> &)> onDraggedOut;
+    /// What the preview would show has changed.
+    std::function<void()> onPreviewItems;
     /// What the desktop does with entries.
     RowActions actions;
 

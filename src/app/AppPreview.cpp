@@ -1,0 +1,60 @@
+#include "app/AppDelegate.h"
+
+#include "fileops/FileOps.h"
+#include "platform/PanelWindow.h"
+#include "views/preview/PreviewWindow.h"
+
+void AppDelegate::connectPreview()
+{
+    m_panel->onPreview = [this] {
+        if (m_preview && m_preview->isUp())
+            m_preview->dismiss();
+        else
+            showPreview();
+        return true;
+    };
+    m_panel->isPreviewVisible = [this] { return m_preview && m_preview->isUp(); };
+    m_panel->onWillHide = [this] {
+        if (m_preview)
+            m_preview->dismiss();
+    };
+    m_view->actions.preview = [this] { showPreview(); };
+    m_view->onPreviewItems = [this] { previewItemsChanged(); };
+}
+
+/// In the panel's place among the keyboard's windows: closed, it gives it back.
+void AppDelegate::showPreview()
+{
+    if (!m_preview) {
+        m_preview = std::make_unique<PreviewWindow>(
+            m_ql,
+            PreviewServices { m_desktop.pictures, m_previewCache, m_desktop.workers,
+                              m_desktop.queue, m_desktop.icons, m_texts });
+        m_preview->bringToFront = m_desktop.bringToFront;
+        m_preview->onOpen = [this](const QUrl &url) {
+            FileOps::open({ url }, m_desktop.applications, m_desktop.workers);
+        };
+        m_preview->onIndexChanged = [this](int index) { previewWalked(index); };
+        m_preview->onClosed = [this] {
+            if (m_panel->isVisible())
+                m_desktop.panelWindow.focus();
+        };
+    }
+    m_preview->setMotion(m_desktop.look.value().motion);
+    m_preview->open(m_desktop.panelWindow.frame().toRect());
+}
+
+/// The selection goes along, unless it is the selection that is walked through.
+void AppDelegate::previewWalked(int index)
+{
+    if (m_store.selectedItems().size() < 2)
+        m_store.click(m_store.items.value().at(index).id, 0);
+}
+
+void AppDelegate::previewItemsChanged()
+{
+    if (m_preview && m_preview->isUp())
+        m_preview->reloadData();
+    else if (m_panel && m_panel->isVisible() && !m_store.selection.value().isEmpty())
+        m_previewCache.prepare({ m_ql.urls.value(m_ql.startIndex) });
+}

@@ -1,0 +1,100 @@
+#include "views/preview/CardPage.h"
+
+#include "app/settings/Localizer.h"
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "base/Workers.h"
+#include "platform/Icons.h"
+#include "views/Look.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLocale>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int iconSize = 96; // Points.
+
+}
+
+CardPage::CardPage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+    : PreviewPage(parent)
+    , m_url(url)
+    , m_services(services)
+    , m_icon(new QLabel(this))
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(24, 24, 24, 24);
+    column->setSpacing(6);
+    column->addStretch(2);
+    m_icon->setAlignment(Qt::AlignCenter);
+    column->addWidget(m_icon);
+    column->addSpacing(8);
+    m_name = addLine(15, true);
+    m_kind = addLine(12, false);
+    m_facts = addLine(12, false);
+    column->addStretch(3);
+}
+
+QLabel *CardPage::addLine(double size, bool strong)
+{
+    auto *line = new QLabel(this);
+    line->setTextFormat(Qt::PlainText);
+    line->setAlignment(Qt::AlignCenter);
+    line->setWordWrap(true);
+    line->setFont(Look::font(font(), size, strong ? QFont::DemiBold : QFont::Normal));
+    line->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    line->setFocusPolicy(Qt::NoFocus);
+    layout()->addWidget(line);
+    return line;
+}
+
+void CardPage::load()
+{
+    const bool isAddress = PreviewFiles::kindOf(m_url) == PreviewFiles::Kind::WebLocation;
+    m_services.workers.run(WorkerPriority::UserInitiated,
+                           [this, isAddress, path = FilePath::fromUrl(m_url),
+                            &queue = m_services.queue, alive = std::weak_ptr(m_alive)] {
+                               const Facts facts { PreviewFiles::status(path),
+                                                   isAddress ? PreviewFiles::readAddress(path)
+                                                             : std::nullopt };
+                               queue.post([this, alive, facts] {
+                                   if (alive.lock())
+                                       show(facts);
+                               });
+                           });
+}
+
+void CardPage::show(const Facts &facts)
+{
+    const QLocale locale(m_services.texts.currentCode());
+    const QIcon icon
+        = facts.address ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
+    m_icon->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
+    m_name->setText(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url))));
+    if (facts.address) {
+        m_kind->setText(facts.address->toDisplayString());
+        m_facts->hide();
+    } else if (facts.status) {
+        m_kind->setText(PreviewFiles::typeName(m_url));
+        const QString date = locale.toString(facts.status->modified, QLocale::ShortFormat);
+        m_facts->setText(facts.status->folder
+                             ? date
+                             : QStringLiteral("%1 · %2").arg(
+                                 locale.formattedDataSize(facts.status->size), date));
+    } else {
+        m_kind->setText(m_services.texts.text(QStringLiteral("preview_gone")));
+        m_facts->hide();
+    }
+    onReady();
+}
+
+void CardPage::copy()
+{
+    for (const QLabel *line : { m_name, m_kind, m_facts }) {
+        if (line->hasSelectedText())
+            QGuiApplication::clipboard()->setText(line->selectedText());
+    }
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "views/preview/PreviewFiles.h"
+#include "views/preview/PreviewPage.h"
+
+#include <memory>
+
+class QLabel;
+
+/// Anything else, and what cannot be shown: its icon, name, kind, size and date; of
+/// a web location the address.
+class CardPage final : public PreviewPage
+{
+public:
+    CardPage(const QUrl &url, const PreviewServices &services, QWidget *parent);
+
+    void load() override;
+    void copy() override;
+
+private:
+    struct Facts
+    {
+        std::optional<PreviewFiles::Status> status;
+        std::optional<QUrl> address;
+    };
+    void show(const Facts &facts);
+    QLabel *addLine(double size, bool strong);
+
+    const QUrl m_url;
+    PreviewServices m_services;
+    QLabel *m_icon;
+    QLabel *m_name;
+    QLabel *m_kind;
+    QLabel *m_facts;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+};

@@ -1,0 +1,206 @@
+#include "views/preview/DocumentPage.h"
+
+#include "base/MainQueue.h"
+#include "views/Look.h"
+
+#include <QLocale>
+#include <QPainter>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int gap = 12; // Points between pages and around them.
+constexpr int firstPixels = 1024;
+constexpr int mostPixels = 5000; // Along the longer side of a page.
+constexpr qsizetype mostBytes = 96 << 20; // Of rendered pages.
+constexpr double largestZoom = 4;
+constexpr double zoomStep = 1.25;
+constexpr double renderPause = 0.05; // Seconds: pages that only fly by are not rendered.
+
+}
+
+DocumentPage::DocumentPage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+    : PreviewPage(parent)
+    , m_url(url)
+    , m_services(services)
+    , m_bar(new QScrollBar(Qt::Vertical, this))
+    , m_pages(mostBytes)
+{
+    connect(m_bar, &QScrollBar::valueChanged, this, [this] {
+        update();
+        m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
+    });
+}
+
+void DocumentPage::load()
+{
+    m_work[0]
+        = m_services.decoder.page(m_url, 0, firstPixels, PictureDecoder::Urgency::Preview,
+                                  [this](const std::optional<PictureDecoder::Picture> &picture) {
+                                      if (!picture || picture->whole.isEmpty())
+                                          return onFailed();
+                                      m_count = picture->count;
+                                      m_size = picture->whole;
+                                      layOut();
+                                      take(0, *picture);
+                                      onReady();
+                                      renderVisible();
+                                  });
+}
+
+void DocumentPage::take(int page, const PictureDecoder::Picture &picture)
+{
+    m_pages.insert(page, new QImage(picture.image), picture.image.sizeInBytes());
+    update();
+}
+
+std::optional<QSize> DocumentPage::contentSize() const
+{
+    if (m_size.isEmpty())
+        return std::nullopt;
+    // Large enough to be read: most pages are larger than a window can be.
+    return (m_size * 1.3).toSize() + QSize(2 * gap + m_bar->sizeHint().width(), 2 * gap);
+}
+
+QSizeF DocumentPage::cell() const
+{
+    const double room = std::max(50, width() - m_bar->sizeHint().width() - 2 * gap);
+    // A page that lies on its side, or a single one, is seen whole at first.
+    const double most = m_size.height() <= m_size.width() || m_count == 1
+        ? std::max(50, height() - 2 * gap)
+        : 1e6;
+    QSizeF result = m_size.scaled(room, most, Qt::KeepAspectRatio);
+    return result * m_zoom;
+}
+
+QRectF DocumentPage::pageRect(int page) const
+{
+    const QSizeF size = cell();
+    const double room = width() - m_bar->sizeHint().width();
+    const double left = isRightToLeft() ? m_bar->sizeHint().width() : 0;
+    return { left + (room - size.width()) / 2, gap + page * (size.height() + gap) - m_bar->value(),
+             size.width(), size.height() };
+}
+
+void DocumentPage::layOut()
+{
+    const int bar = m_bar->sizeHint().width();
+    m_bar->setGeometry(isRightToLeft() ? 0 : width() - bar, 0, bar, height());
+    const auto contents
+        = static_cast<int>(std::min(1e8, std::ceil(gap + m_count * (cell().height() + gap))));
+    // What is in the middle stays there.
+    const double place
+        = m_bar->maximum() > 0 ? static_cast<double>(m_bar->value()) / m_bar->maximum() : 0;
+    m_bar->setRange(0, std::max(0, contents - height()));
+    m_bar->setPageStep(height());
+    m_bar->setSingleStep(40);
+    m_bar->setValue(static_cast<int>(place * m_bar->maximum()));
+    m_bar->setVisible(m_bar->maximum() > 0);
+}
+
+std::pair<int, int> DocumentPage::visiblePages() const
+{
+    const double pitch = cell().height() + gap;
+    const int first = static_cast<int>((m_bar->value() - gap) / pitch);
+    const int last = static_cast<int>((m_bar->value() + height()) / pitch);
+    return { std::clamp(first, 0, m_count), std::min(m_count, last + 1) };
+}
+
+/// What left the view before its turn is not rendered any more.
+void DocumentPage::renderVisible()
+{
+    const auto [first, end] = visiblePages();
+    m_work.removeIf([first = first, end = end](const auto &entry) {
+        return entry.key() < first || entry.key() >= end;
+    });
+    const QSizeF size = cell();
+    const int wanted = std::min(
+        mostPixels,
+        static_cast<int>(std::ceil(std::max(size.width(), size.height()) * devicePixelRatio())));
+    for (int page = first; page < end; ++page) {
+        const QImage *known = m_pages.object(page);
+        if (known && std::max(known->width(), known->height()) >= wanted)
+            continue;
+        m_work[page] = m_services.decoder.page(
+            m_url, page, wanted, PictureDecoder::Urgency::Preview,
+            [this, page](const std::optional<PictureDecoder::Picture> &picture) {
+                if (picture)
+                    take(page, *picture);
+            });
+    }
+}
+
+void DocumentPage::paintEvent(QPaintEvent *)
+{
+    if (m_count == 0)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    const auto [first, end] = visiblePages();
+    for (int page = first; page < end; ++page) {
+        const QRectF area = pageRect(page);
+        painter.fillRect(area, Qt::white);
+        if (const QImage *image = m_pages.object(page)) {
+            QRectF fitted({}, QSizeF(image->size()).scaled(area.size(), Qt::KeepAspectRatio));
+            fitted.moveCenter(area.center());
+            painter.drawImage(fitted, *image);
+        }
+        painter.setPen(QPen(Look::faded(Look::text(palette()), 0.2), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(area.adjusted(-0.5, -0.5, 0.5, 0.5));
+    }
+    if (m_count < 2)
+        return;
+    // Which of them is in the middle of the view.
+    const int middle
+        = std::clamp(static_cast<int>((m_bar->value() + height() / 2.0) / (cell().height() + gap)),
+                     0, m_count - 1);
+    const QString text = QStringLiteral("%1 / %2").arg(QLocale().toString(middle + 1),
+                                                       QLocale().toString(m_count));
+    painter.setFont(Look::font(font(), 11));
+    QRectF label = painter.fontMetrics().boundingRect(text).adjusted(-8, -4, 8, 4);
+    label.moveCenter(QPointF(width() / 2.0, height() - label.height()));
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Look::faded(palette().color(QPalette::Window), 0.9));
+    painter.drawRoundedRect(label, label.height() / 2, label.height() / 2);
+    painter.setPen(Look::text(palette()));
+    painter.drawText(label, Qt::AlignCenter, text);
+}
+
+void DocumentPage::resizeEvent(QResizeEvent *)
+{
+    layOut();
+    if (m_count > 0)
+        m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
+}
+
+void DocumentPage::wheelEvent(QWheelEvent *event)
+{
+    if ((event->modifiers() & Qt::ControlModifier) != 0)
+        return zoom(event->angleDelta().y() > 0 ? Zoom::In : Zoom::Out);
+    const int pixels = event->pixelDelta().isNull() ? event->angleDelta().y() * 120 / 120
+                                                    : event->pixelDelta().y();
+    m_bar->setValue(m_bar->value() - pixels);
+}
+
+void DocumentPage::scroll(Step step)
+{
+    scrollBy(*m_bar, step);
+}
+
+void DocumentPage::zoom(Zoom zoom)
+{
+    if (zoom == Zoom::Fit)
+        m_zoom = 1;
+    else
+        m_zoom
+            = std::clamp(m_zoom * (zoom == Zoom::In ? zoomStep : 1 / zoomStep), 0.25, largestZoom);
+    layOut();
+    update();
+    m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
+}

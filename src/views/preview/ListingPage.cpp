@@ -1,0 +1,124 @@
+#include "views/preview/ListingPage.h"
+
+#include "app/settings/Localizer.h"
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "base/Workers.h"
+#include "platform/Icons.h"
+#include "platform/PictureDecoder.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QLocale>
+#include <QScrollBar>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+/// For its icon alone: nothing need be there.
+QUrl named(const QString &name, bool folder)
+{
+    return FilePath::toUrl("/" + name.toUtf8(),
+                           folder ? FilePath::Kind::Directory : FilePath::Kind::File);
+}
+
+}
+
+ListingPage::ListingPage(const QUrl &url, PreviewFiles::Kind kind, const PreviewServices &services,
+                         QWidget *parent)
+    : PreviewPage(parent)
+    , m_url(url)
+    , m_kind(kind)
+    , m_services(services)
+    , m_list(new QTreeWidget(this))
+    , m_note(new QLabel(this))
+{
+    const auto text = [this](const char *key) { return m_services.texts.text(QLatin1String(key)); };
+    m_list->setRootIsDecorated(false);
+    m_list->setUniformRowHeights(true);
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setFocusPolicy(Qt::NoFocus);
+    m_list->setSelectionMode(QAbstractItemView::NoSelection);
+    m_list->setAllColumnsShowFocus(true);
+    m_list->setAccessibleName(url.fileName());
+    QStringList columns { text("preview_name"), text("preview_size") };
+    if (m_kind == PreviewFiles::Kind::Folder)
+        columns.append(text("preview_modified"));
+    m_list->setHeaderLabels(columns);
+    m_list->header()->setStretchLastSection(false);
+    m_list->header()->setSectionsMovable(false);
+    m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    m_list->header()->setMinimumSectionSize(60);
+    m_note->setContentsMargins(12, 6, 12, 6);
+    m_note->setWordWrap(true);
+    m_note->hide();
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_list, 1);
+    column->addWidget(m_note);
+}
+
+void ListingPage::load()
+{
+    if (m_kind == PreviewFiles::Kind::Archive) {
+        m_work = m_services.decoder.archive(
+            m_url, [this](const std::optional<PictureDecoder::Listing> &listing) {
+                if (!listing)
+                    return onFailed();
+                PreviewFiles::Listing entries { {}, listing->whole };
+                for (const auto &entry : listing->entries)
+                    entries.entries.append({ entry.path, entry.size, {}, entry.folder });
+                show(entries);
+            });
+        return;
+    }
+    m_services.workers.run(WorkerPriority::UserInitiated,
+                           [this, path = FilePath::fromUrl(m_url), &queue = m_services.queue,
+                            alive = std::weak_ptr(m_alive)] {
+                               auto listing = PreviewFiles::list(path);
+                               queue.post([this, alive, listing = std::move(listing)] {
+                                   if (!alive.lock())
+                                       return;
+                                   if (listing)
+                                       show(*listing);
+                                   else
+                                       onFailed();
+                               });
+                           });
+}
+
+void ListingPage::show(const PreviewFiles::Listing &listing)
+{
+    const QLocale locale(m_services.texts.currentCode());
+    QList<QTreeWidgetItem *> items;
+    items.reserve(listing.entries.size());
+    for (const PreviewFiles::Entry &entry : listing.entries) {
+        auto *item = new QTreeWidgetItem;
+        item->setText(0, entry.name);
+        item->setToolTip(0, entry.name);
+        item->setIcon(0, m_services.icons.forFile(named(entry.name, entry.folder)));
+        if (!entry.folder)
+            item->setText(1, locale.formattedDataSize(entry.size));
+        item->setTextAlignment(1, Qt::AlignTrailing | Qt::AlignVCenter);
+        if (entry.modified.isValid())
+            item->setText(2, locale.toString(entry.modified, QLocale::ShortFormat));
+        items.append(item);
+    }
+    m_list->addTopLevelItems(items);
+    const bool empty = items.isEmpty();
+    if (empty || !listing.whole) {
+        m_note->setText(m_services.texts.text(empty && listing.whole
+                                                  ? QStringLiteral("preview_empty")
+                                                  : QStringLiteral("preview_cut")));
+        m_note->show();
+    }
+    onReady();
+}
+
+void ListingPage::scroll(Step step)
+{
+    scrollBy(*m_list->verticalScrollBar(), step);
+}

@@ -1,0 +1,371 @@
+#include "views/preview/PreviewWindow.h"
+
+#include "app/settings/Localizer.h"
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "store/QuickLookController.h"
+#include "views/Look.h"
+#include "views/preview/CardPage.h"
+#include "views/preview/DocumentPage.h"
+#include "views/preview/ListingPage.h"
+#include "views/preview/PicturePage.h"
+#include "views/preview/PreviewCache.h"
+#include "views/preview/TextPage.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLocale>
+#include <QPainter>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr double patience = 0.03; // Seconds until the window shows before its content.
+constexpr QSize usualSize(720, 560);
+constexpr QSize smallestSize(360, 280);
+constexpr double mostOfScreen = 0.8;
+constexpr int panelGap = 16; // Points between window and panel.
+
+/// One line that gives way in the middle.
+class NameLabel final : public QLabel
+{
+public:
+    using QLabel::QLabel;
+    QSize minimumSizeHint() const override { return { 40, QLabel::minimumSizeHint().height() }; }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setPen(Look::text(palette()));
+        painter.drawText(rect(), static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading),
+                         fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
+    }
+};
+
+PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+{
+    using Kind = PreviewFiles::Kind;
+    const Kind kind = PreviewFiles::kindOf(url);
+    switch (kind) {
+    case Kind::Image:
+        return new PicturePage(url, services, parent);
+    case Kind::Document:
+        return new DocumentPage(url, services, parent);
+    case Kind::Text:
+        return new TextPage(url, services, parent);
+    case Kind::Folder:
+    case Kind::Archive:
+        return new ListingPage(url, kind, services, parent);
+    case Kind::WebLocation:
+    case Kind::Other:
+        break;
+    }
+    return new CardPage(url, services, parent);
+}
+
+}
+
+PreviewWindow::PreviewWindow(const QuickLookController &ql, const PreviewServices &services)
+    : QWidget(nullptr, Qt::Window | Qt::WindowStaysOnTopHint)
+    , m_ql(ql)
+    , m_services(services)
+    , m_name(new NameLabel(this))
+    , m_position(new QLabel(this))
+    , m_open(new QPushButton(this))
+    , m_column(new QVBoxLayout(this))
+{
+    setMinimumSize(smallestSize);
+    setFocusPolicy(Qt::StrongFocus);
+    m_name->setTextFormat(Qt::PlainText);
+    m_open->setFocusPolicy(Qt::TabFocus);
+    connect(m_open, &QPushButton::clicked, this, [this] {
+        if (onOpen)
+            onOpen(m_url);
+    });
+    auto *header = new QHBoxLayout;
+    header->setContentsMargins(12, 8, 12, 8);
+    header->setSpacing(12);
+    header->addWidget(m_name, 1);
+    header->addWidget(m_position);
+    header->addWidget(m_open);
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(0);
+    m_column->addLayout(header);
+    refreshTexts();
+}
+
+PreviewWindow::~PreviewWindow()
+{
+    onClosed = nullptr;
+}
+
+int PreviewWindow::numberOfPreviewItems() const
+{
+    return static_cast<int>(m_ql.urls.size());
+}
+
+QUrl PreviewWindow::previewItemAt(int index) const
+{
+    if (m_ql.urls.isEmpty())
+        return FilePath::toUrl("/", FilePath::Kind::Directory);
+    return m_ql.urls.value(index, m_ql.urls.first());
+}
+
+void PreviewWindow::open(const QRect &panel)
+{
+    m_panel = panel;
+    m_isUp = true;
+    m_url = QUrl();
+    m_first = previewItemAt(m_ql.startIndex);
+    m_patience = m_services.queue.after(patience, [this] { appear(); });
+    const bool inRange = m_ql.startIndex >= 0 && m_ql.startIndex < numberOfPreviewItems();
+    showItem(inRange ? m_ql.startIndex : 0);
+}
+
+void PreviewWindow::reloadData()
+{
+    if (!m_isUp)
+        return;
+    if (m_ql.urls.isEmpty()) {
+        dismiss();
+        return;
+    }
+    // Where the list still holds what is shown, only a new choice changes that.
+    const QUrl first = previewItemAt(m_ql.startIndex);
+    const bool chosen = std::exchange(m_first, first) != first;
+    const auto kept = static_cast<int>(m_ql.urls.indexOf(m_url));
+    showItem(chosen || kept < 0 ? m_ql.startIndex : kept);
+}
+
+void PreviewWindow::walk(int step)
+{
+    const int next = m_index + step;
+    if (next < 0 || next >= numberOfPreviewItems())
+        return;
+    showItem(next);
+    if (onIndexChanged)
+        onIndexChanged(next);
+}
+
+void PreviewWindow::showItem(int index)
+{
+    const QUrl url = previewItemAt(index);
+    m_index = index;
+    if (url != m_url) {
+        m_url = url;
+        load(makePage(url, m_services, this), Fallback::Allowed);
+    }
+    refreshHeader();
+    prepareNeighbours();
+}
+
+/// The page on screen stays there until the next one has something to show.
+void PreviewWindow::load(PreviewPage *page, Fallback fallback)
+{
+    if (m_page && m_page != m_shown)
+        m_page->deleteLater();
+    m_page = page;
+    page->hide();
+    page->setMotion(m_motion);
+    page->onReady = [this, page] {
+        if (m_page == page)
+            display(page);
+    };
+    page->onFailed = [this, page, fallback] {
+        if (m_page == page && fallback == Fallback::Allowed)
+            load(new CardPage(m_url, m_services, this), Fallback::None);
+    };
+    page->load();
+}
+
+void PreviewWindow::display(PreviewPage *page)
+{
+    if (m_shown) {
+        m_shown->hide();
+        m_shown->deleteLater();
+    }
+    m_shown = page;
+    m_column->addWidget(page, 1);
+    page->show();
+    if (m_isUp && !isVisible())
+        appear();
+}
+
+void PreviewWindow::appear()
+{
+    m_patience.reset();
+    if (!m_isUp || isVisible())
+        return;
+    place();
+    if (bringToFront)
+        bringToFront(*this);
+    setFocus();
+}
+
+/// Beside the panel where there is room for it, in the middle of that side; else in
+/// the middle of the screen.
+void PreviewWindow::place()
+{
+    const QScreen *screen = QGuiApplication::screenAt(m_panel.center());
+    const QRect work = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+    QSize size = usualSize;
+    const int chrome = m_column->itemAt(0)->sizeHint().height();
+    const auto content = m_page ? m_page->contentSize() : std::nullopt;
+    const QSize most = work.size() * mostOfScreen - QSize(0, chrome);
+    if (content)
+        size = content->width() > most.width() || content->height() > most.height()
+            ? content->scaled(most, Qt::KeepAspectRatio)
+            : *content;
+    size = (size + QSize(0, chrome)).expandedTo(minimumSizeHint()).expandedTo(smallestSize);
+    QRect left = work;
+    QRect right = work;
+    left.setRight(std::min(work.right(), m_panel.left() - panelGap));
+    right.setLeft(std::max(work.left(), m_panel.right() + panelGap));
+    const QRect room = left.width() >= right.width() ? left : right;
+    QRect frame({}, size);
+    frame.moveCenter(room.width() >= size.width() ? room.center() : work.center());
+    setGeometry(frame);
+}
+
+/// Those on both sides, so that walking shows them at once.
+void PreviewWindow::prepareNeighbours()
+{
+    QList<QUrl> wanted;
+    for (const int index : { m_index, m_index + 1, m_index - 1 }) {
+        if (index >= 0 && index < numberOfPreviewItems())
+            wanted.append(m_ql.urls[index]);
+    }
+    m_services.cache.prepare(wanted);
+}
+
+void PreviewWindow::refreshHeader()
+{
+    const QString name = FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)));
+    setWindowTitle(name);
+    m_name->setText(name);
+    m_name->setToolTip(name);
+    const QLocale locale(m_services.texts.currentCode());
+    const int count = numberOfPreviewItems();
+    m_position->setText(
+        QStringLiteral("%1 / %2").arg(locale.toString(m_index + 1), locale.toString(count)));
+    m_position->setVisible(count > 1);
+}
+
+void PreviewWindow::refreshTexts()
+{
+    m_open->setText(m_services.texts.text(QStringLiteral("open")));
+    m_name->setFont(Look::font(font(), 13, QFont::DemiBold));
+    m_position->setFont(Look::font(font(), 11));
+    refreshHeader();
+}
+
+void PreviewWindow::setMotion(Motion motion)
+{
+    m_motion = motion;
+    if (m_page)
+        m_page->setMotion(motion);
+}
+
+bool PreviewWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange)
+        refreshTexts();
+    return QWidget::event(event);
+}
+
+void PreviewWindow::keyPressEvent(QKeyEvent *event)
+{
+    using Step = PreviewPage::Step;
+    const bool control = (event->modifiers() & Qt::ControlModifier) != 0;
+    const int forward = isRightToLeft() ? -1 : 1;
+    const auto scroll = [this](Step step) {
+        if (m_shown)
+            m_shown->scroll(step);
+    };
+    const auto zoom = [this](PreviewPage::Zoom how) {
+        if (m_shown)
+            m_shown->zoom(how);
+    };
+    switch (event->key()) {
+    case Qt::Key_Space:
+    case Qt::Key_Escape:
+        return dismiss();
+    case Qt::Key_Up:
+        return walk(-1);
+    case Qt::Key_Down:
+        return walk(1);
+    case Qt::Key_Left:
+        return walk(-forward);
+    case Qt::Key_Right:
+        return walk(forward);
+    case Qt::Key_PageUp:
+        return scroll(Step::PageUp);
+    case Qt::Key_PageDown:
+        return scroll(Step::PageDown);
+    case Qt::Key_Home:
+        return scroll(Step::Start);
+    case Qt::Key_End:
+        return scroll(Step::End);
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+        return zoom(PreviewPage::Zoom::In);
+    case Qt::Key_Minus:
+        return zoom(PreviewPage::Zoom::Out);
+    case Qt::Key_0:
+        return zoom(PreviewPage::Zoom::Fit);
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return m_open->click();
+    case Qt::Key_W:
+        if (control)
+            return dismiss();
+        break;
+    case Qt::Key_C:
+        if (control && m_shown)
+            return m_shown->copy();
+        break;
+    default:
+        break;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void PreviewWindow::dismiss()
+{
+    if (isVisible())
+        hide();
+    else
+        end();
+}
+
+void PreviewWindow::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        end();
+}
+
+/// However it was closed. What it showed is let go.
+void PreviewWindow::end()
+{
+    if (!std::exchange(m_isUp, false))
+        return;
+    m_patience.reset();
+    for (auto *page : findChildren<PreviewPage *>(QString(), Qt::FindDirectChildrenOnly)) {
+        page->hide();
+        page->deleteLater();
+    }
+    m_page = nullptr;
+    m_shown = nullptr;
+    m_url = QUrl();
+    if (onClosed)
+        onClosed();
+}
