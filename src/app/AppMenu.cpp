@@ -1,11 +1,11 @@
 #include "app/AppDelegate.h"
 
-#include "platform/ShortcutText.h"
+#include "app/settings/ShortcutText.h"
 #include "platform/StatusItem.h"
 
 void AppDelegate::rebuildMenu()
 {
-    const QString shortcut = shortcutText(m_settings.hotKeyLabel.value());
+    const QString shortcut = shortcutText(m_settings.hotKeyLabel.value(), m_texts);
     m_desktop.statusItem.setMenu({
         { m_texts.text(QStringLiteral("menu_toggle"), { shortcut }), [this] { toggle(); } },
         {}, // A separator.

@@ -3,8 +3,8 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/HotKeyNames.h"
 #include "app/settings/Localizer.h"
+#include "app/settings/ShortcutText.h"
 #include "panel/HotKeyCenter.h"
-#include "platform/ShortcutText.h"
 #include "platform/Sounds.h"
 
 #include <QHBoxLayout>
@@ -129,7 +129,7 @@ void HotKeyRecorder::refresh(const QString &label)
 {
     const QString prompt = m_texts.text(QStringLiteral("hotkey_press"));
     m_field->setChecked(m_recording);
-    m_field->setText(m_recording ? prompt : shortcutText(label));
+    m_field->setText(m_recording ? prompt : shortcutText(label, m_texts));
     // What changes beside it must not move with the texts.
     const int border = 2 * fontMetrics().averageCharWidth() + 12;
     m_field->setMinimumWidth(fontMetrics().horizontalAdvance(prompt) + border);

@@ -2,9 +2,9 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
+#include "app/settings/ShortcutText.h"
 #include "base/FilePath.h"
 #include "platform/Icons.h"
-#include "platform/ShortcutText.h"
 #include "views/AccessibleRole.h"
 #include "views/SlimScrollBar.h"
 #include "views/settings/EntryList.h"
@@ -49,9 +49,9 @@ constexpr std::array languages {
 };
 
 /// A modifier as it is written in front of a key, without that key.
-QString modifierText(const QString &symbol)
+QString modifierText(const QString &symbol, const Localizer &texts)
 {
-    QString text = shortcutText(symbol + u'S');
+    QString text = shortcutText(symbol + u'S', texts);
     text.chop(2);
     return text;
 }
@@ -185,7 +185,7 @@ SettingsView::Words SettingsView::modifierWords() const
     };
     for (const auto &[word, symbol] : keys) {
         modifiers.emplace_back(word, [this, symbol = symbol] {
-            return m_texts.text(QStringLiteral("mod_hold"), { modifierText(symbol) });
+            return m_texts.text(QStringLiteral("mod_hold"), { modifierText(symbol, m_texts) });
         });
     }
     return modifiers;

@@ -1,7 +1,7 @@
 #include "views/ShelfMenu.h"
 
 #include "app/settings/Localizer.h"
-#include "platform/ShortcutText.h"
+#include "app/settings/ShortcutText.h"
 #include "store/ShelfStore.h"
 #include "views/Look.h"
 #include "views/MenuLabel.h"
@@ -69,7 +69,7 @@ void ShelfMenu::addCommands()
     const auto shelf = m_store.currentShelf();
     // The key is shown only: the panel's own table of keys acts on it.
     addAction(m_texts.text(QStringLiteral("shelf_new")) + u'\t'
-                  + shortcutText(QStringLiteral("⌘T")),
+                  + shortcutText(QStringLiteral("⌘T"), m_texts),
               this, [this] { m_store.newShelf(); });
     addAction(m_texts.text(QStringLiteral("shelf_rename")), this, [this] {
         if (onRename)

@@ -1,6 +1,5 @@
 #include "platform/linux/KeyCodes.h"
 
-#include "platform/ShortcutText.h"
 
 #include <linux/input-event-codes.h>
 
@@ -97,26 +96,4 @@ TEST(KeyCodesTest, LettersAndAccentsWithOldSymbolsAreCharactersToo)
         table.symbols[place] = symbol;
         EXPECT_EQ(KeyCodes::characters(KEY_LEFTBRACE, ShiftKey::Up, table).toStdString(), text);
     }
-}
-
-TEST(ShortcutTextTest, AStoredLabelIsSpelledAsTheDesktopDoes)
-{
-    struct Case
-    {
-        const char *label, *text;
-    };
-    const Case cases[] = {
-        { "⌥⌘S", "Ctrl+Alt+S" },
-        { "⌃⌥⇧⌘Space", "Super+Ctrl+Alt+Shift+Space" },
-        { "⌘↩", "Ctrl+Return" },
-        { "⌃←", "Super+Left" },
-        { "⌥#115", "Alt+Home" },
-        { "⌥#240", "Alt+#240" },
-        { "⇧⌘+", "Ctrl+Shift++" },
-        { "F5", "F5" },
-        { "⌘", "⌘" },
-        { "", "" },
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(shortcutText(QString::fromUtf8(c.label)).toStdString(), c.text);
 }

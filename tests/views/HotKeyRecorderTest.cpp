@@ -99,26 +99,26 @@ TEST(HotKeyRecorderTest, APressWhileItRecordsIsTakenRefusedOrEndsIt)
     };
     const QString s = QStringLiteral("s");
     const Case cases[] = {
-        { "letter", { 1, control | option, s }, Then::Recorded, 0, "⌃⌥S", "Super+Alt+S" },
+        { "letter", { 1, control | option, s }, Then::Recorded, 0, "⌃⌥S", "key_super+key_alt+S" },
         { "space",
           { 49, command, QStringLiteral(" ") },
           Then::Recorded,
           0,
           "⌘Space",
-          "Ctrl+Space" },
+          "key_control+key_space" },
         { "unnamed key",
           { 115, command | shift, {} },
           Then::Recorded,
           0,
           "⇧⌘#115",
-          "Ctrl+Shift+Home" },
+          "key_control+key_shift+key_home" },
         { "Shift and F1", { 122, shift, {} }, Then::Goes_on, 1, "⌥⌘S", "hotkey_press" },
         { "plain letter", { 1, 0, s }, Then::Goes_on, 1, "⌥⌘S", "hotkey_press" },
         { "key without a code", { -1, command, {} }, Then::Goes_on, 1, "⌥⌘S", "hotkey_press" },
         { "Ctrl alone", { 55, 0, {} }, Then::Goes_on, 0, "⌥⌘S", "hotkey_press" },
         { "Shift after Ctrl", { 60, command, {} }, Then::Goes_on, 0, "⌥⌘S", "hotkey_press" },
-        { "Escape", { 53, 0, {} }, Then::Ends, 0, "⌥⌘S", "Ctrl+Alt+S" },
-        { "Escape with modifiers", { 53, command, {} }, Then::Ends, 0, "⌥⌘S", "Ctrl+Alt+S" },
+        { "Escape", { 53, 0, {} }, Then::Ends, 0, "⌥⌘S", "key_control+key_alt+S" },
+        { "Escape with modifiers", { 53, command, {} }, Then::Ends, 0, "⌥⌘S", "key_control+key_alt+S" },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
@@ -168,6 +168,6 @@ TEST(HotKeyRecorderTest, KeysGoTheirOwnWayUnlessItRecords)
     EXPECT_FALSE(w.settings.isDefaultHotKey());
     w.click(w.reset());
     EXPECT_TRUE(w.settings.isDefaultHotKey());
-    EXPECT_EQ(w.field().text(), QStringLiteral("Ctrl+Alt+S"));
+    EXPECT_EQ(w.field().text(), QStringLiteral("key_control+key_alt+S"));
     EXPECT_FALSE(w.reset().isVisible());
 }

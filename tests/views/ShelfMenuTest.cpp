@@ -80,10 +80,10 @@ TEST(ShelfMenuTest, ListsShelvesCommandsAndWhatWasClosedAndActsOnThem)
     MenuWorld w(3);
     ShelfStore &store = w.store();
     const QUuid first = store.currentID.value();
-    const std::string commands = "--\nshelf_new\tCtrl+T\nshelf_rename\n";
+    const std::string commands = "--\nshelf_new\tkey_control+T\nshelf_rename\n";
     EXPECT_EQ(w.entries(), "*Vantle  3\n" + commands + "shelf_pin\n-shelf_close\n");
 
-    w.choose(QStringLiteral("shelf_new\tCtrl+T"));
+    w.choose(QStringLiteral("shelf_new\tkey_control+T"));
     store.renameShelf(store.currentID.value(), QStringLiteral("R&D\tplan"));
     w.choose(QStringLiteral("shelf_pin"));
     EXPECT_EQ(w.entries(), "Vantle  3\n*R&&D plan  0\n" + commands + "shelf_unpin\nshelf_close\n");

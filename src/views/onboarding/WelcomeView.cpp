@@ -2,7 +2,7 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
-#include "platform/ShortcutText.h"
+#include "app/settings/ShortcutText.h"
 #include "store/ShelfStore.h"
 #include "views/AccessibleRole.h"
 #include "views/Brand.h"
@@ -133,7 +133,7 @@ void WelcomeView::addShortcut(int key, std::function<void()> action)
 
 void WelcomeView::refreshTexts()
 {
-    const QString shortcut = shortcutText(m_hotKeyLabel);
+    const QString shortcut = shortcutText(m_hotKeyLabel, m_texts);
     QStringList names;
     for (int i = 0; i < count; ++i) {
         const PageKeys &keys = pageKeys()[static_cast<size_t>(i)];
