@@ -224,9 +224,9 @@ def idle():
            None, "1 or 2, of the cleanup timer", ours.wakeups <= 2)
 
 
-def named(name, *arguments):
+def named(name, *arguments, environment=None):
     """What one of the bench programs printed, as numbers by name."""
-    output = subprocess.run([str(a) for a in (BUILD / f"bin/bench_{name}", *arguments)], check=True,
+    output = subprocess.run([str(a) for a in (BUILD / f"bin/bench_{name}", *arguments)], env=environment, check=True,
                             stdout=subprocess.PIPE, text=True).stdout
     return {line.split()[0]: float(line.split()[1]) for line in output.splitlines()}
 
@@ -270,6 +270,26 @@ def files():
            burst["worst_event_cpu"] < 16)
 
 
+def pictures():
+    """Thumbnails of 200 photographs of 12 to 24 megapixels at 64 pixels, the decoders' start included, beside one
+    vipsthumbnail process, taking turns. Then the list of 100,000 photographs of a megapixel at two pixels a point,
+    scrolled for 50 seconds with a frame due every sixtieth of a second: from when a frame was due to its painting. Of
+    memory, the pictures that are kept may take 32 MB."""
+    decoder = BUILD / "bin/vantle-decoder"
+    made = named("thumbnails", decoder, "/var/tmp/vantle-bench/photographs", 3)
+    yield ("200 photographs (ms), median", f"{made['ours']:.0f}", f"vipsthumbnail {made['vipsthumbnail']:.0f}",
+           made["ratio"], "≤ 1", made["ratio"] <= 1)
+    for rows, pixels in ((18, 15), (150, 120)):
+        with virtual.Desktop() as desktop:
+            seen = named("scroll", decoder, pixels, environment={**desktop.environment, "QT_SCALE_FACTOR": "2"})
+        yield (f"{rows} rows a second, {seen['thumbnails']:.0f} thumbnails arriving: {seen['frames']:.0f} frames (ms)",
+               f"median {seen['median']:.1f}, 99th {seen['99th']:.1f}, largest {seen['worst']:.1f}", "", None,
+               "99 of 100 < 16", seen["99th"] < 16)
+        grown = seen["memory_largest"] - seen["memory_before"]
+        yield ("Growth of memory meanwhile (MB)", f"{grown:.0f}, from {seen['memory_before']:.0f}", "", None,
+               "< 48", grown < 48)
+
+
 def table(figure):
     yield "| Figure | Vantle | Peer | Ratio | Aim | |"
     yield "|---|---|---|---|---|---|"
@@ -284,7 +304,7 @@ def machine():
 
 
 def main():
-    figures = start, drag, key, pointer, idle, store, files
+    figures = start, drag, key, pointer, idle, store, files, pictures
     chosen = [f for f in figures if not sys.argv[2:] or f.__name__ in sys.argv[2:]]
     report = ["# Measured", "", machine()]
     print(report[-1])

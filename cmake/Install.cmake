@@ -1,3 +1,9 @@
+install(TARGETS vantle RUNTIME)
+# The program alone starts it.
+install(TARGETS vantle-decoder RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)
+install(DIRECTORY src/resources/Vantle_Vantle.bundle src/resources/icons src/resources/sounds
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/vantle)
+
 # What the desktop reads of an installed program: its entry, its icon, how the bus starts it, and
 # "Add to Vantle" in the menus of file managers, each of which has a place and a form of its own.
 # These call gapplication, over which the bus starts the program where it does not run.

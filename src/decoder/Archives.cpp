@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -24,18 +25,19 @@ QString pathOf(archive_entry *entry)
         .left(longestPath);
 }
 
-/// Reads the file until its time is over: a single packed member may be of any length.
 struct Input
 {
     int file;
     std::chrono::steady_clock::time_point end = std::chrono::steady_clock::now() + longestReading;
     std::array<char, blockSize> block {};
 
+    bool isTimeOver() const { return std::chrono::steady_clock::now() > end; }
+
     static la_ssize_t read(::archive *, void *input, const void **bytes)
     {
         auto &self = *static_cast<Input *>(input);
         *bytes = self.block.data();
-        if (std::chrono::steady_clock::now() > self.end)
+        if (self.isTimeOver())
             return ARCHIVE_FATAL;
         return ::read(self.file, self.block.data(), self.block.size());
     }
@@ -47,9 +49,32 @@ struct Input
     static la_int64_t skip(::archive *, void *input, la_int64_t count)
     {
         const int file = static_cast<Input *>(input)->file;
+        struct stat status = {};
+        const off_t at = ::lseek(file, 0, SEEK_CUR);
+        if (::fstat(file, &status) != 0 || at < 0 || count > status.st_size - at)
+            return 0; // By reading on it is found out that the file was cut off.
         return ::lseek(file, count, SEEK_CUR) < 0 ? 0 : count;
     }
 };
+
+/// Passes over the content of a member. In a packed stream it has to be unpacked
+/// for that, and a few bytes may become any number: false where time is over.
+bool skipContent(::archive *reader, const Input &input)
+{
+    if (archive_filter_count(reader) < 2)
+        return true; // Done by seeking, with the next header.
+    const void *bytes = nullptr;
+    size_t size = 0;
+    la_int64_t offset = 0;
+    while (!input.isTimeOver()) {
+        if (archive_read_data_block(reader, &bytes, &size, &offset) < ARCHIVE_WARN)
+            return true; // Of a damaged one the next header tells.
+        if (size == 0)
+            return true;
+        size = 0;
+    }
+    return false;
+}
 
 }
 
@@ -84,6 +109,10 @@ std::optional<Decoded> Decode::archive(int file)
         }
         listing.entries.append({ pathOf(entry), qMax<qint64>(0, archive_entry_size(entry)),
                                  archive_entry_filetype(entry) == AE_IFDIR });
+        if (!skipContent(reader.get(), *input)) {
+            listing.whole = false;
+            break;
+        }
     }
     if (state != ARCHIVE_EOF)
         listing.whole = false;

@@ -7,13 +7,23 @@
 #include <type_traits>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr rlim_t mostMemory = 2048UL << 20; // Of address space, bytes; libraries take 300 MB of it.
 constexpr rlim_t mostFiles = 64;
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool usesShadowMemory = true; // Terabytes of addresses.
+#else
+constexpr bool usesShadowMemory = false;
+#endif
+
+// Calls of kernels that are newer than the library: fchmodat2, setxattrat, removexattrat.
+constexpr int newerCalls[] = { 452, 463, 466 };
 
 bool limit(__rlimit_resource_t what, rlim_t most)
 {
@@ -25,8 +35,9 @@ bool limit(__rlimit_resource_t what, rlim_t most)
 
 bool confine()
 {
-    if (!limit(RLIMIT_AS, mostMemory) || !limit(RLIMIT_CORE, 0) || !limit(RLIMIT_NOFILE, mostFiles)
-        || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || ::prctl(PR_SET_DUMPABLE, 0) != 0)
+    if ((!usesShadowMemory && !limit(RLIMIT_AS, mostMemory)) || !limit(RLIMIT_CORE, 0)
+        || !limit(RLIMIT_NOFILE, mostFiles) || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0
+        || ::prctl(PR_SET_DUMPABLE, 0) != 0)
         return false;
     const std::unique_ptr<std::remove_pointer_t<scmp_filter_ctx>, decltype(&seccomp_release)>
         filter(seccomp_init(SCMP_ACT_ALLOW), &seccomp_release);
@@ -43,6 +54,19 @@ bool confine()
     done
         = seccomp_rule_add(filter.get(), deny, SCMP_SYS(prlimit64), 1, SCMP_A0(SCMP_CMP_NE, 0)) == 0
         && done;
+    // By signals a process tells of its own end alone.
+    done = seccomp_rule_add(filter.get(), deny, SCMP_SYS(tgkill), 1,
+                            SCMP_A0(SCMP_CMP_NE, static_cast<scmp_datum_t>(::getpid())))
+            == 0
+        && done;
+    // Where the errors go may be the user's terminal, into which these would type.
+    for (const unsigned request : { TIOCSTI, TIOCLINUX })
+        done = seccomp_rule_add(filter.get(), deny, SCMP_SYS(ioctl), 1,
+                                SCMP_A1(SCMP_CMP_MASKED_EQ, 0xffffffff, request))
+                == 0
+            && done;
+    for (const int call : newerCalls)
+        done = seccomp_rule_add(filter.get(), deny, call, 0) == 0 && done;
     for (const int call : { SCMP_SYS(execve),
                             SCMP_SYS(execveat),
                             SCMP_SYS(fork),
@@ -96,6 +120,7 @@ bool confine()
                             SCMP_SYS(rt_tgsigqueueinfo),
                             SCMP_SYS(lsetxattr),
                             SCMP_SYS(removexattr),
+                            SCMP_SYS(lremovexattr),
                             SCMP_SYS(fremovexattr),
                             SCMP_SYS(utime),
                             SCMP_SYS(utimes),

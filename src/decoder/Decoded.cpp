@@ -1,5 +1,6 @@
 #include "decoder/Decoded.h"
 
+#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
@@ -36,4 +37,22 @@ SharedMemory::~SharedMemory()
 void SharedMemory::seal() const
 {
     ::fcntl(m_descriptor, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL);
+}
+
+std::optional<Decoded> fromImage(const QImage &image, const QSize &whole, int count)
+{
+    const QImage painted = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    DecoderProtocol::Result result;
+    result.decoded = true;
+    result.width = painted.width();
+    result.height = painted.height();
+    result.wholeWidth = whole.width();
+    result.wholeHeight = whole.height();
+    result.count = count;
+    result.bytes = painted.sizeInBytes();
+    SharedMemory memory(result.bytes);
+    if (memory.data() == nullptr)
+        return std::nullopt;
+    std::memcpy(memory.data(), painted.constBits(), static_cast<size_t>(result.bytes));
+    return Decoded { result, std::move(memory) };
 }

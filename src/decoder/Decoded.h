@@ -2,6 +2,7 @@
 
 #include "platform/linux/DecoderProtocol.h"
 
+#include <QImage>
 #include <QSize>
 
 #include <optional>
@@ -33,12 +34,17 @@ struct Decoded
     SharedMemory memory;
 };
 
+/// Null images make none.
+std::optional<Decoded> fromImage(const QImage &image, const QSize &whole, int count);
+
 /// Each reads an open file that it does not close. None where it is not of that
 /// kind, damaged beyond what can be shown, or too large.
 namespace Decode {
 
 void begin(); // Once, before the process is confined.
 std::optional<Decoded> image(int file, int maxPixel);
+/// In the older formats.
+std::optional<Decoded> otherImage(int file, int maxPixel);
 std::optional<Decoded> frames(int file, int first, int maxPixel);
 std::optional<Decoded> page(int file, int page, int maxPixel);
 std::optional<Decoded> archive(int file);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <string>
 #include <vector>
 
 #include <unistd.h>
@@ -28,6 +30,25 @@ VSource sourceOf(int file)
 int number(const VImage &image, const char *field, int otherwise)
 {
     return image.get_typeof(field) == G_TYPE_INT ? image.get_int(field) : otherwise;
+}
+
+bool isOf(const VImage &header, const char *family)
+{
+    return header.get_typeof(VIPS_META_LOADER) != 0
+        && std::string(header.get_string(VIPS_META_LOADER)).starts_with(family);
+}
+
+/// Pages of other formats follow no clock.
+int frameCount(const VImage &header)
+{
+    const bool moves = isOf(header, "gif") || isOf(header, "webp");
+    return moves ? std::max(1, number(header, VIPS_META_N_PAGES, 1)) : 1;
+}
+
+/// Nearly none means a tenth of a second, as browsers have it.
+int shownFor(int milliseconds)
+{
+    return milliseconds > 10 ? milliseconds : 100;
 }
 
 bool isTooLarge(const VImage &header)
@@ -74,28 +95,28 @@ void writePixels(const VImage &image, uchar *to)
     }
 }
 
-VOption *thumbnailOptions(int maxPixel)
+VOption *thumbnailOptions(const VImage &header, int maxPixel)
 {
     // What is damaged is shown as far as it goes.
-    return VImage::option()
-        ->set("height", maxPixel)
-        ->set("size", VIPS_SIZE_DOWN)
-        ->set("fail_on", VIPS_FAIL_ON_NONE)
-        ->set("export_profile", "srgb");
+    VOption *const options = VImage::option()
+                                 ->set("height", maxPixel)
+                                 ->set("size", VIPS_SIZE_DOWN)
+                                 ->set("fail_on", VIPS_FAIL_ON_NONE);
+    // Colours that come without a profile are the screen's; converted to its profile, they shift.
+    return header.get_typeof(VIPS_META_ICC_NAME) != 0 ? options->set("export_profile", "srgb")
+                                                      : options;
 }
 
 std::optional<Decoded> decodeImage(int file, int maxPixel)
 {
-    const VImage header = VImage::new_from_source(sourceOf(file), "");
+    const VImage header = VImage::new_from_source(
+        sourceOf(file), "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
     if (isTooLarge(header))
         return std::nullopt;
-    const std::string loader = header.get_typeof(VIPS_META_LOADER) != 0
-        ? header.get_string(VIPS_META_LOADER)
-        : std::string();
     // For this format the shortcut would take the small preview that the file carries.
-    const VImage small = loader.starts_with("heif")
-        ? header.thumbnail_image(maxPixel, thumbnailOptions(maxPixel))
-        : VImage::thumbnail_source(sourceOf(file), maxPixel, thumbnailOptions(maxPixel));
+    const VImage small = isOf(header, "heif")
+        ? header.thumbnail_image(maxPixel, thumbnailOptions(header, maxPixel))
+        : VImage::thumbnail_source(sourceOf(file), maxPixel, thumbnailOptions(header, maxPixel));
     const VImage image = inScreenColours(small);
 
     DecoderProtocol::Result result;
@@ -105,7 +126,7 @@ std::optional<Decoded> decodeImage(int file, int maxPixel)
     result.wholeHeight = number(header, VIPS_META_PAGE_HEIGHT, header.height());
     if (isLyingOnItsSide(header))
         std::swap(result.wholeWidth, result.wholeHeight);
-    result.count = std::max(1, number(header, VIPS_META_N_PAGES, 1));
+    result.count = frameCount(header);
     result.bytes = static_cast<qint64>(result.width) * result.height * 4;
     SharedMemory memory(result.bytes);
     if (memory.data() == nullptr)
@@ -118,7 +139,7 @@ std::optional<Decoded> decodeImage(int file, int maxPixel)
 std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
 {
     const VImage header = VImage::new_from_source(sourceOf(file), "");
-    const int count = number(header, VIPS_META_N_PAGES, 1);
+    const int count = frameCount(header);
     if (isTooLarge(header) || count < 2)
         return std::nullopt;
     const double scale
@@ -137,9 +158,17 @@ std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
         return std::nullopt;
     const std::vector<int> delays
         = header.get_typeof("delay") != 0 ? header.get_array_int("delay") : std::vector<int>();
+    if (frames == 0)
+        return Decoded { result, std::move(memory) };
+    // Together, since the decoder of each would begin with the first of all.
+    const VImage together = VImage::new_from_source(sourceOf(file), "",
+                                                    VImage::option()
+                                                        ->set("page", first)
+                                                        ->set("n", frames)
+                                                        ->set("access", VIPS_ACCESS_SEQUENTIAL));
     for (int frame = 0; frame < frames; ++frame) {
-        const VImage one = VImage::new_from_source(
-            sourceOf(file), "", VImage::option()->set("page", first + frame)->set("n", 1));
+        const VImage one
+            = together.extract_area(0, frame * header.height(), header.width(), header.height());
         const VImage sized = scale < 1
             ? one.thumbnail_image(
                 width, VImage::option()->set("height", height)->set("size", VIPS_SIZE_FORCE))
@@ -148,7 +177,7 @@ std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
             return std::nullopt;
         writePixels(inScreenColours(sized), memory.data() + frame * bytes);
         const auto place = static_cast<size_t>(first + frame);
-        result.milliseconds.append(place < delays.size() ? delays[place] : 100);
+        result.milliseconds.append(shownFor(place < delays.size() ? delays[place] : 0));
     }
     return Decoded { result, std::move(memory) };
 }
@@ -168,6 +197,8 @@ std::optional<Decoded> guarded(Work work)
 
 void Decode::begin()
 {
+    // No file can be written to when memory would be spared.
+    ::setenv("VIPS_DISC_THRESHOLD", "2g", 1);
     vips_init("vantle-decoder");
     g_log_set_handler(
         "VIPS", G_LOG_LEVEL_MASK, [](const char *, GLogLevelFlags, const char *, void *) {},

@@ -2,10 +2,7 @@
 
 #include <poppler-qt6.h>
 
-#include <QImage>
-
 #include <algorithm>
-#include <cstring>
 
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -68,22 +65,6 @@ std::optional<Decoded> Decode::page(int file, int page, int maxPixel)
     if (points.isEmpty() || !(longer > 0))
         return std::nullopt;
     const double resolution = maxPixel * pointsAnInch / longer;
-    const QImage image = sheet->renderToImage(resolution, resolution)
-                             .convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull())
-        return std::nullopt;
-
-    DecoderProtocol::Result result;
-    result.decoded = true;
-    result.width = image.width();
-    result.height = image.height();
-    result.wholeWidth = qRound(points.width());
-    result.wholeHeight = qRound(points.height());
-    result.count = document->numPages();
-    result.bytes = image.sizeInBytes();
-    SharedMemory memory(result.bytes);
-    if (memory.data() == nullptr)
-        return std::nullopt;
-    std::memcpy(memory.data(), image.constBits(), static_cast<size_t>(result.bytes));
-    return Decoded { result, std::move(memory) };
+    return fromImage(sheet->renderToImage(resolution, resolution), points.toSize(),
+                     document->numPages());
 }

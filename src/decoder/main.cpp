@@ -18,7 +18,9 @@ std::optional<Decoded> work(const Job &job, int file)
         return std::nullopt;
     switch (job.kind) {
     case Job::Kind::Image:
-        return Decode::image(file, job.maxPixel);
+        if (auto decoded = Decode::image(file, job.maxPixel))
+            return decoded;
+        return Decode::otherImage(file, job.maxPixel);
     case Job::Kind::Page:
         return Decode::page(file, job.number, job.maxPixel);
     case Job::Kind::Frames:
@@ -33,11 +35,14 @@ std::optional<Decoded> work(const Job &job, int file)
 
 int main()
 {
+    // Of the program's own files and sockets nothing is to be in reach.
+    ::close_range(STDERR_FILENO + 1, socketDescriptor - 1, 0);
+    ::close_range(socketDescriptor + 1, ~0U, 0);
     std::setlocale(LC_CTYPE, "C.UTF-8"); // In which names are read from archives.
     Decode::begin();
     if (!confine()) {
         std::fputs("vantle-decoder: cannot be confined, decodes nothing\n", stderr);
-        return 1;
+        return unableStatus;
     }
     for (;;) {
         const auto received = receive(socketDescriptor);

@@ -90,7 +90,7 @@ void ThumbnailLoader::decode()
     m_work
         = m_shared.m_decoder.image(m_url, m_maxPixel, PictureDecoder::Urgency::Row,
                                    [this](const std::optional<PictureDecoder::Picture> &picture) {
-                                                                  m_version = picture ? picture->version : QByteArray();
+                                       m_version = picture ? picture->version : QByteArray();
                                        if (picture)
                                            return show(Representation::Thumbnail, picture->image);
                                        askDesktop();

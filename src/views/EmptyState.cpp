@@ -9,6 +9,7 @@
 
 namespace {
 constexpr int traySize = 56;
+constexpr int smallestTray = 20; // Large texts in a small panel leave less; then none is better.
 constexpr int trayGap = 10;
 constexpr int hintGap = 4;
 constexpr int emptyMargin = 18; // At both sides.
@@ -52,13 +53,18 @@ void EmptyState::paintEvent(QPaintEvent *)
     const QRect room(emptyMargin, 0, width() - 2 * emptyMargin, height());
     const int titleHeight = QFontMetrics(titleFont).boundingRect(room, flags, m_title).height();
     const int hintHeight = QFontMetrics(hintFont).boundingRect(room, flags, m_hint).height();
-    const int block = traySize + trayGap + titleHeight + hintGap + hintHeight;
+    const int texts = titleHeight + hintGap + hintHeight;
+    const int left = std::min(traySize, height() - texts - trayGap);
+    const int tray = left < smallestTray ? 0 : left;
+    const int head = tray > 0 ? tray + trayGap : 0;
+    const int block = head + texts;
     // A little above the middle, where the eye expects it.
     int top = std::max(0, (height() - block) * 9 / 20);
 
-    m_symbols.paint(painter, Symbol::Tray, QRect(0, top, width(), traySize), traySize,
-                    m_targeted ? Brand::accent : Look::shade(palette(), 0.4));
-    top += traySize + trayGap;
+    if (tray > 0)
+        m_symbols.paint(painter, Symbol::Tray, QRect(0, top, width(), tray), tray,
+                        m_targeted ? Brand::accent : Look::shade(palette(), 0.4));
+    top += head;
     painter.setFont(titleFont);
     painter.setPen(Look::text(palette()));
     painter.drawText(QRect(emptyMargin, top, room.width(), titleHeight), flags, m_title);

@@ -132,7 +132,9 @@ void HotKeyRecorder::refresh(const QString &label)
     m_field->setText(m_recording ? prompt : shortcutText(label, m_texts));
     // What changes beside it must not move with the texts.
     const int border = 2 * fontMetrics().averageCharWidth() + 12;
-    m_field->setMinimumWidth(fontMetrics().horizontalAdvance(prompt) + border);
+    const int widest = std::max(fontMetrics().horizontalAdvance(prompt),
+                                fontMetrics().horizontalAdvance(m_field->text()));
+    m_field->setMinimumWidth(widest + border);
     m_reset->setText(m_texts.text(QStringLiteral("hotkey_reset")));
     m_reset->setVisible(!m_settings.isDefaultHotKey());
 }

@@ -50,6 +50,13 @@ inline QColor secondary(const QPalette &palette)
     return shade(palette, 0.66);
 }
 
+/// For drawText(): the layout's leading edge, whichever way the text itself reads.
+inline int leading(Qt::LayoutDirection direction)
+{
+    return static_cast<int>(Qt::AlignAbsolute
+                            | (direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft));
+}
+
 /// Device pixels in a point, also where a widget paints into a picture.
 inline double pixelRatio(const QPainter &painter)
 {

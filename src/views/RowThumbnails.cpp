@@ -23,8 +23,9 @@ RowThumbnails::Row &RowThumbnails::rowOf(const ShelfItem &item, int maxPixel)
         row = std::make_shared<Row>(*m_source, item.url, maxPixel);
         row->subscription = row->loader.image.subscribe(
             [this, id = item.id, &picture = row->picture](const QImage &image) {
+                const bool wasNone = picture.isNull();
                 picture = QPixmap::fromImage(image);
-                if (onPicture)
+                if (onPicture && !(wasNone && picture.isNull()))
                     onPicture(id);
             });
     }

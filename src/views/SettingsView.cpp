@@ -341,6 +341,16 @@ void SettingsView::changeEvent(QEvent *event)
     }
 }
 
+/// Another language, another hot key, a row that comes up: with large texts the form
+/// may need more than the window was made for.
+bool SettingsView::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool result = QScrollArea::eventFilter(watched, event);
+    if (watched == m_form && event->type() == QEvent::LayoutRequest && width() < sizeHint().width())
+        setFixedWidth(sizeHint().width());
+    return result;
+}
+
 /// From top to bottom: the toolkit's own order is that in which the widgets were
 /// made, and entries come and go.
 bool SettingsView::focusNextPrevChild(bool next)

@@ -12,7 +12,7 @@
 #include <QStyle>
 
 namespace {
-constexpr int widestTitle = 260;
+constexpr int widestTitle = 260; // At the usual size of texts.
 constexpr int pinSize = 12;
 constexpr int pinMargin = 6; // To the entry's trailing edge.
 }
@@ -48,7 +48,8 @@ ShelfMenu::ShelfMenu(ShelfStore &store, const Localizer &texts, Symbols &symbols
 
 QString ShelfMenu::label(const QString &title) const
 {
-    return menuLabel(fontMetrics().elidedText(title, Qt::ElideMiddle, widestTitle));
+    return menuLabel(
+        fontMetrics().elidedText(title, Qt::ElideMiddle, qRound(widestTitle * Look::textScale)));
 }
 
 void ShelfMenu::addShelf(const ShelfInfo &info)

@@ -8,6 +8,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -17,7 +18,7 @@ constexpr int toastEdge = 12; // Between the toast and its parent's edges.
 constexpr int toastSidePadding = 12;
 constexpr int toastEndPadding = 7;
 constexpr int toastRise = 6; // It comes up that far while it appears.
-constexpr int mostLines = 3;
+constexpr int mostLines = 3; // At the usual size of texts; up to two more where they are large.
 constexpr int textFlags = Qt::AlignCenter | Qt::TextWordWrap;
 
 /// Cut to what the lines can hold, with breaks where a word is longer than a line.
@@ -30,10 +31,12 @@ QString fitted(QString text, const QFontMetrics &metrics, int width)
             piece = metrics.elidedText(piece.trimmed(), Qt::ElideMiddle, width) + u' ';
     }
     text = pieces.join(QString()).trimmed();
+    const double lines = mostLines + std::clamp(2 * (Look::textScale - 1), 0.0, 2.0);
     const auto fits = [&](const QString &part) {
         const QRect room(0, 0, width, 10000);
+        // Letters of another font make lines a little higher.
         return metrics.boundingRect(room, textFlags, part).height()
-            <= mostLines * metrics.lineSpacing();
+            < (std::floor(lines) + 0.9) * metrics.lineSpacing();
     };
     if (fits(text))
         return text;

@@ -2,10 +2,10 @@
 
 #include "app/AppDelegate.h"
 
-#include "platform/Autostart.h"
 #include "platform/DropTarget.h"
 #include "platform/StatusItem.h"
 #include "platform/fake/FakeApplications.h"
+#include "platform/fake/FakeAutostart.h"
 #include "platform/fake/FakeBookmarks.h"
 #include "platform/fake/FakeClipboard.h"
 #include "platform/fake/FakeDragSelection.h"
@@ -28,13 +28,6 @@
 #include <QFile>
 #include <QJsonObject>
 #include <QTemporaryDir>
-
-class NoAutostart final : public Autostart
-{
-public:
-    bool enabled() const override { return false; }
-    std::optional<QString> setEnabled(bool) override { return {}; }
-};
 
 inline FakePreferences withValues(const QJsonObject &values)
 {
@@ -123,7 +116,7 @@ public:
     FakeBookmarks bookmarks;
     FakeSounds sounds;
     FakePreferences preferences;
-    NoAutostart autostart;
+    FakeAutostart autostart;
     FakeScreens screens;
     FakePointerMonitor pointer;
     FakeDragSelection selection;

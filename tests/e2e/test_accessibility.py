@@ -15,10 +15,9 @@ CONTROLS = {"push button", "button", "check box", "combo box", "list", "list ite
 
 
 class Reader:
-    def __init__(self, desktop):
+    def __init__(self, desktop, program):
         desktop.start("a11y-bus", LAUNCHER, "--launch-immediately", "--a11y=1")
-        wait_for(lambda: b"org.a11y.Bus" in desktop.run("busctl", "--address", desktop.environment["DBUS_SESSION_BUS_ADDRESS"],
-                                                        "list", "--acquired", "--no-legend"), what="the accessibility bus")
+        wait_for(lambda: program.is_named("org.a11y.Bus"), what="the accessibility bus")
         self.answers, self.events = [], []
         self.process = subprocess.Popen(
             ["/usr/bin/python3", Path(__file__).with_name("screen_reader.py")], env=desktop.environment, text=True,
@@ -62,8 +61,8 @@ class Reader:
 
 
 @pytest.fixture
-def reader(desktop):
-    return Reader(desktop)
+def reader(desktop, program):
+    return Reader(desktop, program)
 
 
 @main

@@ -2,7 +2,7 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
-#include "platform/Autostart.h"
+#include "platform/fake/FakeAutostart.h"
 #include "platform/fake/FakePreferences.h"
 #include "platform/fake/FakeSounds.h"
 
@@ -18,13 +18,6 @@ constexpr Modifiers control = EventModifier::Control;
 constexpr Modifiers option = EventModifier::Option;
 constexpr Modifiers command = EventModifier::Command;
 constexpr Modifiers shift = EventModifier::Shift;
-
-class NoAutostart final : public Autostart
-{
-public:
-    bool enabled() const override { return false; }
-    std::optional<QString> setEnabled(bool) override { return std::nullopt; }
-};
 
 /// The platform without a screen cannot grab the keyboard, and says so.
 class GrabsQuietly
@@ -71,7 +64,7 @@ public:
 private:
     GrabsQuietly m_quiet;
     FakePreferences m_preferences;
-    NoAutostart m_autostart;
+    FakeAutostart m_autostart;
 
 public:
     Localizer texts { QString(), {} }; // Every text shows as its key.

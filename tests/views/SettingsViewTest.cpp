@@ -2,7 +2,7 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
-#include "platform/Autostart.h"
+#include "platform/fake/FakeAutostart.h"
 #include "platform/fake/FakeIcons.h"
 #include "platform/fake/FakePreferences.h"
 #include "platform/fake/FakeSounds.h"
@@ -25,13 +25,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-class NoAutostart final : public Autostart
-{
-public:
-    bool enabled() const override { return true; }
-    std::optional<QString> setEnabled(bool) override { return std::nullopt; }
-};
 
 /// The platform without a screen has no use for a dialog's size, and says so.
 class SizesQuietly
@@ -123,7 +116,7 @@ private:
 
     SizesQuietly m_quiet;
     FakePreferences m_preferences;
-    NoAutostart m_autostart;
+    FakeAutostart m_autostart;
     FakeIcons m_icons;
 
 public:

@@ -2,7 +2,7 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
-#include "platform/Autostart.h"
+#include "platform/fake/FakeAutostart.h"
 #include "platform/fake/FakeDragSession.h"
 #include "platform/fake/FakeIcons.h"
 #include "platform/fake/FakePreferences.h"
@@ -109,15 +109,8 @@ public:
     static QString resources() { return QStringLiteral(VANTLE_SOURCE_DIR "/src/resources"); }
 
 private:
-    class NoAutostart final : public Autostart
-    {
-    public:
-        bool enabled() const override { return false; }
-        std::optional<QString> setEnabled(bool) override { return std::nullopt; }
-    };
-
     FakePreferences m_preferences;
-    NoAutostart m_autostart;
+    FakeAutostart m_autostart;
 
 public:
     World world;

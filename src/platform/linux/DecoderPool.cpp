@@ -350,7 +350,7 @@ DecoderPool::WorkerPointer DecoderPool::freeWorker()
         = [this, &to = *worker](const Result &result, int memory) { finished(to, result, memory); };
     worker->process->onEnd = [this, weak = std::weak_ptr(worker)](DecoderProcess::End how) {
         m_missing = m_missing || how == DecoderProcess::End::Missing;
-        loseSoon(weak);
+        loseSoon(weak, nullptr);
     };
     m_workers.push_back(worker);
     return worker;
@@ -359,20 +359,21 @@ DecoderPool::WorkerPointer DecoderPool::freeWorker()
 void DecoderPool::begin(const WorkerPointer &worker, const WorkPointer &work)
 {
     worker->work = work;
-    worker->limit
-        = m_queue.after(timeForAJob, [this, weak = std::weak_ptr(worker)] { loseSoon(weak); });
+    worker->limit = m_queue.after(
+        timeForAJob, [this, weak = std::weak_ptr(worker), work] { loseSoon(weak, work); });
     const bool given = worker->process->give(work->job, work->file);
     work->closeFile();
     if (!given)
-        loseSoon(worker);
+        loseSoon(worker, nullptr);
 }
 
-/// Not at once: the process, or its time limit, is still telling.
-void DecoderPool::loseSoon(const std::weak_ptr<Worker> &worker)
+/// Not at once: the process, or its time limit, is still telling. Where only one work took too
+/// long, its result may come at the last moment.
+void DecoderPool::loseSoon(const std::weak_ptr<Worker> &worker, const WorkPointer &tooLong)
 {
-    m_queue.post([this, worker, alive = std::weak_ptr(m_alive)] {
+    m_queue.post([this, worker, tooLong, alive = std::weak_ptr(m_alive)] {
         const auto gone = worker.lock();
-        if (gone && alive.lock())
+        if (gone && alive.lock() && (!tooLong || gone->work == tooLong))
             lost(gone);
     });
 }

@@ -51,7 +51,7 @@ private:
     void begin(const WorkerPointer &worker, const WorkPointer &work);
     void finished(Worker &worker, const DecoderProtocol::Result &result, int memory);
     void lost(const WorkerPointer &worker);
-    void loseSoon(const std::weak_ptr<Worker> &worker);
+    void loseSoon(const std::weak_ptr<Worker> &worker, const WorkPointer &tooLong);
     static void answer(const WorkPointer &work, const DecoderProtocol::Result &result, int memory);
     void restOrEnd();
 

@@ -10,6 +10,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace {
+
+constexpr int notLinkedStatus = 127; // The dynamic linker's, where a library is missing.
+
+}
+
 DecoderProcess::DecoderProcess(const QString &program)
     : m_process(std::make_unique<QProcess>())
 {
@@ -29,7 +35,12 @@ DecoderProcess::DecoderProcess(const QString &program)
             ::dup2(other, DecoderProtocol::socketDescriptor); // Without close-on-exec.
     });
     QObject::connect(m_process.get(), &QProcess::finished, m_process.get(),
-                     [this] { end(End::Crashed); });
+                     [this](int status, QProcess::ExitStatus how) {
+                         const bool unable = how == QProcess::NormalExit
+                             && (status == DecoderProtocol::unableStatus
+                                 || status == notLinkedStatus);
+                         end(unable ? End::Missing : End::Crashed);
+                     });
     QObject::connect(m_process.get(), &QProcess::errorOccurred, m_process.get(),
                      [this](QProcess::ProcessError error) {
                          if (error == QProcess::FailedToStart)
@@ -69,6 +80,8 @@ void DecoderProcess::receive()
     const auto received = DecoderProtocol::receive(m_socket);
     if (!received)
         return;
+    if (received->message.isEmpty())
+        return m_notifier->setEnabled(false); // How it ended is told by its exit status.
     const auto result = DecoderProtocol::decodeResult(received->message);
     if (result)
         return onResult(*result, received->descriptor);

@@ -15,7 +15,7 @@ class DecoderProcess
 public:
     enum class End {
         Crashed,
-        Missing, // The program could not be started at all.
+        Missing, // The program is not there, or cannot work on this system.
     };
 
     explicit DecoderProcess(const QString &program);

@@ -13,6 +13,8 @@ namespace DecoderProtocol {
 
 // Of the decoder process: far from those that starting a process uses.
 inline constexpr int socketDescriptor = 99;
+// Its exit status where the system does not let it confine itself.
+inline constexpr int unableStatus = 69;
 inline constexpr qsizetype largestMessage = 65536; // Bytes.
 inline constexpr int mostFrames = 64; // Of an animation, in one result.
 inline constexpr int mostEntries = 10'000; // Of an archive.

@@ -123,6 +123,7 @@ struct Thumbnailers::Run
     std::unique_ptr<QProcess> process {};
     qint64 group = 0; // Of processes; 0 while none runs.
     Ticket limit {};
+    std::function<void()> dropped {}; // Where it ran.
 
     ~Run()
     {
@@ -136,11 +137,17 @@ struct Thumbnailers::Run
         }
         if (!folder.isEmpty())
             NativeFile::remove(folder);
+        if (dropped)
+            dropped();
     }
     void endGroup()
     {
-        if (const qint64 running = std::exchange(group, 0); running > 1)
-            ::kill(-static_cast<pid_t>(running), SIGKILL);
+        const auto running = static_cast<pid_t>(std::exchange(group, 0));
+        if (running <= 1)
+            return;
+        ::kill(-running, SIGKILL);
+        if (process->state() != QProcess::NotRunning)
+            ::kill(running, SIGKILL); // It may not have made the group yet.
     }
     QByteArray output() const { return folder + "/thumbnail.png"; }
 };
@@ -196,7 +203,7 @@ Ticket Thumbnailers::run(Job job, std::function<void(const QByteArray &)> done)
 void Thumbnailers::next()
 {
     // Its owner may have dropped it.
-    while (!m_running && !m_waiting.empty()) {
+    while (m_running.expired() && !m_waiting.empty()) {
         const auto run = m_waiting.front().lock();
         m_waiting.pop_front();
         if (run)
@@ -206,12 +213,33 @@ void Thumbnailers::next()
 
 void Thumbnailers::begin(const std::shared_ptr<Run> &run)
 {
+    m_running = run;
+    const auto weak = std::weak_ptr(run);
+    const auto soon
+        = [this, weak, &queue = m_queue, alive = std::weak_ptr(m_alive)](bool succeeded) {
+              queue.post([this, weak, succeeded, alive] {
+                  const auto ended = weak.lock();
+                  if (ended && alive.lock())
+                      end(ended, succeeded);
+              });
+          };
+    run->dropped = [this, &queue = m_queue, alive = std::weak_ptr(m_alive)] {
+        if (!alive.expired())
+            queue.post([this, alive] {
+                if (alive.lock())
+                    next();
+            });
+    };
     QByteArray folder = QFile::encodeName(QDir::tempPath()) + "/vantle-thumbnail-XXXXXX";
-    if (::mkdtemp(folder.data()) == nullptr) {
-        run->done({});
-        return;
-    }
+    if (::mkdtemp(folder.data()) == nullptr)
+        return soon(false);
     run->folder = folder;
+    start(run, soon);
+}
+
+void Thumbnailers::start(const std::shared_ptr<Run> &run, const std::function<void(bool)> &ended)
+{
+    const QByteArray &folder = run->folder;
     QStringList arguments;
     for (const QByteArray &word : run->job.command.mid(1))
         arguments.append(QFile::decodeName(filled(word, run->job, run->output())));
@@ -222,32 +250,23 @@ void Thumbnailers::begin(const std::shared_ptr<Run> &run)
     process.setStandardErrorFile(QProcess::nullDevice());
     process.setWorkingDirectory(QFile::decodeName(folder));
     process.setChildProcessModifier(limitSelf);
-    m_running = run;
-    const auto weak = std::weak_ptr(run);
-    const auto soon = [this, weak](bool succeeded) {
-        m_queue.post([this, weak, succeeded, alive = std::weak_ptr(m_alive)] {
-            const auto ended = weak.lock();
-            if (ended && alive.lock())
-                end(ended, succeeded);
-        });
-    };
     QObject::connect(&process, &QProcess::finished, &process,
-                     [soon](int code) { soon(code == 0); });
+                     [ended](int code) { ended(code == 0); });
     QObject::connect(&process, &QProcess::errorOccurred, &process,
-                     [soon](QProcess::ProcessError) { soon(false); });
-    run->limit = m_queue.after(longestRun, [soon] { soon(false); });
+                     [ended](QProcess::ProcessError) { ended(false); });
+    run->limit = m_queue.after(longestRun, [ended] { ended(false); });
     process.start(QFile::decodeName(run->job.command.constFirst()), arguments);
     run->group = process.processId();
 }
 
 void Thumbnailers::end(const std::shared_ptr<Run> &run, bool succeeded)
 {
-    if (m_running != run)
+    if (m_running.lock() != run)
         return;
     run->limit.reset();
     run->endGroup();
+    run->dropped = nullptr;
     m_running.reset();
-    const auto ticket = run; // Whoever is called may drop it.
     run->done(succeeded ? run->output() : QByteArray());
     next();
 }

@@ -40,15 +40,16 @@ public:
         QByteArray uri;
         int edge = 0; // Pixels.
     };
-    /// `done` gets the path of what was written, which it then has to delete
-    /// together with its folder, or an empty one. Dropping the ticket takes a job
-    /// that waits out, and ends one that runs.
+    /// `done` gets the path of what was written, which stays for as long as the
+    /// ticket is held, or an empty one. Dropping the ticket takes a job that waits
+    /// out, and ends one that runs.
     Ticket run(Job job, std::function<void(const QByteArray &output)> done);
 
 private:
     struct Run;
     void next();
     void begin(const std::shared_ptr<Run> &run);
+    void start(const std::shared_ptr<Run> &run, const std::function<void(bool)> &ended);
     void end(const std::shared_ptr<Run> &run, bool succeeded);
 
     const QByteArrayList m_dataFolders;
@@ -57,6 +58,6 @@ private:
     bool m_read = false;
     QHash<QByteArray, QByteArrayList> m_commands; // By type.
     std::deque<std::weak_ptr<Run>> m_waiting;
-    std::shared_ptr<Run> m_running;
+    std::weak_ptr<Run> m_running;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

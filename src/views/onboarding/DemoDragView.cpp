@@ -14,7 +14,7 @@ constexpr double dragDistance = 3; // Points from the press to where a drag begi
 constexpr double draggedSize = 56; // Points.
 constexpr int fileSize = 80;
 constexpr int padding = 10;
-constexpr int widestName = 220;
+constexpr int widestName = 220; // At the usual size of texts.
 }
 
 DemoDragView::DemoDragView(DragSession &session, QIcon icon, QWidget *parent)
@@ -45,7 +45,8 @@ QFont DemoDragView::nameFont() const
 QSize DemoDragView::sizeHint() const
 {
     const QFontMetrics metrics(nameFont());
-    const int name = std::min(metrics.horizontalAdvance(text()) + 4, widestName);
+    const int name
+        = std::min(metrics.horizontalAdvance(text()) + 4, qRound(widestName * Look::textScale));
     return { std::max(fileSize, name) + 2 * padding, fileSize + metrics.height() + 2 * padding };
 }
 

@@ -51,9 +51,20 @@ PicturePage::PicturePage(const QUrl &url, const PreviewServices &services, QWidg
 
 void PicturePage::load()
 {
-    if (const auto *known = m_services.cache.find(m_url))
-        return take(*known);
-    m_work
+    const auto *known = m_services.cache.find(m_url);
+    if (!known)
+        return decode();
+    m_check = m_services.decoder.version(
+        m_url, [this, was = known->version](const std::optional<QByteArray> &now) {
+            if (now != was)
+                decode();
+        });
+    take(*known);
+}
+
+void PicturePage::decode()
+{
+    m_check
         = m_services.decoder.image(m_url, PreviewCache::maxPixel, PictureDecoder::Urgency::Preview,
                                    [this](const std::optional<PictureDecoder::Picture> &picture) {
                                        if (!picture)
@@ -65,6 +76,12 @@ void PicturePage::load()
 
 void PicturePage::take(const PictureDecoder::Picture &picture)
 {
+    m_frames.clear();
+    m_nextFrames.clear();
+    m_frame = 0;
+    m_firstFrame = 0;
+    m_frameWork.reset();
+    m_clock.reset();
     m_image = picture.image;
     m_whole = picture.whole;
     const QString name = m_url.path().toLower();
@@ -139,6 +156,8 @@ void PicturePage::sharpen()
                                        if (!picture || !m_frames.isEmpty())
                                            return; // What is there stays.
                                        m_image = picture->image;
+                                       m_whole = picture->whole; // The file may have changed.
+                                       keepInside();
                                        update();
                                    });
 }

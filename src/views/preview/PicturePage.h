@@ -27,6 +27,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
+    void decode();
     void take(const PictureDecoder::Picture &picture);
     double fitScale() const; // Points a pixel of the whole picture.
     double scale() const { return m_zoom.value_or(fitScale()); }
@@ -56,7 +57,8 @@ private:
     int m_firstFrame = 0; // Of m_frames.
     int m_frame = 0; // In m_frames.
 
-    Ticket m_work;
+    Ticket m_check; // Of what is there first.
+    Ticket m_work; // For a sharper one.
     Ticket m_pause;
     Ticket m_frameWork;
     Ticket m_clock;

@@ -28,6 +28,7 @@
 namespace {
 
 constexpr double patience = 0.03; // Seconds until the window shows before its content.
+constexpr double longestHold = 0.4; // Seconds that the last file's content stays meanwhile.
 constexpr QSize usualSize(720, 560);
 constexpr QSize smallestSize(360, 280);
 constexpr double mostOfScreen = 0.8;
@@ -45,7 +46,7 @@ protected:
     {
         QPainter painter(this);
         painter.setPen(Look::text(palette()));
-        painter.drawText(rect(), static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading),
+        painter.drawText(rect(), Qt::AlignVCenter | Look::leading(layoutDirection()),
                          fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
     }
 };
@@ -99,6 +100,7 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, const PreviewService
     m_column->setContentsMargins(0, 0, 0, 0);
     m_column->setSpacing(0);
     m_column->addLayout(header);
+    m_column->addStretch(); // Gives way to a page; without one the header stays at the top.
     refreshTexts();
 }
 
@@ -167,7 +169,8 @@ void PreviewWindow::showItem(int index)
     prepareNeighbours();
 }
 
-/// The page on screen stays there until the next one has something to show.
+/// The page on screen stays until the next one has something to show, but not for
+/// long: it would pass for the other file's.
 void PreviewWindow::load(PreviewPage *page, Fallback fallback)
 {
     if (m_page && m_page != m_shown)
@@ -183,15 +186,24 @@ void PreviewWindow::load(PreviewPage *page, Fallback fallback)
         if (m_page == page && fallback == Fallback::Allowed)
             load(new CardPage(m_url, m_services, this), Fallback::None);
     };
+    m_hold = m_services.queue.after(longestHold, [this] {
+        if (m_shown != m_page)
+            letGo(m_shown);
+    });
     page->load();
+}
+
+void PreviewWindow::letGo(PreviewPage *page)
+{
+    if (!page)
+        return;
+    page->hide();
+    page->deleteLater();
 }
 
 void PreviewWindow::display(PreviewPage *page)
 {
-    if (m_shown) {
-        m_shown->hide();
-        m_shown->deleteLater();
-    }
+    letGo(m_shown);
     m_shown = page;
     m_column->addWidget(page, 1);
     page->show();
@@ -235,11 +247,11 @@ void PreviewWindow::place()
     setGeometry(frame);
 }
 
-/// Those on both sides, so that walking shows them at once.
+/// Those on both sides, so that walking shows them at once. What is shown, its page asks for.
 void PreviewWindow::prepareNeighbours()
 {
     QList<QUrl> wanted;
-    for (const int index : { m_index, m_index + 1, m_index - 1 }) {
+    for (const int index : { m_index + 1, m_index - 1 }) {
         if (index >= 0 && index < numberOfPreviewItems())
             wanted.append(m_ql.urls[index]);
     }
@@ -359,10 +371,9 @@ void PreviewWindow::end()
     if (!std::exchange(m_isUp, false))
         return;
     m_patience.reset();
-    for (auto *page : findChildren<PreviewPage *>(QString(), Qt::FindDirectChildrenOnly)) {
-        page->hide();
-        page->deleteLater();
-    }
+    m_hold.reset();
+    letGo(m_page);
+    letGo(m_shown);
     m_page = nullptr;
     m_shown = nullptr;
     m_url = QUrl();

@@ -59,6 +59,7 @@ private:
     void showItem(int index);
     void load(PreviewPage *page, Fallback fallback);
     void display(PreviewPage *page);
+    static void letGo(PreviewPage *page);
     void appear();
     void place();
     void prepareNeighbours();
@@ -79,5 +80,6 @@ private:
     int m_index = 0;
     bool m_isUp = false;
     Motion m_motion = Motion::Full;
+    Ticket m_hold; // Runs while another file's page is still on screen.
     Ticket m_patience; // Runs until the window shows whatever there is.
 };

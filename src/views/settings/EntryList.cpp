@@ -26,7 +26,7 @@ protected:
     {
         QPainter painter(this);
         painter.setPen(Look::text(palette()));
-        painter.drawText(rect(), static_cast<int>(Qt::AlignVCenter | Qt::AlignLeading),
+        painter.drawText(rect(), Qt::AlignVCenter | Look::leading(layoutDirection()),
                          fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
     }
 };

@@ -16,8 +16,7 @@ constexpr int margin = 12; // Between the card's edge and its rows.
 
 void alignToLeading(QLabel &label)
 {
-    label.setAlignment(Qt::AlignVCenter | Qt::AlignAbsolute
-                       | (label.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft));
+    label.setAlignment(Qt::AlignVCenter | Qt::Alignment(Look::leading(label.layoutDirection())));
 }
 
 SizedLabel::SizedLabel(double factor, QFont::Weight weight, QWidget *parent)
@@ -48,7 +47,7 @@ void Note::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setPen(Look::secondary(palette()));
-    painter.drawText(contentsRect(), Qt::TextWordWrap | static_cast<int>(Qt::AlignLeading), text());
+    painter.drawText(contentsRect(), Qt::TextWordWrap | Look::leading(layoutDirection()), text());
 }
 
 /// Rounded, with a line between its rows.

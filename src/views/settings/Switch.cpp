@@ -64,7 +64,7 @@ void Switch::paintEvent(QPaintEvent *)
     const int textWidth = width() - size.width() - gap;
     painter.setPen(textColor);
     painter.drawText(QRect(mirrored ? width() - textWidth : 0, 0, textWidth, height()),
-                     Qt::TextWordWrap | Qt::AlignVCenter | static_cast<int>(Qt::AlignLeading),
+                     Qt::TextWordWrap | Qt::AlignVCenter | Look::leading(layoutDirection()),
                      text());
     const QColor on = palette().color(QPalette::Highlight);
     const double radius = track.height() / 2;

@@ -1,0 +1,90 @@
+"""The preview, by keyboard, in the real program."""
+import os
+import zipfile
+
+import pytest
+
+from desktop import wait_for
+from peers import IMAGE_COLOUR, LINK_COLOUR, png
+from test_keyboard import activate
+
+main = pytest.mark.main
+
+
+def pdf(colour):
+    """One page, filled with a colour."""
+    paint = "{:.4f} {:.4f} {:.4f} rg 0 0 200 200 re f".format(*(part / 255 for part in colour))
+    objects = ["<</Type/Catalog/Pages 2 0 R>>", "<</Type/Pages/Kids[3 0 R]/Count 1>>",
+               "<</Type/Page/Parent 2 0 R/MediaBox[0 0 200 200]/Contents 4 0 R>>",
+               f"<</Length {len(paint)}>>stream\n{paint}\nendstream"]
+    text = "%PDF-1.4\n"
+    places = []
+    for number, content in enumerate(objects, 1):
+        places.append(len(text))
+        text += f"{number} 0 obj{content}endobj\n"
+    table = "".join(f"{place:010} 00000 n \n" for place in places)
+    return (text + f"xref\n0 {len(objects) + 1}\n0000000000 65535 f \n{table}"
+            f"trailer<</Size {len(objects) + 1}/Root 1 0 R>>\nstartxref\n{len(text)}\n%%EOF").encode()
+
+
+def make_files(desktop):
+    """One of each kind, and some that cannot be shown."""
+    home = desktop.home
+    archive = home / "archive.zip"
+    with zipfile.ZipFile(archive, "w") as into:
+        into.writestr("inside/one.txt", "1")
+    pipe = home / "pipe.txt"
+    os.mkfifo(pipe)
+    (home / "folder/within").mkdir(parents=True)
+    return [desktop.write(home / "words.txt", "some words\n"),
+            desktop.write(home / "picture.png", png(900, 700, IMAGE_COLOUR)),
+            desktop.write(home / "paper.pdf", pdf(LINK_COLOUR)),
+            archive, home / "folder",
+            desktop.write(home / "broken.png", png(900, 700, IMAGE_COLOUR)[:60]),
+            desktop.write(home / "broken.pdf", b"%PDF-1.4\nnothing"),
+            desktop.write(home / "broken.zip", b"PK\3\4" + bytes(40)), pipe]
+
+
+@main
+def test_every_kind_by_keyboard(desktop, program):
+    program.start()
+    files = make_files(desktop)
+    desktop.run(program.binary, *files)
+    program.wait_for_items(len(files))
+    activate(program)
+    shown = {"picture.png": IMAGE_COLOUR, "paper.pdf": LINK_COLOUR}
+
+    def has_keyboard(title):
+        wait_for(lambda: desktop.focused_title() == title, 5, f"{title} to have the keyboard")
+
+    desktop.keys("Down")
+    program.wait_until_idle()
+    desktop.keys("space")
+    for place, file in enumerate(files):
+        if place:
+            desktop.keys("Down")
+        has_keyboard(file.name)
+        if file.name in shown:
+            window = desktop.window(file.name)
+            wait_for(lambda: desktop.find_colour(shown[file.name], desktop.rect(window), smallest=20000), 10, file.name)
+    desktop.keys("Escape")
+    has_keyboard("Vantle")
+
+    # The selection has come along, and the window can be opened again.
+    for how in ("space", "Escape"):
+        program.wait_until_idle()
+        desktop.keys("space")
+        has_keyboard("pipe.txt")
+        program.wait_until_idle()
+        desktop.keys(how)
+        has_keyboard("Vantle")
+    desktop.keys("space")
+    has_keyboard("pipe.txt")
+    desktop.keys("Up")
+    has_keyboard("broken.zip")
+    files[-2].unlink()
+    desktop.keys("Up")
+    has_keyboard("broken.pdf")
+    desktop.keys("space")
+    has_keyboard("Vantle")
+    program.assert_alive()

@@ -1,0 +1,148 @@
+#include "gallery/Exhibit.h"
+#include "gallery/Stage.h"
+
+#include "views/Prompt.h"
+#include "views/RenamePrompt.h"
+#include "views/RowMenu.h"
+#include "views/ShelfMenu.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QMenu>
+
+namespace {
+
+/// A menu as large as it wants to be, its first entry under the pointer. A popup
+/// would grab the keyboard, so it is never shown.
+void layOut(QMenu &menu)
+{
+    menu.ensurePolished();
+    menu.resize(menu.sizeHint());
+    menu.setActiveAction(menu.actions().first());
+}
+
+class ShelfMenuExhibit final : public Exhibit
+{
+public:
+    explicit ShelfMenuExhibit(const Surroundings &surroundings)
+        : m_stage(surroundings)
+    {
+        m_stage.fillShelves();
+        m_menu
+            = std::make_unique<ShelfMenu>(m_stage.store, m_stage.texts, m_stage.symbols, nullptr);
+        layOut(*m_menu);
+    }
+
+    QWidget &widget() override { return *m_menu; }
+
+private:
+    Stage m_stage;
+    std::unique_ptr<ShelfMenu> m_menu;
+};
+
+/// What a row's menu is opened for; the last two are its submenus.
+enum class RowCase { File, Link, Selection, OpenWith, Shelves };
+
+class RowMenuExhibit final : public Exhibit
+{
+public:
+    RowMenuExhibit(const Surroundings &surroundings, RowCase which)
+        : m_stage(surroundings)
+        , m_rows(m_stage.store, m_stage.texts, m_actions)
+    {
+        m_actions = { [](const QList<QUrl> &, const QString &) {},
+                      [](const QUrl &) { return applications(); }, [] {},
+                      [](const QList<QUrl> &) {}, [](const QList<QUrl> &) {} };
+        m_stage.fillShelves();
+        m_stage.fillUsual();
+        if (which == RowCase::Selection)
+            m_stage.select({ 0, 1, 2 });
+        // As when it pops up.
+        m_menu.setStyleSheet(QStringLiteral("QMenu { menu-scrollable: 1; }"));
+        m_rows.fill(m_menu, m_stage.store.items.value()[which == RowCase::Link ? 3 : 1]);
+        if (which == RowCase::OpenWith || which == RowCase::Shelves) {
+            for (const QAction *action : m_menu.actions()) {
+                if (action->menu() && (m_shown == &m_menu || which == RowCase::Shelves))
+                    m_shown = action->menu();
+            }
+        }
+        layOut(*m_shown);
+    }
+
+    QWidget &widget() override { return *m_shown; }
+
+private:
+    static QList<OpenWithApp> applications()
+    {
+        QList<OpenWithApp> result;
+        for (const char *name : { "Gwenview", "Image Viewer", "Cut & Paste Studio" })
+            result.append(
+                { QLatin1String(name), QLatin1String(name), QStringLiteral("image-x-generic") });
+        return result;
+    }
+
+    Stage m_stage;
+    RowActions m_actions;
+    RowMenu m_rows;
+    QMenu m_menu;
+    QMenu *m_shown = &m_menu;
+};
+
+class PromptExhibit final : public Exhibit
+{
+public:
+    enum class Subject { Shelf, File };
+
+    PromptExhibit(const Surroundings &surroundings, Subject subject)
+        : m_stage(surroundings)
+    {
+        m_window.setAttribute(Qt::WA_DontShowOnScreen);
+        if (subject == Subject::File) {
+            FileOps::promptRename(&m_window,
+                                  QUrl(QStringLiteral("file:///home/ada/Annual%20report.pdf")),
+                                  m_stage.texts, [](const QString &) {});
+        } else {
+            Prompt::ask(&m_window,
+                        { .message = m_stage.text("shelf_rename_title"),
+                          .text = m_stage.store.currentTitle(),
+                          .accept = m_stage.text("rename_action"),
+                          .cancel = m_stage.text("cancel") },
+                        [](const std::optional<QString> &) {});
+        }
+        QApplication::processEvents();
+    }
+
+    QWidget &widget() override { return *m_window.findChild<QDialog *>(); }
+
+private:
+    Stage m_stage;
+    QWidget m_window;
+};
+
+template<typename Kind, typename Case>
+ExhibitEntry entry(const char *name, Case which)
+{
+    return { QLatin1String(name), ExhibitEntry::Frame::Window,
+             [which](const Surroundings &surroundings) {
+                 return std::make_unique<Kind>(surroundings, which);
+             } };
+}
+
+}
+
+std::vector<ExhibitEntry> menuExhibits()
+{
+    return {
+        { QStringLiteral("shelf-menu"), ExhibitEntry::Frame::Window,
+          [](const Surroundings &surroundings) {
+              return std::make_unique<ShelfMenuExhibit>(surroundings);
+          } },
+        entry<RowMenuExhibit>("row-menu-file", RowCase::File),
+        entry<RowMenuExhibit>("row-menu-link", RowCase::Link),
+        entry<RowMenuExhibit>("row-menu-selection", RowCase::Selection),
+        entry<RowMenuExhibit>("row-menu-open-with", RowCase::OpenWith),
+        entry<RowMenuExhibit>("row-menu-shelves", RowCase::Shelves),
+        entry<PromptExhibit>("rename-shelf", PromptExhibit::Subject::Shelf),
+        entry<PromptExhibit>("rename-file", PromptExhibit::Subject::File),
+    };
+}
