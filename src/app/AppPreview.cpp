@@ -47,8 +47,9 @@ void AppDelegate::showPreview()
 /// The selection goes along, unless it is the selection that is walked through.
 void AppDelegate::previewWalked(int index)
 {
-    if (m_store.selectedItems().size() < 2)
-        m_store.click(m_store.items.value().at(index).id, 0);
+    const QList<ShelfItem> &items = m_store.items.value();
+    if (m_store.selectedItems().size() < 2 && index < items.size())
+        m_store.click(items.at(index).id, 0);
 }
 
 void AppDelegate::previewItemsChanged()

@@ -5,6 +5,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 
 #include <unistd.h>
 
@@ -47,7 +48,7 @@ int main()
     for (;;) {
         const auto received = receive(socketDescriptor);
         if (!received || received->message.isEmpty())
-            return 0;
+            std::_Exit(EXIT_SUCCESS); // Nothing of it has to be tidied up.
         const auto job = decodeJob(received->message);
         const auto decoded = job ? work(*job, received->descriptor) : std::nullopt;
         if (received->descriptor >= 0)
@@ -56,6 +57,6 @@ int main()
             decoded->memory.seal();
         if (!send(socketDescriptor, encode(decoded ? decoded->result : Result()),
                   decoded ? decoded->memory.descriptor() : -1))
-            return 0;
+            std::_Exit(EXIT_SUCCESS);
     }
 }

@@ -360,7 +360,7 @@ TEST(Decoder, WhatIsPreviewedGoesFirstAndWhatWasCancelledIsNotDone)
     ASSERT_TRUE(w.waitFor([&] { return order.size() == rows + 1; }));
     const auto place = [&](int i) { return std::ranges::find(order, i) - order.begin(); };
     EXPECT_LE(place(rows / 2), 2);
-    EXPECT_LT(place(rows), place(0)) << "rows that were asked for last show";
+    EXPECT_LE(place(rows), 4) << "rows that were asked for last show";
     char events[256];
     EXPECT_EQ(::read(watch, events, sizeof events), -1) << "it was opened";
     ::close(watch);

@@ -133,6 +133,7 @@ struct DecoderPool::Work
     Answer<QList<Frame>> frames {};
     Answer<Listing> listing {};
 
+    quint64 number = 0; // Rises with each that is asked for.
     bool remote = false;
     int file = -1; // Once it is open.
     QByteArray version {};
@@ -237,6 +238,7 @@ Ticket DecoderPool::ask(Work work)
 {
     auto ticket = std::make_shared<int>(0);
     work.ticket = ticket;
+    work.number = ++m_asked;
     work.remote = m_lanes.isRemote(work.path);
     m_waiting.push_back(std::make_shared<Work>(std::move(work)));
     m_rest.reset();
@@ -328,7 +330,8 @@ void DecoderPool::decodeReady()
         auto next = std::ranges::find(m_ready, Urgency::Preview,
                                       [](const WorkPointer &work) { return work->urgency; });
         if (next == m_ready.end())
-            next = std::prev(m_ready.end());
+            next = std::ranges::max_element(m_ready, {},
+                                            [](const WorkPointer &work) { return work->number; });
         const WorkPointer work = *next;
         m_ready.erase(next);
         --m_opening[work->remote ? 1 : 0];

@@ -58,6 +58,7 @@ private:
     const QString m_program;
     FileLanes &m_lanes;
     MainQueue &m_queue;
+    quint64 m_asked = 0;
     std::list<WorkPointer> m_waiting; // In the order in which they were asked for.
     std::list<WorkPointer> m_ready; // Their files are open.
     int m_opening[2] = { 0, 0 }; // Local and remote files.

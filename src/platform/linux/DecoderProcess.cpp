@@ -1,5 +1,7 @@
 #include "platform/linux/DecoderProcess.h"
 
+#include "platform/linux/ProcessEnd.h"
+
 #include <QSocketNotifier>
 
 #include <utility>
@@ -58,15 +60,7 @@ DecoderProcess::~DecoderProcess()
     m_notifier.reset();
     if (m_socket >= 0)
         ::close(m_socket);
-    // It may hang in the kernel on a file that never answers: nobody waits for its end.
-    QProcess *const process = m_process.release();
-    process->disconnect();
-    if (process->state() == QProcess::NotRunning) {
-        process->deleteLater();
-        return;
-    }
-    QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
-    process->kill();
+    endSoon(std::move(m_process));
 }
 
 bool DecoderProcess::give(const DecoderProtocol::Job &job, int file)

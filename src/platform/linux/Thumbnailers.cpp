@@ -2,6 +2,7 @@
 
 #include "base/MainQueue.h"
 #include "base/NativeFile.h"
+#include "platform/linux/ProcessEnd.h"
 
 #include <QDir>
 #include <QFile>
@@ -128,13 +129,7 @@ struct Thumbnailers::Run
     ~Run()
     {
         endGroup();
-        if (process) {
-            process->disconnect();
-            QProcess *const left = process.release();
-            QObject::connect(left, &QProcess::finished, left, &QObject::deleteLater);
-            if (left->state() == QProcess::NotRunning)
-                left->deleteLater();
-        }
+        endSoon(std::move(process));
         if (!folder.isEmpty())
             NativeFile::remove(folder);
         if (dropped)
