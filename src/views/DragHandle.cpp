@@ -38,6 +38,15 @@ void DragHandle::setContent(Carries carries, int count)
     update();
 }
 
+void DragHandle::setRoom(Room room)
+{
+    if (room == m_room)
+        return;
+    m_room = room;
+    updateGeometry();
+    update();
+}
+
 void DragHandle::setHelp(const QString &text)
 {
     setToolTip(text);
@@ -60,10 +69,15 @@ int DragHandle::digitWidth() const
     return widest;
 }
 
+int DragHandle::symbolWidth() const
+{
+    return m_room == Room::Enough ? int(documentsSize) + countGap : 0;
+}
+
 QSize DragHandle::sizeHint() const
 {
-    const int width = 2 * capsulePadding + int(documentsSize) + countGap
-        + digitWidth() * static_cast<int>(m_count.size());
+    const int width
+        = 2 * capsulePadding + symbolWidth() + digitWidth() * static_cast<int>(m_count.size());
     return { width, std::max(capsuleHeight, QFontMetrics(countFont()).height() + 4) };
 }
 
@@ -83,14 +97,14 @@ void DragHandle::paintEvent(QPaintEvent *)
     const auto place = [&](int left, int width) {
         return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
     };
-    m_symbols.paint(painter, Symbol::Documents, place(capsulePadding, int(documentsSize)),
-                    documentsSize, color);
+    if (m_room == Room::Enough)
+        m_symbols.paint(painter, Symbol::Documents, place(capsulePadding, int(documentsSize)),
+                        documentsSize, color);
     painter.setPen(color);
     painter.setFont(countFont());
     // The number reads from the left, also where the layout is mirrored.
     const int digit = digitWidth();
-    QRect cell = place(capsulePadding + int(documentsSize) + countGap,
-                       digit * static_cast<int>(m_count.size()));
+    QRect cell = place(capsulePadding + symbolWidth(), digit * static_cast<int>(m_count.size()));
     cell.setWidth(digit);
     for (const QChar c : m_count) {
         painter.drawText(cell, Qt::AlignCenter, c);

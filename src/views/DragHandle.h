@@ -14,6 +14,9 @@ public:
 
     enum class Carries { Everything, Selection };
     void setContent(Carries carries, int count);
+    /// Where room is scarce it shows the count alone.
+    enum class Room { Enough, Scarce };
+    void setRoom(Room room);
     void setHelp(const QString &text);
 
     HandleDrag &drag() { return m_drag; }
@@ -29,9 +32,11 @@ protected:
 private:
     QFont countFont() const;
     int digitWidth() const;
+    int symbolWidth() const;
 
     Symbols &m_symbols;
     HandleDrag m_drag;
     Carries m_carries = Carries::Everything;
+    Room m_room = Room::Enough;
     QString m_count = QStringLiteral("0");
 };

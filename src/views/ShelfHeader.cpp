@@ -65,6 +65,7 @@ void ShelfHeader::setContent(const Content &content)
     m_handle->setVisible(!content.empty);
     m_clear->setVisible(!content.empty);
     setAccessibleName(content.title);
+    shareWidth();
 }
 
 void ShelfHeader::fitText()
@@ -73,11 +74,30 @@ void ShelfHeader::fitText()
         { headerHeight, m_title->sizeHint().height(), m_handle->sizeHint().height() + 8 }));
 }
 
+/// The title comes first: with large text in a narrow panel the handle gives way.
+void ShelfHeader::shareWidth()
+{
+    using Room = DragHandle::Room;
+    m_handle->setRoom(Room::Enough);
+    if (layout()->minimumSize().width() - m_title->minimumSizeHint().width()
+            + m_title->sizeHint().width()
+        > width())
+        m_handle->setRoom(Room::Scarce);
+}
+
+void ShelfHeader::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    shareWidth();
+}
+
 void ShelfHeader::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange) {
         fitText();
+        shareWidth();
+    }
 }
 
 void ShelfHeader::paintEvent(QPaintEvent *)

@@ -36,9 +36,11 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void fitText();
+    void shareWidth();
 
     const Localizer &m_texts;
     TitleButton *m_title;

@@ -13,6 +13,7 @@ constexpr int markGap = 4;
 constexpr int pinSize = 12;
 constexpr int chevronSize = 11;
 constexpr int smallestTitle = 24;
+constexpr double mostShrunk = 0.7; // Of its size.
 }
 
 TitleButton::TitleButton(Symbols &symbols, QWidget *parent)
@@ -42,6 +43,17 @@ void TitleButton::setHelp(const QString &text)
 QFont TitleButton::titleFont() const
 {
     return Look::font(font(), 13, QFont::DemiBold);
+}
+
+/// Large text becomes somewhat smaller before it is cut.
+QFont TitleButton::fittingFont(int room) const
+{
+    QFont font = titleFont();
+    const double smallest
+        = std::max(font.pointSizeF() / Look::textScale, font.pointSizeF() * mostShrunk);
+    while (font.pointSizeF() > smallest && QFontMetrics(font).horizontalAdvance(m_title) >= room)
+        font.setPointSizeF(std::max(smallest, font.pointSizeF() - 0.5));
+    return font;
 }
 
 int TitleButton::marksWidth() const
@@ -76,9 +88,9 @@ void TitleButton::paintEvent(QPaintEvent *)
     const auto place = [this](int left, int width) {
         return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
     };
-    painter.setFont(titleFont());
-    painter.setPen(text);
     const int room = width() - 2 * padding - marksWidth();
+    painter.setFont(fittingFont(room));
+    painter.setPen(text);
     const QString title = painter.fontMetrics().elidedText(m_title, Qt::ElideMiddle, room);
     const int titleWidth = std::min(room, painter.fontMetrics().horizontalAdvance(title) + 1);
     painter.drawText(place(padding, titleWidth),

@@ -26,6 +26,7 @@ protected:
 
 private:
     QFont titleFont() const;
+    QFont fittingFont(int room) const;
     int marksWidth() const;
 
     Symbols &m_symbols;

@@ -38,9 +38,9 @@ class Program:
             self._bus.set_exit_on_close(False)
         return self._bus
 
-    def is_named(self):
+    def is_named(self, name=BUS_NAME):
         reply = self.bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                   "NameHasOwner", GLib.Variant("(s)", (BUS_NAME,)), None, 0, 5000)
+                                   "NameHasOwner", GLib.Variant("(s)", (name,)), None, 0, 5000)
         return reply.unpack()[0]
 
     @property

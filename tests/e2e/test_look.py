@@ -148,3 +148,24 @@ def test_without_a_portal_the_settings_manager_tells_the_look(desktop, program):
     manager.window.destroy()
     desktop.display.sync()
     wait_for(lambda: look.background(program.panel()) > 200, 5, "the toolkit's own look, without a manager")
+
+
+@main
+def test_windows_grow_and_shrink_with_the_dots_per_inch(desktop, program):
+    manager = SettingsManager(desktop)
+    manager.publish(Xft_DPI=96 * 1024)
+    program.start()
+    desktop.run(program.binary, desktop.write(desktop.home / "one.txt", "one"))
+    program.wait_for_items(1)
+    windows = [program.panel(), open_settings(desktop, program)]
+    sizes = [desktop.rect(w)[2:] for w in windows]
+
+    def have(scale):
+        def fits(window, size):
+            rect = desktop.rect(window)
+            return (all(abs(is_now - scale * was) <= 2 for is_now, was in zip(rect[2:], size))
+                    and rect.x >= 0 and rect.x + rect.width <= 1280)
+        return all(fits(w, s) for w, s in zip(windows, sizes))
+    for dots, scale in ((120, 1.25), (144, 1.5), (96, 1), (144, 1.5)):
+        manager.publish(Xft_DPI=dots * 1024)
+        wait_for(lambda: have(scale), 5, f"windows for {dots} dots per inch")
