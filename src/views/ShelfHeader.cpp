@@ -10,6 +10,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr int headerHeight = 38; // Grows with large text.
@@ -37,7 +38,7 @@ ShelfHeader::ShelfHeader(Symbols &symbols, DragSession &session, Icons &icons,
     row->addSpacing(6);
     row->addWidget(m_clear);
     row->addWidget(m_close);
-    fitText();
+    setFixedHeight(headerHeight);
     setAccessibleRole(*this, QAccessible::ToolBar);
     connect(m_clear, &IconButton::clicked, this, [this] {
         if (onClear)
@@ -68,8 +69,22 @@ void ShelfHeader::setContent(const Content &content)
     shareWidth();
 }
 
+/// Before it is first shown nothing here may need a font: finding the first one takes
+/// 3 of the 26 milliseconds of the program's start.
+void ShelfHeader::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (std::exchange(m_isMeasured, true))
+        return;
+    fitText();
+    shareWidth();
+    parentWidget()->layout()->activate(); // Its height is right in the first picture.
+}
+
 void ShelfHeader::fitText()
 {
+    if (!m_isMeasured)
+        return;
     setFixedHeight(std::max(
         { headerHeight, m_title->sizeHint().height(), m_handle->sizeHint().height() + 8 }));
 }
@@ -77,6 +92,8 @@ void ShelfHeader::fitText()
 /// The title comes first: with large text in a narrow panel the handle gives way.
 void ShelfHeader::shareWidth()
 {
+    if (!m_isMeasured)
+        return;
     using Room = DragHandle::Room;
     m_handle->setRoom(Room::Enough);
     if (layout()->minimumSize().width() - m_title->minimumSizeHint().width()

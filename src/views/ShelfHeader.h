@@ -34,6 +34,7 @@ public:
     std::function<void()> onClose;
 
 protected:
+    void showEvent(QShowEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -47,4 +48,5 @@ private:
     DragHandle *m_handle;
     IconButton *m_clear;
     IconButton *m_close;
+    bool m_isMeasured = false; // From its first showing on.
 };
