@@ -35,7 +35,13 @@ QList<Surroundings> every(const QString &language)
 {
     return usual(language) << Surroundings { language, Scheme::Light, Qt::RightToLeft }
                            << Surroundings { language, Scheme::Dark, Qt::RightToLeft }
-                           << Surroundings { language, Scheme::Light, Qt::LeftToRight, 2 };
+                           << Surroundings { language, Scheme::Light, Qt::LeftToRight, 2 }
+                           << Surroundings { .language = language,
+                                             .scheme = Scheme::Light,
+                                             .contrast = DesktopLook::Contrast::High }
+                           << Surroundings { .language = language,
+                                             .scheme = Scheme::Dark,
+                                             .contrast = DesktopLook::Contrast::High };
 }
 
 /// One picture of each exhibit below the other's, in columns, each with its name.

@@ -8,7 +8,7 @@
 
 namespace Gallery {
 
-/// What a exhibit looks like in that frame, at that many pixels a point.
+/// What an exhibit looks like in that frame, at that many pixels a point.
 QImage picture(Exhibit &exhibit, ExhibitEntry::Frame frame, int ratio);
 
 struct ShotRequest
@@ -19,9 +19,9 @@ struct ShotRequest
     int ratio = 1;
 };
 
-/// Writes "<folder>/<language>/<exhibit>-<light or dark>[-rtl][-large]@<ratio>x.png",
+/// Writes "<folder>/<language>/<exhibit>-<light or dark>[-rtl][-large][-contrast]@<ratio>x.png",
 /// and a sheet with one picture of each exhibit for each language. From right to left,
-/// and with texts of twice the size, in the first of the languages only.
+/// with texts of twice the size, and in high contrast, in the first of the languages only.
 /// True if all were written.
 bool shoot(const ShotRequest &request);
 

@@ -17,6 +17,8 @@ QString Surroundings::suffix() const
         result += QStringLiteral("-rtl");
     if (textScale > 1)
         result += QStringLiteral("-large");
+    if (contrast == DesktopLook::Contrast::High)
+        result += QStringLiteral("-contrast");
     return result;
 }
 
@@ -46,8 +48,7 @@ void apply(const Surroundings &surroundings)
     QLocale::setDefault(QLocale(surroundings.language));
     QIcon::setThemeName(surroundings.scheme == Scheme::Dark ? QStringLiteral("breeze-dark")
                                                             : QStringLiteral("breeze"));
-    QApplication::setPalette(
-        DesktopStyle::palette(surroundings.scheme, DesktopLook::Contrast::Normal));
+    QApplication::setPalette(DesktopStyle::palette(surroundings.scheme, surroundings.contrast));
     QApplication::setLayoutDirection(surroundings.direction);
     Look::textScale = surroundings.textScale;
     QFont font(QStringLiteral("DejaVu Sans"));
