@@ -157,7 +157,7 @@ def test_windows_grow_and_shrink_with_the_dots_per_inch(desktop, program):
     program.start()
     desktop.run(program.binary, desktop.write(desktop.home / "one.txt", "one"))
     program.wait_for_items(1)
-    windows = [program.panel(), open_settings(desktop, program)]
+    windows = [wait_for(program.panel, 5, "the panel"), open_settings(desktop, program)]
     sizes = [desktop.rect(w)[2:] for w in windows]
 
     def have(scale):
@@ -168,4 +168,4 @@ def test_windows_grow_and_shrink_with_the_dots_per_inch(desktop, program):
         return all(fits(w, s) for w, s in zip(windows, sizes))
     for dots, scale in ((120, 1.25), (144, 1.5), (96, 1), (144, 1.5)):
         manager.publish(Xft_DPI=dots * 1024)
-        wait_for(lambda: have(scale), 5, f"windows for {dots} dots per inch")
+        wait_for(lambda: have(scale), 10, f"windows for {dots} dots per inch")
