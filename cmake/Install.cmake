@@ -1,6 +1,9 @@
 install(TARGETS vantle RUNTIME)
 # The program alone starts it.
 install(TARGETS vantle-decoder RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)
+if(TARGET vantle-player)
+    install(TARGETS vantle-player RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)
+endif()
 install(DIRECTORY src/resources/Vantle_Vantle.bundle src/resources/icons src/resources/sounds
         DESTINATION ${CMAKE_INSTALL_DATADIR}/vantle)
 

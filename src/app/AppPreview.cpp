@@ -2,6 +2,8 @@
 
 #include "fileops/FileOps.h"
 #include "platform/PanelWindow.h"
+#include "platform/linux/FileLanes.h"
+#include "platform/linux/PlayerProcess.h"
 #include "views/preview/PreviewWindow.h"
 
 void AppDelegate::connectPreview()
@@ -26,16 +28,21 @@ void AppDelegate::connectPreview()
 void AppDelegate::showPreview()
 {
     if (!m_preview) {
+        const auto play
+            = [lanes = std::make_shared<FileLanes>(), &queue = m_desktop.queue](const QUrl &url) {
+                  return std::make_unique<PlayerProcess>(PlayerProcess::installedProgram(), url,
+                                                         *lanes, queue);
+              };
         m_preview = std::make_unique<PreviewWindow>(
             m_ql,
             PreviewServices { m_desktop.pictures, m_previewCache, m_desktop.workers,
-                              m_desktop.queue, m_desktop.icons, m_texts });
+                              m_desktop.queue, m_desktop.icons, m_texts, play });
         m_preview->bringToFront = m_desktop.bringToFront;
         m_preview->onOpen = [this](const QUrl &url) {
             FileOps::open({ url }, m_desktop.applications, m_desktop.workers);
         };
         m_preview->onIndexChanged = [this](int index) { previewWalked(index); };
-        m_preview->onClosed = [this] {
+        m_preview->onKeyboardFree = [this] {
             if (m_panel->isVisible())
                 m_desktop.panelWindow.focus();
         };
@@ -54,8 +61,10 @@ void AppDelegate::previewWalked(int index)
 
 void AppDelegate::previewItemsChanged()
 {
+    using Shown = PreviewWindow::Shown;
     if (m_preview && m_preview->isUp())
-        m_preview->reloadData();
+        m_preview->reloadData(m_store.selectedItems().size() == 1 ? Shown::StartIndex
+                                                                  : Shown::Same);
     else if (m_panel && m_panel->isVisible() && !m_store.selection.value().isEmpty())
         m_previewCache.prepare({ m_ql.urls.value(m_ql.startIndex) });
 }

@@ -7,6 +7,7 @@
 #include "platform/linux/ScreenshotFolder.h"
 #include "platform/linux/x11/X11Keyboard.h"
 #include "views/AboutView.h"
+#include "views/AccessibleRole.h"
 #include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
 #include "views/preview/PreviewWindow.h"
@@ -130,9 +131,9 @@ void AppDelegate::titleWindows()
     if (m_preview)
         m_preview->refreshTexts();
     if (m_welcomeWindow)
-        m_welcomeWindow->setWindowTitle(m_texts.text(QStringLiteral("welcome_window_title")));
+        setTitle(*m_welcomeWindow, m_texts.text(QStringLiteral("welcome_window_title")));
     if (m_aboutWindow)
         m_aboutWindow->refreshTexts();
     if (m_settingsWindow)
-        m_settingsWindow->setWindowTitle(m_texts.text(QStringLiteral("settings_title")));
+        setTitle(*m_settingsWindow, m_texts.text(QStringLiteral("settings_title")));
 }

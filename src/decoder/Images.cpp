@@ -176,7 +176,7 @@ std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
         if (sized.width() != width || sized.height() != height)
             return std::nullopt;
         writePixels(inScreenColours(sized), memory.data() + frame * bytes);
-        const auto place = static_cast<size_t>(first + frame);
+        const auto place = static_cast<size_t>(first) + static_cast<size_t>(frame);
         result.milliseconds.append(shownFor(place < delays.size() ? delays[place] : 0));
     }
     return Decoded { result, std::move(memory) };

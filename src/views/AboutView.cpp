@@ -54,7 +54,7 @@ void AboutView::refreshTexts()
     m_name->setText(m_texts.text(QStringLiteral("app_name")));
     m_versionLine->setText(m_texts.text(QStringLiteral("version_label"), { m_version }));
     m_credits->setText(m_texts.text(QStringLiteral("app_tagline")));
-    setWindowTitle(m_texts.text(QStringLiteral("menu_about")));
+    setTitle(*this, m_texts.text(QStringLiteral("menu_about")));
     setFixedSize(sizeHint());
 }
 

@@ -60,3 +60,12 @@ void setAccessibleRole(QWidget &widget, QAccessible::Role role, std::function<vo
         = (QAccessible::installFactory(accessibleControl), true);
     widget.setProperty(property, QVariant::fromValue(Description { role, std::move(press) }));
 }
+
+void setTitle(QWidget &window, const QString &title)
+{
+    if (window.windowTitle() == title)
+        return;
+    window.setWindowTitle(title);
+    QAccessibleEvent event(&window, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&event);
+}

@@ -7,7 +7,11 @@ from pathlib import Path
 import pytest
 
 from desktop import wait_for
-from test_settings import open_settings, stored
+from peers import IMAGE_COLOUR, LINK_COLOUR, png
+from test_keyboard import activate
+from test_preview import pdf
+from test_rowmenu import ONE, RowMenu
+from test_settings import open_settings, stored, tab
 
 main = pytest.mark.main
 LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
@@ -127,3 +131,31 @@ def test_settings_are_named_and_switched(desktop, program, reader):
     reader.do(title, "check box", corner, "Toggle")
     wait_for(lambda: stored(program).get("cornerToSummon") is False, what="the corner to be off")
     assert "checked" not in reader.find(title, "check box", corner)["states"]
+
+
+@pytest.mark.any_wm
+def test_what_comes_and_goes_is_named(desktop, program, reader):
+    """The preview's pages, the question for a name and the recorder of a hot key."""
+    program.start()
+    picture = desktop.write(desktop.home / "picture.png", png(90, 70, IMAGE_COLOUR))
+    paper = desktop.write(desktop.home / "paper.pdf", pdf(LINK_COLOUR))
+    desktop.run(program.binary, picture, paper)
+    program.wait_for_items(2)
+    activate(program)
+    desktop.keys("Down")
+    desktop.keys("space")
+    reader.find(picture.name, "image", picture.name)
+    reader.find(picture.name, "push button", "Open")
+    desktop.keys("Down")
+    reader.find(paper.name, "document frame", paper.name)
+    desktop.keys("Escape")
+    RowMenu(program, "keyboard").use(0, 1, ONE, "rename")
+    question = "Rename the file"
+    assert "focused" in reader.find(question, "text", question)["states"]
+    for button in ("Rename", "Cancel"):
+        reader.find(question, "push button", button)
+    reader.do(question, "push button", "Cancel", "Press")
+    open_settings(desktop, program)
+    tab(desktop, 7)
+    recorder = next(n for n in reader.ask("all", "Vantle Settings") if "focused" in n["states"])
+    assert recorder["name"] == "Ctrl+Alt+S" and recorder["actions"], recorder

@@ -4,6 +4,7 @@ import time
 import pytest
 
 from desktop import wait_for
+from test_accessibility import reader  # noqa: F401
 from test_settings import act, open_settings, stored
 
 main = pytest.mark.main
@@ -26,7 +27,7 @@ def test_the_desktops_list_finds_the_closest_language(desktop, program, language
 
 
 @main
-def test_a_language_that_is_picked_reaches_open_windows_and_the_next_start(desktop, program):
+def test_a_language_that_is_picked_reaches_open_windows_and_the_next_start(desktop, program, reader):  # noqa: F811
     program.prefer(onboarded=False)
     program.start(LANGUAGE="", LC_ALL="en_US.UTF-8")
     tour = desktop.window(TOUR["en"], program.process.pid)
@@ -37,6 +38,15 @@ def test_a_language_that_is_picked_reaches_open_windows_and_the_next_start(deskt
         wait_for(lambda: desktop.title(settings) == SETTINGS[shown], 5, "the settings' title")
         wait_for(lambda: desktop.title(tour) == TOUR[shown], 5, "the tour's title")
         time.sleep(0.5)  # Letters that come sooner are searched for together.
+    reader.find(SETTINGS["de"], "check box", "Beim Ziehen in eine Bildschirmecke")
+    program.summon()
+    for button in ("Ablage leeren", "Ablage ausblenden"):
+        reader.find("Vantle", "push button", button)
+    desktop.keys("Tab")
+    desktop.keys("space")
+    wait_for(lambda: desktop.keys("Down") or reader.has_heard("object:state-changed:focused", "menu item",
+                                                               "Ablage umbenennen\xa0…", 1), 5, "the menu in German")
+    desktop.keys("Escape")
     program.kill()
     program.start(LANGUAGE="", LC_ALL="en_US.UTF-8")
     act(program, "settings")

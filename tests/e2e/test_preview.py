@@ -1,14 +1,21 @@
 """The preview, by keyboard, in the real program."""
 import os
+import shutil
+import subprocess
+import time
 import zipfile
+from pathlib import Path
 
 import pytest
 
 from desktop import wait_for
 from peers import IMAGE_COLOUR, LINK_COLOUR, png
+from test_docking import tab, two_monitors
 from test_keyboard import activate
+from test_storage import state_of
 
 main = pytest.mark.main
+FILM = Path(__file__).resolve().parents[1] / "pictures/film.avi"
 
 
 def pdf(colour):
@@ -39,7 +46,7 @@ def make_files(desktop):
     return [desktop.write(home / "words.txt", "some words\n"),
             desktop.write(home / "picture.png", png(900, 700, IMAGE_COLOUR)),
             desktop.write(home / "paper.pdf", pdf(LINK_COLOUR)),
-            archive, home / "folder",
+            archive, home / "folder", shutil.copy(FILM, home / "film.avi"),
             desktop.write(home / "broken.png", png(900, 700, IMAGE_COLOUR)[:60]),
             desktop.write(home / "broken.pdf", b"%PDF-1.4\nnothing"),
             desktop.write(home / "broken.zip", b"PK\3\4" + bytes(40)), pipe]
@@ -54,6 +61,11 @@ def test_every_kind_by_keyboard(desktop, program):
     activate(program)
     shown = {"picture.png": IMAGE_COLOUR, "paper.pdf": LINK_COLOUR}
 
+    plays = (Path(program.binary).parent / "vantle-player").exists()
+
+    def players():
+        return subprocess.run(["pgrep", "-P", str(program.process.pid), "vantle-player"]).returncode == 0
+
     def has_keyboard(title):
         wait_for(lambda: desktop.focused_title() == title, 5, f"{title} to have the keyboard")
 
@@ -64,6 +76,8 @@ def test_every_kind_by_keyboard(desktop, program):
         if place:
             desktop.keys("Down")
         has_keyboard(file.name)
+        if plays:
+            wait_for(lambda: players() == (file.name == "film.avi"), 5, f"the player at {file.name}")
         if file.name in shown:
             window = desktop.window(file.name)
             wait_for(lambda: desktop.find_colour(shown[file.name], desktop.rect(window), smallest=20000), 10, file.name)
@@ -88,3 +102,29 @@ def test_every_kind_by_keyboard(desktop, program):
     desktop.keys("space")
     has_keyboard("Vantle")
     program.assert_alive()
+
+
+@main
+def test_beside_the_panel(desktop, program):
+    """On the screen of the panel, which stays; what is chosen there is shown here."""
+    two_monitors(desktop)
+    files = [desktop.write(desktop.home / f"{name}.txt", name) for name in "abc"]
+    program.prefer(onboarded=True, dockToEdge=True, shakeToSummon=False, cornerToSummon=False, summonPosition="cursor")
+    desktop.write(program.state_file, state_of(*files))
+    program.start()
+    desktop.move(641, 200)
+    program.summon()
+    desktop.double_click(*program.row(1))
+    window = desktop.window("b.txt")
+    rect = program.panel_rect()
+    assert desktop.rect(window).x >= rect.x + rect.width
+
+    desktop.click(*program.row(2))
+    wait_for(lambda: desktop.windows("c.txt"), 3, "the third one")
+    desktop.move(300, 650)
+    time.sleep(3)
+    assert program.panel_rect() == rect and tab(program) is None, "it docked"
+    desktop.activate(window)
+    desktop.keys("Escape")
+    wait_for(lambda: not desktop.windows("c.txt"), 3, "the preview to close")
+    wait_for(lambda: tab(program), 8, "the panel to dock")

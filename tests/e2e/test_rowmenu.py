@@ -3,15 +3,16 @@ import pytest
 
 from desktop import wait_for
 from peers import uri
-from test_keyboard import activate
+from test_keyboard import activate, shelf_number
+from test_shelves import menus, type_name, wait_for_menus
 
 main = pytest.mark.main
 
 VIEWER = """[Desktop Entry]
 Type=Application
 Name={name}
-Exec=/bin/sh {script} {name} %F
-MimeType=text/plain;
+Exec=/bin/sh {script} {name} {given}
+MimeType={types};
 Icon=accessories-text-editor
 """
 
@@ -30,84 +31,167 @@ GLib.MainLoop().run()
 
 
 def record_applications(desktop, *names):
-    """Applications that write down what they are given; the last one is the default."""
+    """Applications for text that write down what they are given, the last one by default; and a browser."""
     opened = desktop.home / "opened"
     script = desktop.write(desktop.home / "record", f'echo "$*" >> {opened}\n')
-    for name in names:
-        desktop.write(desktop.data_home / f"applications/{name}.desktop", VIEWER.format(name=name, script=script))
-    desktop.write(desktop.config_home / "mimeapps.list",
-                  f"[Default Applications]\ntext/plain={names[-1]}.desktop\n"
-                  "[Added Associations]\ntext/plain=" + "".join(f"{name}.desktop;" for name in names) + "\n")
+    entries = [(name, "text/plain", "%F") for name in names] + [("Browser", "x-scheme-handler/https", "%u")]
+    for name, types, given in entries:
+        desktop.write(desktop.data_home / f"applications/{name}.desktop",
+                      VIEWER.format(name=name, script=script, types=types, given=given))
+    desktop.write(desktop.config_home / "mimeapps.list", "[Default Applications]\n"
+                  + "".join(f"{types}={name}.desktop\n" for name, types, _ in entries[-2:])
+                  + "[Added Associations]\ntext/plain=" + "".join(f"{name}.desktop;" for name in names) + "\n")
     return lambda: opened.read_text().splitlines() if opened.exists() else []
 
 
-def choose(desktop, downs, *rest):
-    """Walks an open menu by the arrow keys."""
-    for _ in range(downs):
-        desktop.keys("Down")
-    for key in rest:
-        desktop.keys(key)
-    desktop.keys("Return")
+def record_revealing(desktop, manager=FILE_MANAGER):
+    """A file manager on the bus that writes down what it is asked to show; without one, the name is taken by nobody."""
+    asked = desktop.home / "asked"
+    answer = manager and desktop.write(desktop.home / "manager.py", manager)
+    desktop.write(desktop.data_home / "dbus-1/services/org.freedesktop.FileManager1.service",
+                  "[D-BUS Service]\nName=org.freedesktop.FileManager1\n"
+                  f"Exec={f'/usr/bin/python3 {answer} {asked}' if answer else '/bin/false'}\n")
+    return lambda: asked.read_text() if asked.exists() else ""
+
+
+# What stands in the menu, from top to bottom; None is a line.
+ONE = ("open", "open with", "preview", "reveal", "rename", None, "copy", "move", None, "remove")
+SEVERAL = tuple(entry for entry in ONE if entry != "rename")
+LINKS = tuple(entry for entry in SEVERAL if entry != "reveal")
+LINE = 0.24  # A line's height, of an entry's.
+
+
+class RowMenu:
+    """Uses entries by one device alone."""
+
+    def __init__(self, program, device):
+        self.program, self.device = program, device
+
+    def use(self, first, count, menu, entry, below=None):
+        """Of so many rows from the first one; below is the place in a submenu."""
+        getattr(self, f"_select_by_{self.device}")(first, count)
+        wait_for_menus(self.program, 1)
+        getattr(self, f"_choose_by_{self.device}")(menu, entry, below)
+        wait_for_menus(self.program, 0)
+
+    def _select_by_keyboard(self, first, count):
+        desktop = self.program.desktop
+        activate(self.program)
+        for _ in self.program.items():
+            desktop.keys("Up")
+        for _ in range(first):
+            desktop.keys("Down")
+        for _ in range(count - 1):
+            desktop.keys("Shift_L", "Down")
+        desktop.keys(*(("Menu",) if count == 1 else ("Shift_L", "F10")))
+
+    def _choose_by_keyboard(self, menu, entry, below):
+        desktop = self.program.desktop
+        for _ in range([e for e in menu if e].index(entry) + 1):
+            desktop.keys("Down")
+        if below is not None:
+            desktop.keys("Right")
+            wait_for_menus(self.program, 2)
+            for _ in range(below):
+                desktop.keys("Down")
+        desktop.keys("Return")
+
+    def _select_by_pointer(self, first, count):
+        program = self.program
+        program.wait_until_idle()
+        program.desktop.click(*program.row(first))
+        for row in range(first + 1, first + count):
+            with program.desktop.held("Control_L"):
+                program.desktop.click(*program.row(row))
+        program.desktop.click(*program.row(first), button=3)
+
+    def _choose_by_pointer(self, menu, entry, below):
+        desktop = self.program.desktop
+        heights = [LINE if e is None else 1 for e in menu]
+        rect = desktop.rect(menus(self.program)[-1])
+        height = rect.height / sum(heights)
+        place = menu.index(entry)
+        desktop.click(rect.x + 30, rect.y + (sum(heights[:place]) + 0.5) * height)
+        if below is not None:
+            wait_for_menus(self.program, 2)
+            rect = desktop.rect(menus(self.program)[-1])
+            desktop.click(rect.x + 30, rect.y + (below + 0.5) * height)
 
 
 @main
-def test_every_entry(desktop, program):
+@pytest.mark.parametrize("device", ["pointer", "keyboard"])
+def test_every_entry(desktop, program, device):
+    """Each once, on one row, several, a web link, and a file and a link together."""
     opened = record_applications(desktop, "First", "Second")
+    asked = record_revealing(desktop)
     program.start()
-    files = [desktop.write(desktop.home / f"{name}.txt", name) for name in ("one", "two", "three")]
+    one, two, three, four, five = files = [desktop.write(desktop.home / f"{n}.txt", n)
+                                           for n in ("one", "two", "three", "four", "five")]
     desktop.run(program.binary, *files)
-    program.wait_for_items(3)
+    program.wait_for_items(5)
     activate(program)
+    desktop.keys("Control_L", "t")
+    wait_for(lambda: shelf_number(program) == (2, 2), what="another shelf")
+    desktop.keys("Control_L", "1")
+    wait_for(lambda: shelf_number(program) == (1, 2), what="the first shelf")
+    use = RowMenu(program, device).use
 
-    def menu():
-        return [w for w in desktop.windows(pid=program.process.pid) if w.id != program.panel().id]
+    def wait_for_clipboard(*lines):
+        wait_for(lambda: desktop.run("xclip", "-o", "-selection", "clipboard").decode().splitlines()
+                 == [str(line) for line in lines], 3, f"{lines} on the clipboard")
 
-    def right_click(row):
-        desktop.move(*program.row(row))
-        program.wait_until_idle()
-        desktop.click(*program.row(row), button=3)
-        wait_for(menu, 3, "the menu")
+    def wait_for_shelves(*shelves):
+        wait_for(lambda: [[item["url"] for item in shelf["items"]] for shelf in program.state()["shelves"]]
+                 == [[uri(file).decode() for file in shelf] for shelf in shelves], 3, f"{shelves} on the shelves")
 
-    def menu_key(*names):
-        desktop.keys(*names)
-        wait_for(menu, 3, "the menu")
-
-    def clipboard():
-        return desktop.run("xclip", "-o", "-selection", "clipboard").decode()
-
-    # Open, Open With >, Show in File Manager, Rename, Copy Path, Move to Shelf >, Remove
-    right_click(0)
-    choose(desktop, 1)
-    wait_for(lambda: opened() == [f"Second {files[0]}"], 5, "the default application")
-    activate(program)
-    desktop.keys("Down")
-    menu_key("Menu")
-    choose(desktop, 2, "Right", "Down")
-    wait_for(lambda: opened()[1:] == [f"First {files[0]}"], 5, "the other application")
-
-    activate(program)
-    menu_key("Shift_L", "F10")
-    choose(desktop, 5)
-    wait_for(lambda: clipboard() == str(files[0]), 3, "the path")
+    use(0, 1, ONE, "open")
+    wait_for(lambda: opened() == [f"Second {one}"], 5, "the default application")
+    use(0, 1, ONE, "open with", 1)
+    wait_for(lambda: opened()[1:] == [f"First {one}"], 5, "the other application")
+    use(0, 1, ONE, "preview")
+    wait_for(lambda: desktop.focused_title() == one.name, 5, "the preview")
+    desktop.keys("Escape")
+    wait_for(lambda: not desktop.windows(one.name), 3, "the preview to go")
+    use(0, 1, ONE, "reveal")
+    wait_for(lambda: asked() and f"'{uri(one).decode()}'" in asked(), 10, "the file manager")
+    use(0, 1, ONE, "copy")
+    wait_for_clipboard(one)
     assert "text/uri-list" not in desktop.run("xclip", "-o", "-selection", "clipboard", "-t", "TARGETS").decode()
-
-    right_click(1)
-    choose(desktop, 4)
-    wait_for(menu, 3, "the prompt")
-    program.wait_until_idle()
-    desktop.keys("n")
+    use(1, 1, ONE, "rename")
+    type_name(program, "n")
     desktop.keys("Return")
     renamed = desktop.home / "n.txt"
-    wait_for(lambda: program.paths()[1] == str(renamed).encode(), 3, "the new name")
-    assert renamed.read_text() == "two" and not files[1].exists()
+    wait_for_shelves([one, renamed, three, four, five], [])
+    assert renamed.read_text() == "two" and not two.exists()
 
-    right_click(2)
-    choose(desktop, 6, "Right")
+    use(0, 2, SEVERAL, "open")
+    wait_for(lambda: sorted(opened()[2:]) == sorted([f"Second {one}", f"Second {renamed}"]), 5, "the default application for both")
+    use(0, 2, SEVERAL, "copy")
+    wait_for_clipboard(one, renamed)
+    use(0, 1, ONE, "move", 0)
+    wait_for_shelves([renamed, three, four, five], [one])
+    use(0, 2, SEVERAL, "move", 1)
+    wait_for_shelves([four, five], [one], [renamed, three])
+    use(0, 1, ONE, "move", 1)
+    wait_for_shelves([five], [one], [renamed, three, four])
+
+    link = "https://example.org/a"
+    desktop.run(program.binary, link)
     program.wait_for_items(2)
-    right_click(1)
-    choose(desktop, 7)
-    program.wait_for_items(1)
-    assert program.paths() == [str(files[0]).encode()]
+    use(1, 1, LINKS, "copy")
+    wait_for_clipboard(link)
+    use(1, 1, LINKS, "open")
+    wait_for(lambda: opened()[4:] == [f"Browser {link}"], 5, "the browser")
+    use(0, 2, SEVERAL, "copy")
+    wait_for_clipboard(five, link)
+    use(0, 2, SEVERAL, "reveal")
+    wait_for(lambda: f"'{uri(five).decode()}'" in asked(), 5, "the file manager")
+    use(1, 1, LINKS, "remove")
+    wait_for_shelves([five], [one], [renamed, three, four])
+    desktop.keys("Control_L", "z")
+    program.wait_for_items(2)
+    use(0, 2, SEVERAL, "remove")
+    program.wait_for_items(0)
 
 
 @pytest.mark.any_wm
@@ -115,23 +199,14 @@ def test_every_entry(desktop, program):
 def test_reveal(desktop, program, manager):
     """In the file manager that has the bus name, else by opening the folder."""
     desktop.write(desktop.config_home / "mimeapps.list", "[Default Applications]\ninode/directory=thunar.desktop\n")
-    asked = desktop.home / "asked"
-    answer = desktop.write(desktop.home / "manager.py", FILE_MANAGER) if manager == "on the bus" else None
-    desktop.write(desktop.data_home / "dbus-1/services/org.freedesktop.FileManager1.service",
-                  "[D-BUS Service]\nName=org.freedesktop.FileManager1\n"
-                  f"Exec={f'/usr/bin/python3 {answer} {asked}' if answer else '/bin/false'}\n")
+    asked = record_revealing(desktop, FILE_MANAGER if manager == "on the bus" else None)
     program.start()
     file = desktop.write(desktop.home / "some folder/read me.txt", "x")
     desktop.run(program.binary, file)
     program.wait_for_items(1)
     activate(program)
-    desktop.keys("Down")
-    desktop.keys("Menu")
-    program.wait_until_idle()
-    for key in ("Up",) * 5 + ("Return",):  # Remove, Move to Shelf, Copy Path, Rename, Show in File Manager
-        desktop.keys(key)
-    if answer:
-        wait_for(asked.exists, 10, "the file manager to be asked")
-        wait_for(lambda: asked.read_text().startswith(f"['{uri(file).decode()}'] vantle-"), 3, "its arguments")
+    RowMenu(program, "keyboard").use(0, 1, ONE, "reveal")
+    if manager == "on the bus":
+        wait_for(lambda: asked().startswith(f"['{uri(file).decode()}'] vantle-"), 10, "the file manager to be asked")
     else:
         desktop.window("some folder", timeout=20)

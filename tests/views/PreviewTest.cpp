@@ -1,5 +1,6 @@
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
+#include "platform/MediaPlayer.h"
 #include "platform/fake/FakeIcons.h"
 #include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/VirtualQueue.h"
@@ -8,20 +9,26 @@
 #include "views/preview/PreviewFiles.h"
 #include "views/preview/PreviewWindow.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFile>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 #include <sys/stat.h>
 
 namespace {
 
 using Kind = FakePictureDecoder::Kind;
+using Shown = PreviewWindow::Shown;
 
 PictureDecoder::Picture picture(QColor colour, const QSize &size, const QSize &whole,
                                 const QByteArray &version = "1", int count = 1)
@@ -35,6 +42,24 @@ PictureDecoder::Picture picture(QColor colour, const QSize &size, const QSize &w
     return result;
 }
 
+/// Notes what it is told.
+class FakeMediaPlayer final : public MediaPlayer
+{
+public:
+    explicit FakeMediaPlayer(QStringList &told)
+        : m_told(told)
+    {
+    }
+    ~FakeMediaPlayer() override { m_told.append(QStringLiteral("gone")); }
+    void play() override { m_told.append(QStringLiteral("play")); }
+    void pause() override { m_told.append(QStringLiteral("pause")); }
+    void seek(double seconds) override { m_told.append(QStringLiteral("seek %1").arg(seconds)); }
+    void setRoom(const QSize &) override { }
+
+private:
+    QStringList &m_told;
+};
+
 /// The window over a folder of files, a decoder that waits for its test, and virtual time.
 struct PreviewWorld
 {
@@ -42,7 +67,7 @@ struct PreviewWorld
     {
         window.bringToFront = [](QWidget &widget) { widget.show(); };
         window.onIndexChanged = [this](int index) { walked.append(index); };
-        window.onClosed = [this] { ++closed; };
+        window.onKeyboardFree = [this] { ++closed; };
     }
 
     QUrl file(const QByteArray &name, const QByteArray &bytes = "x")
@@ -59,7 +84,7 @@ struct PreviewWorld
     void open(const QList<QUrl> &urls, int start = 0)
     {
         ql = { urls, start };
-        window.open(QRect(500, 100, 200, 300));
+        window.open(QRect(700, 100, 100, 300)); // On a screen of 800 by 800.
         queue.settle();
     }
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
@@ -105,7 +130,14 @@ struct PreviewWorld
     QuickLookController ql;
     QList<int> walked;
     int closed = 0;
-    PreviewWindow window { ql, { decoder, cache, workers, queue, icons, texts } };
+    FakeMediaPlayer *player = nullptr; // The last one that was made.
+    QStringList told; // To players.
+    PreviewWindow window { ql,
+                           { decoder, cache, workers, queue, icons, texts, [this](const QUrl &) {
+                                auto made = std::make_unique<FakeMediaPlayer>(told);
+                                player = made.get();
+                                return made;
+                            } } };
 };
 
 }
@@ -137,25 +169,73 @@ TEST(PreviewTest, TheKeysWalkTheListUpToItsEnds)
     w.key(Qt::Key_Space);
     EXPECT_FALSE(w.window.isVisible());
     EXPECT_EQ(w.closed, 1);
+
+    w.open(urls);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, QStringLiteral(" "), true);
+    QApplication::sendEvent(&w.window, &held);
+    EXPECT_TRUE(w.window.isVisible()) << "by the key that opened it, still held";
+    QEvent left(QEvent::WindowDeactivate);
+    QApplication::sendEvent(&w.window, &left);
+    w.window.close();
+    EXPECT_FALSE(w.window.isUp());
+    EXPECT_EQ(w.closed, 1) << "another window has the keyboard";
 }
 
 TEST(PreviewTest, AnUpdatedListKeepsWhatIsShownUnlessAnotherIsChosen)
 {
     PreviewWorld w;
-    const QList<QUrl> urls { w.file("a.txt"), w.file("b.txt"), w.file("c.txt") };
+    const QList<QUrl> urls { w.file("a.txt"), w.file("b.txt"), w.file("c.txt"), w.file("d.txt") };
     w.open(urls, 2);
-    w.ql = { { urls[1], urls[2] }, 1 }; // The first one is gone.
-    w.window.reloadData();
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("c.txt"));
-    EXPECT_TRUE(w.says(QStringLiteral("2 / 2")));
-    w.ql.startIndex = 0;
-    w.window.reloadData();
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("b.txt"));
-    w.ql = { { urls[2] }, 0 };
-    w.window.reloadData();
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("c.txt"));
+    struct Case
+    {
+        const char *what;
+        QuickLookController list;
+        Shown shown;
+        QString title;
+        QString position;
+    };
+    const Case cases[] = {
+        { "a is gone",
+          { { urls[1], urls[2], urls[3] }, 1 },
+          Shown::StartIndex,
+          QStringLiteral("c.txt"),
+          QStringLiteral("2 / 3") },
+        { "nothing is selected",
+          { { urls[1], urls[2], urls[3] }, 0 },
+          Shown::Same,
+          QStringLiteral("c.txt"),
+          QStringLiteral("2 / 3") },
+        { "c is gone",
+          { { urls[1], urls[3] }, 0 },
+          Shown::Same,
+          QStringLiteral("d.txt"),
+          QStringLiteral("2 / 2") },
+        { "d as well", { { urls[1] }, 0 }, Shown::Same, QStringLiteral("b.txt"), {} },
+        { "all are back, b is chosen",
+          { urls, 1 },
+          Shown::StartIndex,
+          QStringLiteral("b.txt"),
+          QStringLiteral("2 / 4") },
+        { "with it another one",
+          { { urls[0], urls[1] }, 0 },
+          Shown::Same,
+          QStringLiteral("b.txt"),
+          QStringLiteral("2 / 2") },
+        { "a alone",
+          { urls, 0 },
+          Shown::StartIndex,
+          QStringLiteral("a.txt"),
+          QStringLiteral("1 / 4") },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        w.ql = c.list;
+        w.window.reloadData(c.shown);
+        EXPECT_EQ(w.window.windowTitle(), c.title);
+        EXPECT_TRUE(c.position.isEmpty() || w.says(c.position));
+    }
     w.ql = {};
-    w.window.reloadData();
+    w.window.reloadData(Shown::Same);
     EXPECT_FALSE(w.window.isVisible());
     EXPECT_FALSE(w.window.isUp());
 }
@@ -235,6 +315,20 @@ TEST(PreviewTest, OnlyPagesInViewAreRendered)
     w.queue.advance(1);
     for (const auto &request : w.decoder.requests)
         EXPECT_LT(request.number, 4);
+    // One that is on its way goes on when the view moves a little.
+    const auto rendering = [&w] {
+        return std::ranges::count_if(w.decoder.requests, [](const auto &request) {
+            return request.number == 1 && !request.isCancelled();
+        });
+    };
+    ASSERT_EQ(rendering(), 1);
+    const size_t asked = w.decoder.requests.size();
+    QWheelEvent turn({ 200, 200 }, w.window.mapToGlobal(QPointF(200, 200)), {}, { 0, -10 },
+                     Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(w.window.childAt(200, 200), &turn);
+    w.queue.advance(1);
+    EXPECT_EQ(w.decoder.requests.size(), asked);
+    EXPECT_EQ(rendering(), 1);
     w.key(Qt::Key_End);
     w.queue.advance(1);
     EXPECT_EQ(w.last(Kind::Page).number, 499);
@@ -294,6 +388,10 @@ TEST(PreviewTest, TextIsReadFromPlainFilesOnlyAndUpToABound)
         EXPECT_FALSE(text->text.endsWith(QChar(0xc3)));
         EXPECT_EQ(text->whole, c.whole);
     }
+    w.file("lines.txt", QByteArray(1 << 20, '\n'));
+    const auto lines = PreviewFiles::readText(w.path("lines.txt"));
+    EXPECT_LE(lines->text.count(u'\n'), 50'000);
+    EXPECT_FALSE(lines->whole);
     w.file("one-line.txt", megabyte);
     for (const QString &line : PreviewFiles::readText(w.path("one-line.txt"))->text.split(u'\n'))
         EXPECT_LE(line.size(), 4000);
@@ -322,7 +420,7 @@ TEST(PreviewTest, WhatCannotBeShownShowsAsACard)
         { w.file("broken.png"), Kind::Image, QStringLiteral("broken.png") },
         { w.file("broken.pdf"), Kind::Page, QStringLiteral("broken.pdf") },
         { w.file("broken.zip"), Kind::Archive, QStringLiteral("broken.zip") },
-        { w.file("film.mkv"), {}, QStringLiteral("film.mkv") },
+        { w.file("letters.ttf"), {}, QStringLiteral("letters.ttf") },
         { w.file("here.webloc",
                  "<plist version=\"1.0\"><dict><key>URL</key>"
                  "<string>https://example.org/a</string></dict></plist>"),
@@ -346,6 +444,65 @@ TEST(PreviewTest, WhatCannotBeShownShowsAsACard)
     }
 }
 
+TEST(PreviewTest, AFilmPlaysWhenItIsToldTo)
+{
+    PreviewWorld w;
+    w.open({ w.file("film.mkv"), w.file("sound.ogg"), w.file("list.m3u") });
+    EXPECT_FALSE(w.window.isVisible());
+    w.player->onOpened({ true, { 800, 600 } });
+    w.player->onPicture(picture(Qt::red, { 400, 300 }, {}).image);
+    ASSERT_TRUE(w.window.isVisible());
+    EXPECT_EQ(w.middle(), QColor(Qt::red));
+    EXPECT_GT(w.window.width(), 600);
+    w.player->onState({ false, 0, 3723 });
+    EXPECT_TRUE(w.says(QStringLiteral("0:00 / 1:02:03")));
+
+    w.key(Qt::Key_Tab);
+    w.key(Qt::Key_Tab); // Past the window's own button.
+    const auto *button = dynamic_cast<QAbstractButton *>(w.window.focusWidget());
+    ASSERT_TRUE(button && button->accessibleName() == QStringLiteral("preview_play"));
+    QTest::keyClick(w.window.focusWidget(), Qt::Key_Space);
+    EXPECT_EQ(button->accessibleName(), QStringLiteral("preview_pause"));
+    w.player->onState({ true, 60, 3723 });
+    auto *slider = w.window.findChild<QSlider *>();
+    EXPECT_EQ(slider->value(), 60'000);
+    for (int i = 0; i < 3; ++i)
+        QTest::keyClick(slider, Qt::Key_Right);
+    w.player->onState({ true, 60.2, 3723 });
+    EXPECT_EQ(slider->value(), 75'000) << "moved back under the user's hand";
+    w.queue.advance(1);
+    w.player->onState({ false, 3723, 3723 });
+    EXPECT_EQ(button->accessibleName(), QStringLiteral("preview_play"));
+    EXPECT_EQ(w.told, (QStringList { QStringLiteral("play"), QStringLiteral("seek 75") }));
+
+    // From the button the arrows walk; what it played is over then, and the focus not elsewhere.
+    QTest::keyClick(w.window.focusWidget(), Qt::Key_Down);
+    w.player->onOpened({});
+    w.queue.settle();
+    EXPECT_EQ(w.window.focusWidget(), &w.window);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(w.told.last(), QStringLiteral("gone"));
+    const auto fail = w.player->onFailed;
+    fail();
+    w.queue.settle();
+    EXPECT_FALSE(w.window.findChild<QSlider *>()->isVisible());
+    w.player = nullptr;
+    w.key(Qt::Key_Down); // Names places that nobody is to go to by looking at it.
+    EXPECT_EQ(w.player, nullptr);
+}
+
+/// A word may be as long as a file's name: the window must not grow with it.
+TEST(PreviewTest, ALongNameIsBrokenInTheCard)
+{
+    PreviewWorld w;
+    w.open({ w.file(QByteArray(250, 'w'), QByteArray(3000, '\0')) });
+    ASSERT_TRUE(w.window.isVisible());
+    EXPECT_LT(w.window.width(), 800);
+    EXPECT_TRUE(std::ranges::any_of(w.window.findChildren<QLabel *>(), [](const QLabel *label) {
+        return label->isVisible() && label->text().startsWith(QStringLiteral("3.0 kB"));
+    }));
+}
+
 TEST(PreviewTest, TheHeaderStaysAtTheTopWhileTheContentIsAwaited)
 {
     PreviewWorld w;
@@ -353,6 +510,6 @@ TEST(PreviewTest, TheHeaderStaysAtTheTopWhileTheContentIsAwaited)
     EXPECT_FALSE(w.window.isVisible());
     w.queue.advance(0.1);
     ASSERT_TRUE(w.window.isVisible());
-    const auto *name = w.window.findChild<QLabel *>();
-    EXPECT_LT(name->geometry().bottom(), 60);
+    for (const auto *label : w.window.findChildren<QLabel *>())
+        EXPECT_LT(label->geometry().bottom(), 60);
 }

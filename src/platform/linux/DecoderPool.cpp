@@ -2,10 +2,7 @@
 
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
-#include "platform/linux/DecoderProcess.h"
-
-#include <QCoreApplication>
-#include <QFileInfo>
+#include "platform/linux/HelperProcess.h"
 
 #include <algorithm>
 #include <thread>
@@ -98,7 +95,8 @@ QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
     QList<QImage> images;
     const auto view
         = [&](qint64 index, QImageCleanupFunction cleanup = nullptr, void *info = nullptr) {
-              return QImage(at + index * each, result.width, result.height, result.width * 4,
+              return QImage(at + index * each, result.width, result.height,
+                            static_cast<qsizetype>(result.width) * 4,
                             QImage::Format_ARGB32_Premultiplied, cleanup, info);
           };
     auto mapping = std::make_unique<Mapping>(
@@ -149,7 +147,7 @@ struct DecoderPool::Work
 
 struct DecoderPool::Worker
 {
-    std::unique_ptr<DecoderProcess> process;
+    std::unique_ptr<HelperProcess> process;
     WorkPointer work; // Null while it is free.
     Ticket limit; // Runs while it works.
 };
@@ -169,15 +167,7 @@ DecoderPool::~DecoderPool()
 
 QString DecoderPool::installedProgram()
 {
-    const QString folder = QCoreApplication::applicationDirPath();
-    const QString name = QStringLiteral("/vantle-decoder");
-    for (const QString &place :
-         { folder + name, folder + QStringLiteral("/../libexec/vantle") + name,
-           QStringLiteral(VANTLE_LIBEXEC_DIR) + name }) {
-        if (QFileInfo(place).isExecutable())
-            return place;
-    }
-    return folder + name;
+    return HelperProcess::installedProgram(QStringLiteral("vantle-decoder"));
 }
 
 Ticket DecoderPool::version(const QUrl &url, Answer<QByteArray> answer)
@@ -293,7 +283,7 @@ void DecoderPool::open(const WorkPointer &work)
 {
     ++m_opening[work->remote ? 1 : 0];
     m_lanes.run(work->path,
-                [this, work, &queue = m_queue, alive = std::weak_ptr(m_alive)]() mutable {
+                [this, work = work, &queue = m_queue, alive = std::weak_ptr(m_alive)]() mutable {
                     if (alive.expired())
                         return;
                     const Opened result = work->isCancelled() ? Opened() : openFile(work->path);
@@ -347,12 +337,18 @@ DecoderPool::WorkerPointer DecoderPool::freeWorker()
     }
     if (m_workers.size() >= processes())
         return nullptr;
-    const auto worker = std::make_shared<Worker>();
-    worker->process = std::make_unique<DecoderProcess>(m_program);
-    worker->process->onResult
-        = [this, &to = *worker](const Result &result, int memory) { finished(to, result, memory); };
-    worker->process->onEnd = [this, weak = std::weak_ptr(worker)](DecoderProcess::End how) {
-        m_missing = m_missing || how == DecoderProcess::End::Missing;
+    auto worker = std::make_shared<Worker>();
+    worker->process = std::make_unique<HelperProcess>(m_program);
+    worker->process->onMessage = [this, &to = *worker](const QByteArray &message, int memory) {
+        const auto result = DecoderProtocol::decodeResult(message);
+        if (result)
+            finished(to, *result, memory);
+        else if (memory >= 0)
+            ::close(memory);
+        return result.has_value();
+    };
+    worker->process->onEnd = [this, weak = std::weak_ptr(worker)](HelperProcess::End how) {
+        m_missing = m_missing || how == HelperProcess::End::Missing;
         loseSoon(weak, nullptr);
     };
     m_workers.push_back(worker);
@@ -364,7 +360,7 @@ void DecoderPool::begin(const WorkerPointer &worker, const WorkPointer &work)
     worker->work = work;
     worker->limit = m_queue.after(
         timeForAJob, [this, weak = std::weak_ptr(worker), work] { loseSoon(weak, work); });
-    const bool given = worker->process->give(work->job, work->file);
+    const bool given = worker->process->give(DecoderProtocol::encode(work->job), work->file);
     work->closeFile();
     if (!given)
         loseSoon(worker, nullptr);

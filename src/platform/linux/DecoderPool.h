@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-class DecoderProcess;
+class HelperProcess;
 class MainQueue;
 
 /// Decodes in as many processes as there are cores. They start with the first

@@ -22,10 +22,8 @@ public:
 
     Observable<DesktopLook> look;
 
-private Q_SLOTS:
-    void settingChanged(const QDBusMessage &signal);
-
 private:
+    Q_SLOT void settingChanged(const QDBusMessage &signal);
     void start();
     void watchPortal();
     void askPortal();

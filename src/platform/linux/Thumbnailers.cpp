@@ -10,9 +10,9 @@
 
 #include <glib.h>
 
+#include <csignal>
 #include <utility>
 
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>

@@ -13,16 +13,34 @@
 #include <QLocale>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace {
 
 constexpr int iconSize = 96; // Points.
+constexpr qsizetype longestWord = 24; // Characters.
+constexpr QChar breakPlace(0x200b);
+
+/// May be broken within words that would be wider than the window.
+QString breakable(const QString &text)
+{
+    QString result;
+    qsizetype word = 0;
+    for (const QChar c : text) {
+        word = c.isSpace() ? 0 : word + 1;
+        if (word > longestWord && !c.isLowSurrogate() && !c.isMark())
+            result += breakPlace;
+        result += c;
+    }
+    return result;
+}
 
 }
 
-CardPage::CardPage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+CardPage::CardPage(QUrl url, PreviewServices services, QWidget *parent)
     : PreviewPage(parent)
-    , m_url(url)
-    , m_services(services)
+    , m_url(std::move(url))
+    , m_services(std::move(services))
     , m_icon(new QLabel(this))
 {
     auto *column = new QVBoxLayout(this);
@@ -73,17 +91,19 @@ void CardPage::show(const Facts &facts)
     const QIcon icon
         = facts.address ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
     m_icon->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
-    m_name->setText(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url))));
+    m_name->setText(
+        breakable(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)))));
     if (facts.address) {
-        m_kind->setText(facts.address->toDisplayString());
+        m_kind->setText(breakable(facts.address->toDisplayString()));
         m_facts->hide();
     } else if (facts.status) {
         m_kind->setText(PreviewFiles::typeName(m_url));
+        m_kind->setVisible(!m_kind->text().isEmpty());
         const QString date = locale.toString(facts.status->modified, QLocale::ShortFormat);
         m_facts->setText(facts.status->folder
                              ? date
                              : QStringLiteral("%1 · %2").arg(
-                                 locale.formattedDataSize(facts.status->size), date));
+                                 PreviewFiles::sizeText(facts.status->size, locale), date));
     } else {
         m_kind->setText(m_services.texts.text(QStringLiteral("preview_gone")));
         m_facts->hide();
@@ -95,6 +115,6 @@ void CardPage::copy()
 {
     for (const QLabel *line : { m_name, m_kind, m_facts }) {
         if (line->hasSelectedText())
-            QGuiApplication::clipboard()->setText(line->selectedText());
+            QGuiApplication::clipboard()->setText(line->selectedText().remove(breakPlace));
     }
 }

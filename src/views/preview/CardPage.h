@@ -12,7 +12,7 @@ class QLabel;
 class CardPage final : public PreviewPage
 {
 public:
-    CardPage(const QUrl &url, const PreviewServices &services, QWidget *parent);
+    CardPage(QUrl url, PreviewServices services, QWidget *parent);
 
     void load() override;
     void copy() override;

@@ -1,6 +1,8 @@
 #include "views/preview/DocumentPage.h"
 
+#include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 
 #include <QLocale>
@@ -10,35 +12,40 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
 constexpr int gap = 12; // Points between pages and around them.
 constexpr int firstPixels = 1024;
-constexpr int mostPixels = 5000; // Along the longer side of a page.
-constexpr qsizetype mostBytes = 96 << 20; // Of rendered pages.
+constexpr int mostPixels = 3500; // Along the longer side of a page.
+constexpr qsizetype mostBytes = 96 << 20; // Of rendered pages: two of the largest fit in.
 constexpr double largestZoom = 4;
 constexpr double zoomStep = 1.25;
-constexpr double renderPause = 0.05; // Seconds: pages that only fly by are not rendered.
+constexpr double renderPause = 0.05; // Seconds.
 
 }
 
-DocumentPage::DocumentPage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+DocumentPage::DocumentPage(QUrl url, PreviewServices services, QWidget *parent)
     : PreviewPage(parent)
-    , m_url(url)
-    , m_services(services)
+    , m_url(std::move(url))
+    , m_services(std::move(services))
     , m_bar(new QScrollBar(Qt::Vertical, this))
+    , m_across(new QScrollBar(Qt::Horizontal, this))
     , m_pages(mostBytes)
 {
-    connect(m_bar, &QScrollBar::valueChanged, this, [this] {
-        update();
-        m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
-    });
+    setAccessibleRole(*this, QAccessible::Document);
+    setAccessibleName(m_url.fileName());
+    for (QScrollBar *bar : { m_bar, m_across }) {
+        bar->setFocusPolicy(Qt::NoFocus);
+        bar->hide();
+        connect(bar, &QScrollBar::valueChanged, this, [this] { renderSoon(); });
+    }
 }
 
 void DocumentPage::load()
 {
-    m_work[0]
+    m_first
         = m_services.decoder.page(m_url, 0, firstPixels, PictureDecoder::Urgency::Preview,
                                   [this](const std::optional<PictureDecoder::Picture> &picture) {
                                       if (!picture || picture->whole.isEmpty())
@@ -82,8 +89,9 @@ QRectF DocumentPage::pageRect(int page) const
     const QSizeF size = cell();
     const double room = width() - m_bar->sizeHint().width();
     const double left = isRightToLeft() ? m_bar->sizeHint().width() : 0;
-    return { left + (room - size.width()) / 2, gap + page * (size.height() + gap) - m_bar->value(),
-             size.width(), size.height() };
+    const double middle = m_across->value() - m_across->maximum() / 2.0;
+    return { left + (room - size.width()) / 2 - middle,
+             gap + page * (size.height() + gap) - m_bar->value(), size.width(), size.height() };
 }
 
 void DocumentPage::layOut()
@@ -100,6 +108,19 @@ void DocumentPage::layOut()
     m_bar->setSingleStep(40);
     m_bar->setValue(static_cast<int>(place * m_bar->maximum()));
     m_bar->setVisible(m_bar->maximum() > 0);
+
+    const int room = width() - bar;
+    const int high = m_across->sizeHint().height();
+    m_across->setGeometry(isRightToLeft() ? bar : 0, height() - high, room, high);
+    const int before = m_across->maximum();
+    const auto beyond = std::max(0, static_cast<int>(cell().width()) + 2 * gap - room);
+    const int value = m_across->value();
+    m_across->setLayoutDirection(Qt::LeftToRight); // A page has its left side on the left.
+    m_across->setRange(0, beyond);
+    m_across->setPageStep(room);
+    m_across->setSingleStep(40);
+    m_across->setValue(before > 0 ? qRound(1.0 * value * beyond / before) : beyond / 2);
+    m_across->setVisible(beyond > 0);
 }
 
 std::pair<int, int> DocumentPage::visiblePages() const
@@ -108,6 +129,14 @@ std::pair<int, int> DocumentPage::visiblePages() const
     const int first = static_cast<int>((m_bar->value() - gap) / pitch);
     const int last = static_cast<int>((m_bar->value() + height()) / pitch);
     return { std::clamp(first, 0, m_count), std::min(m_count, last + 1) };
+}
+
+/// Pages that only fly by are not rendered.
+void DocumentPage::renderSoon()
+{
+    update();
+    if (m_count > 0)
+        m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
 }
 
 /// What left the view before its turn is not rendered any more.
@@ -123,14 +152,16 @@ void DocumentPage::renderVisible()
         static_cast<int>(std::ceil(std::max(size.width(), size.height()) * devicePixelRatio())));
     for (int page = first; page < end; ++page) {
         const QImage *known = m_pages.object(page);
-        if (known && std::max(known->width(), known->height()) >= wanted)
-            continue;
-        m_work[page] = m_services.decoder.page(
-            m_url, page, wanted, PictureDecoder::Urgency::Preview,
-            [this, page](const std::optional<PictureDecoder::Picture> &picture) {
-                if (picture)
-                    take(page, *picture);
-            });
+        if ((known && std::max(known->width(), known->height()) >= wanted)
+            || m_work.value(page).pixels == wanted)
+            continue; // It is there, on its way, or could not be rendered.
+        m_work[page] = { wanted,
+                         m_services.decoder.page(
+                             m_url, page, wanted, PictureDecoder::Urgency::Preview,
+                             [this, page](const std::optional<PictureDecoder::Picture> &picture) {
+                                 if (picture)
+                                     take(page, *picture);
+                             }) };
     }
 }
 
@@ -155,12 +186,13 @@ void DocumentPage::paintEvent(QPaintEvent *)
     }
     if (m_count < 2)
         return;
+    const QLocale locale(m_services.texts.currentCode());
     // Which of them is in the middle of the view.
     const int middle
         = std::clamp(static_cast<int>((m_bar->value() + height() / 2.0) / (cell().height() + gap)),
                      0, m_count - 1);
-    const QString text = QStringLiteral("%1 / %2").arg(QLocale().toString(middle + 1),
-                                                       QLocale().toString(m_count));
+    const QString text
+        = QStringLiteral("%1 / %2").arg(locale.toString(middle + 1), locale.toString(m_count));
     painter.setFont(Look::font(font(), 11));
     QRectF label = painter.fontMetrics().boundingRect(text).adjusted(-8, -4, 8, 4);
     label.moveCenter(QPointF(width() / 2.0, height() - label.height()));
@@ -175,17 +207,20 @@ void DocumentPage::paintEvent(QPaintEvent *)
 void DocumentPage::resizeEvent(QResizeEvent *)
 {
     layOut();
-    if (m_count > 0)
-        m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
+    renderSoon();
 }
 
 void DocumentPage::wheelEvent(QWheelEvent *event)
 {
-    if ((event->modifiers() & Qt::ControlModifier) != 0)
-        return zoom(event->angleDelta().y() > 0 ? Zoom::In : Zoom::Out);
-    const int pixels = event->pixelDelta().isNull() ? event->angleDelta().y() * 120 / 120
-                                                    : event->pixelDelta().y();
-    m_bar->setValue(m_bar->value() - pixels);
+    const QPoint turn = event->angleDelta(); // Of 120 a notch, which is as many points here.
+    if ((event->modifiers() & Qt::ControlModifier) != 0) {
+        if (turn.y() != 0)
+            zoom(turn.y() > 0 ? Zoom::In : Zoom::Out);
+        return;
+    }
+    const QPoint points = event->pixelDelta().isNull() ? turn : event->pixelDelta();
+    m_bar->setValue(m_bar->value() - points.y());
+    m_across->setValue(m_across->value() - points.x());
 }
 
 void DocumentPage::scroll(Step step)
@@ -201,6 +236,5 @@ void DocumentPage::zoom(Zoom zoom)
         m_zoom
             = std::clamp(m_zoom * (zoom == Zoom::In ? zoomStep : 1 / zoomStep), 0.25, largestZoom);
     layOut();
-    update();
-    m_pause = m_services.queue.after(renderPause, [this] { renderVisible(); });
+    renderSoon();
 }

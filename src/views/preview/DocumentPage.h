@@ -14,7 +14,7 @@ class QScrollBar;
 class DocumentPage final : public PreviewPage
 {
 public:
-    DocumentPage(const QUrl &url, const PreviewServices &services, QWidget *parent);
+    DocumentPage(QUrl url, PreviewServices services, QWidget *parent);
 
     void load() override;
     std::optional<QSize> contentSize() const override;
@@ -32,15 +32,23 @@ private:
     QSizeF cell() const; // A page as it is shown, points.
     QRectF pageRect(int page) const; // In this widget.
     std::pair<int, int> visiblePages() const; // First and one past the last.
+    void renderSoon();
     void renderVisible();
 
     const QUrl m_url;
     PreviewServices m_services;
     QScrollBar *m_bar;
+    QScrollBar *m_across; // Where the pages are wider than the view.
     int m_count = 0;
     QSizeF m_size; // Of the first page, points; the others are fitted into its place.
     double m_zoom = 1; // Of the width that there is.
     QCache<int, QImage> m_pages; // In bytes.
-    QHash<int, Ticket> m_work;
+    struct Work
+    {
+        int pixels = 0;
+        Ticket ticket;
+    };
+    QHash<int, Work> m_work; // By page.
+    Ticket m_first;
     Ticket m_pause;
 };

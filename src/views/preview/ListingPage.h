@@ -13,7 +13,7 @@ class QTreeWidget;
 class ListingPage final : public PreviewPage
 {
 public:
-    ListingPage(const QUrl &url, PreviewFiles::Kind kind, const PreviewServices &services,
+    ListingPage(const QUrl &url, PreviewFiles::Kind kind, PreviewServices services,
                 QWidget *parent);
 
     void load() override;

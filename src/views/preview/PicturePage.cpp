@@ -1,6 +1,7 @@
 #include "views/preview/PicturePage.h"
 
 #include "base/MainQueue.h"
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 #include "views/preview/PreviewCache.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -41,11 +43,13 @@ void paintChecker(QPainter &painter, const QRectF &area, const QPalette &palette
 
 }
 
-PicturePage::PicturePage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+PicturePage::PicturePage(QUrl url, PreviewServices services, QWidget *parent)
     : PreviewPage(parent)
-    , m_url(url)
-    , m_services(services)
+    , m_url(std::move(url))
+    , m_services(std::move(services))
 {
+    setAccessibleRole(*this, QAccessible::Graphic);
+    setAccessibleName(m_url.fileName());
     setCursor(Qt::ArrowCursor);
 }
 
@@ -88,6 +92,7 @@ void PicturePage::take(const PictureDecoder::Picture &picture)
     m_isAnimated = picture.count > 1
         && (name.endsWith(QLatin1String(".gif")) || name.endsWith(QLatin1String(".webp")));
     m_frameCount = picture.count;
+    keepInside();
     update();
     if (!std::exchange(m_isReady, true))
         onReady();
@@ -210,6 +215,8 @@ void PicturePage::setMotion(Motion motion)
     m_motion = motion;
     if (motion == Motion::Reduced)
         m_clock.reset();
+    else if (m_isAnimated && !m_clock)
+        m_frames.isEmpty() ? askForFrames() : showFrame();
 }
 
 void PicturePage::zoomTo(double scale, const QPointF &around)

@@ -9,7 +9,7 @@
 class PicturePage final : public PreviewPage
 {
 public:
-    PicturePage(const QUrl &url, const PreviewServices &services, QWidget *parent);
+    PicturePage(QUrl url, PreviewServices services, QWidget *parent);
 
     void load() override;
     std::optional<QSize> contentSize() const override;

@@ -21,6 +21,7 @@ namespace {
 constexpr qsizetype mostText = 1 << 20; // Bytes.
 constexpr qsizetype mostEntries = 5000;
 constexpr qsizetype longestLine = 4000; // Characters: laying out longer ones takes seconds.
+constexpr qsizetype mostLines = 50'000; // Each costs memory and time of its own.
 
 QMimeType typeOf(const QUrl &url)
 {
@@ -111,20 +112,26 @@ QString decoded(const QByteArray &bytes, bool whole)
     return utf8.hasError() ? QString::fromLatin1(bytes) : text;
 }
 
-QString withShorterLines(const QString &text)
+/// With lines that can be laid out, and no more of them than can be shown.
+PreviewFiles::Text bounded(const QString &text, bool whole)
 {
     QString result;
     result.reserve(text.size());
     qsizetype column = 0;
+    qsizetype lines = 1;
     for (const QChar c : text) {
-        column = c == u'\n' ? 0 : column + 1;
+        const bool isEnd = c == u'\n' || c == QChar::ParagraphSeparator;
+        lines += isEnd ? 1 : 0;
+        if (lines > mostLines)
+            return { result, false };
+        column = isEnd ? 0 : column + 1;
         if (column > longestLine && !c.isLowSurrogate()) {
             result += u'\n';
             column = 1;
         }
         result += c.isNull() ? QChar(QChar::ReplacementCharacter) : c;
     }
-    return result;
+    return { result, whole };
 }
 
 struct CloseFolder
@@ -156,12 +163,21 @@ PreviewFiles::Kind PreviewFiles::kindOf(const QUrl &url)
     // Without an extension that somebody knows, its first bytes tell.
     if (type.inherits(QStringLiteral("text/plain")) || type.isDefault())
         return Kind::Text;
+    if (name.startsWith(QLatin1String("audio/")) || name.startsWith(QLatin1String("video/"))
+        || name == QLatin1String("application/ogg") || name == QLatin1String("application/mxf"))
+        return Kind::Media;
     return Kind::Other;
 }
 
 QString PreviewFiles::typeName(const QUrl &url)
 {
-    return typeOf(url).comment();
+    const QMimeType type = typeOf(url);
+    return type.isDefault() ? QString() : type.comment();
+}
+
+QString PreviewFiles::sizeText(qint64 bytes, const QLocale &locale)
+{
+    return locale.formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
 
 bool PreviewFiles::isCode(const QUrl &url)
@@ -182,7 +198,7 @@ std::optional<PreviewFiles::Text> PreviewFiles::readText(const QByteArray &path)
     const bool isMarked = QStringConverter::encodingForData(bytes).has_value();
     if (!isMarked && bytes.left(8192).contains('\0'))
         return std::nullopt;
-    return Text { withShorterLines(decoded(bytes.left(mostText), whole)), whole };
+    return bounded(decoded(bytes.left(mostText), whole), whole);
 }
 
 std::optional<PreviewFiles::Listing> PreviewFiles::list(const QByteArray &path)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
+#include <QLocale>
 #include <QString>
 #include <QUrl>
 
@@ -10,14 +11,16 @@
 
 /// What the preview reads of files by itself: plain text, the names in folders, and
 /// what a file's status tells. All of it may wait for a disk: worker threads only,
-/// but for kindOf() and typeName().
+/// but for what asks the name alone.
 namespace PreviewFiles {
 
-enum class Kind { Image, Document, Text, Folder, Archive, WebLocation, Other };
+enum class Kind { Image, Document, Text, Media, Folder, Archive, WebLocation, Other };
 /// By the name alone.
 Kind kindOf(const QUrl &url);
-/// Of the type, as its user reads it.
+/// Of the type, as its user reads it; empty where nobody knows it.
 QString typeName(const QUrl &url);
+/// In thousands of bytes, as file managers tell it.
+QString sizeText(qint64 bytes, const QLocale &locale);
 /// Whether such text is code, which stands in columns.
 bool isCode(const QUrl &url);
 
@@ -26,7 +29,7 @@ struct Text
     QString text;
     bool whole = true;
 };
-/// The first megabyte. None where it is no plain file, or holds no text.
+/// The first megabyte, of at most 50,000 lines. None where it is no plain file, or holds no text.
 std::optional<Text> readText(const QByteArray &path);
 
 struct Entry

@@ -7,11 +7,13 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class Icons;
 class Localizer;
 class MainQueue;
+class MediaPlayer;
 class PictureDecoder;
 class PreviewCache;
 class QAbstractSlider;
@@ -26,10 +28,12 @@ struct PreviewServices
     MainQueue &queue;
     Icons &icons;
     const Localizer &texts;
+    /// Makes a player of that file; none where nothing can be played at all.
+    std::function<std::unique_ptr<MediaPlayer>(const QUrl &)> play {};
 };
 
-/// What the preview shows of one file. It handles no keys and takes no focus: the
-/// window tells it what a key means. Main thread.
+/// What the preview shows of one file. It handles no keys and has no focus by itself:
+/// the window tells it what a key means. Main thread.
 class PreviewPage : public QWidget
 {
 public:
@@ -53,6 +57,8 @@ public:
     /// Puts what is selected on the clipboard.
     virtual void copy() { }
     virtual void setMotion(Motion) { }
+    /// In the language of the moment.
+    virtual void refreshTexts() { }
 
 protected:
     static void scrollBy(QAbstractSlider &bar, Step step);

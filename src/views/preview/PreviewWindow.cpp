@@ -3,15 +3,20 @@
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
+#include "platform/Icons.h"
+#include "platform/MediaPlayer.h"
 #include "store/QuickLookController.h"
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 #include "views/preview/CardPage.h"
 #include "views/preview/DocumentPage.h"
 #include "views/preview/ListingPage.h"
+#include "views/preview/MediaPage.h"
 #include "views/preview/PicturePage.h"
 #include "views/preview/PreviewCache.h"
 #include "views/preview/TextPage.h"
 
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -33,6 +38,7 @@ constexpr QSize usualSize(720, 560);
 constexpr QSize smallestSize(360, 280);
 constexpr double mostOfScreen = 0.8;
 constexpr int panelGap = 16; // Points between window and panel.
+constexpr int iconSize = 16; // Points.
 
 /// One line that gives way in the middle.
 class NameLabel final : public QLabel
@@ -51,6 +57,38 @@ protected:
     }
 };
 
+class OpenButton final : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->key() >= Qt::Key_Left && event->key() <= Qt::Key_Down)
+            event->ignore(); // They walk.
+        else
+            QPushButton::keyPressEvent(event);
+    }
+};
+
+/// Between the header and what it heads.
+class Hairline final : public QWidget
+{
+public:
+    explicit Hairline(QWidget *parent)
+        : QWidget(parent)
+    {
+        setFixedHeight(1);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter(this).fillRect(rect(), Look::shade(palette(), 0.12));
+    }
+};
+
 PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget *parent)
 {
     using Kind = PreviewFiles::Kind;
@@ -65,6 +103,10 @@ PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget 
     case Kind::Folder:
     case Kind::Archive:
         return new ListingPage(url, kind, services, parent);
+    case Kind::Media:
+        if (services.play)
+            return new MediaPage(url, services, parent);
+        break;
     case Kind::WebLocation:
     case Kind::Other:
         break;
@@ -74,13 +116,14 @@ PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget 
 
 }
 
-PreviewWindow::PreviewWindow(const QuickLookController &ql, const PreviewServices &services)
+PreviewWindow::PreviewWindow(const QuickLookController &ql, PreviewServices services)
     : QWidget(nullptr, Qt::Window | Qt::WindowStaysOnTopHint)
     , m_ql(ql)
-    , m_services(services)
+    , m_services(std::move(services))
+    , m_icon(new QLabel(this))
     , m_name(new NameLabel(this))
     , m_position(new QLabel(this))
-    , m_open(new QPushButton(this))
+    , m_open(new OpenButton(this))
     , m_column(new QVBoxLayout(this))
 {
     setMinimumSize(smallestSize);
@@ -88,25 +131,29 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, const PreviewService
     m_name->setTextFormat(Qt::PlainText);
     m_open->setFocusPolicy(Qt::TabFocus);
     connect(m_open, &QPushButton::clicked, this, [this] {
+        const QUrl url = m_url;
+        dismiss(); // It would lie over what opens.
         if (onOpen)
-            onOpen(m_url);
+            onOpen(url);
     });
     auto *header = new QHBoxLayout;
     header->setContentsMargins(12, 8, 12, 8);
-    header->setSpacing(12);
+    header->setSpacing(8);
+    header->addWidget(m_icon);
     header->addWidget(m_name, 1);
     header->addWidget(m_position);
     header->addWidget(m_open);
     m_column->setContentsMargins(0, 0, 0, 0);
     m_column->setSpacing(0);
     m_column->addLayout(header);
+    m_column->addWidget(new Hairline(this));
     m_column->addStretch(); // Gives way to a page; without one the header stays at the top.
     refreshTexts();
 }
 
 PreviewWindow::~PreviewWindow()
 {
-    onClosed = nullptr;
+    onKeyboardFree = nullptr;
 }
 
 int PreviewWindow::numberOfPreviewItems() const
@@ -125,14 +172,16 @@ void PreviewWindow::open(const QRect &panel)
 {
     m_panel = panel;
     m_isUp = true;
+    m_hasKeyboard = true;
     m_url = QUrl();
-    m_first = previewItemAt(m_ql.startIndex);
     m_patience = m_services.queue.after(patience, [this] { appear(); });
     const bool inRange = m_ql.startIndex >= 0 && m_ql.startIndex < numberOfPreviewItems();
     showItem(inRange ? m_ql.startIndex : 0);
+    if (isVisible() && bringToFront)
+        bringToFront(*this); // It may lie behind others.
 }
 
-void PreviewWindow::reloadData()
+void PreviewWindow::reloadData(Shown shown)
 {
     if (!m_isUp)
         return;
@@ -140,11 +189,10 @@ void PreviewWindow::reloadData()
         dismiss();
         return;
     }
-    // Where the list still holds what is shown, only a new choice changes that.
-    const QUrl first = previewItemAt(m_ql.startIndex);
-    const bool chosen = std::exchange(m_first, first) != first;
+    if (shown == Shown::StartIndex)
+        return showItem(m_ql.startIndex);
     const auto kept = static_cast<int>(m_ql.urls.indexOf(m_url));
-    showItem(chosen || kept < 0 ? m_ql.startIndex : kept);
+    showItem(kept >= 0 ? kept : std::min(m_index, numberOfPreviewItems() - 1));
 }
 
 void PreviewWindow::walk(int step)
@@ -197,6 +245,8 @@ void PreviewWindow::letGo(PreviewPage *page)
 {
     if (!page)
         return;
+    if (focusWidget() && page->isAncestorOf(focusWidget()))
+        setFocus(); // Else it would go to the button, and with it the space bar.
     page->hide();
     page->deleteLater();
 }
@@ -222,28 +272,32 @@ void PreviewWindow::appear()
     setFocus();
 }
 
-/// Beside the panel where there is room for it, in the middle of that side; else in
-/// the middle of the screen.
+/// Beside the panel where there is room for it, in the middle of that side, so that both are
+/// seen; else in the middle of the screen.
 void PreviewWindow::place()
 {
     const QScreen *screen = QGuiApplication::screenAt(m_panel.center());
     const QRect work = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
-    QSize size = usualSize;
-    const int chrome = m_column->itemAt(0)->sizeHint().height();
-    const auto content = m_page ? m_page->contentSize() : std::nullopt;
-    const QSize most = work.size() * mostOfScreen - QSize(0, chrome);
-    if (content)
-        size = content->width() > most.width() || content->height() > most.height()
-            ? content->scaled(most, Qt::KeepAspectRatio)
-            : *content;
-    size = (size + QSize(0, chrome)).expandedTo(minimumSizeHint()).expandedTo(smallestSize);
     QRect left = work;
     QRect right = work;
     left.setRight(std::min(work.right(), m_panel.left() - panelGap));
     right.setLeft(std::max(work.left(), m_panel.right() + panelGap));
-    const QRect room = left.width() >= right.width() ? left : right;
-    QRect frame({}, size);
-    frame.moveCenter(room.width() >= size.width() ? room.center() : work.center());
+    const QRect side = left.width() >= right.width() ? left : right;
+    const QRect room
+        = side.width() >= minimumSizeHint().expandedTo(smallestSize).width() ? side : work;
+
+    const int chrome
+        = m_column->itemAt(0)->sizeHint().height() + m_column->itemAt(1)->sizeHint().height();
+    const QSize most = (work.size() * mostOfScreen).boundedTo(room.size()) - QSize(0, chrome);
+    QSize size = usualSize.boundedTo(most);
+    const auto content = m_page ? m_page->contentSize() : std::nullopt;
+    if (content)
+        size = content->width() > most.width() || content->height() > most.height()
+            ? content->scaled(most, Qt::KeepAspectRatio)
+            : *content;
+    QRect frame({},
+                (size + QSize(0, chrome)).expandedTo(minimumSizeHint()).expandedTo(smallestSize));
+    frame.moveCenter(room.center());
     setGeometry(frame);
 }
 
@@ -261,9 +315,14 @@ void PreviewWindow::prepareNeighbours()
 void PreviewWindow::refreshHeader()
 {
     const QString name = FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)));
-    setWindowTitle(name);
+    setTitle(*this, name);
     m_name->setText(name);
     m_name->setToolTip(name);
+    const bool isAddress = PreviewFiles::kindOf(m_url) == PreviewFiles::Kind::WebLocation;
+    const QIcon icon
+        = isAddress ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
+    const int points = qRound(iconSize * Look::textScale);
+    m_icon->setPixmap(icon.pixmap(QSize(points, points), devicePixelRatio()));
     const QLocale locale(m_services.texts.currentCode());
     const int count = numberOfPreviewItems();
     m_position->setText(
@@ -277,6 +336,8 @@ void PreviewWindow::refreshTexts()
     m_name->setFont(Look::font(font(), 13, QFont::DemiBold));
     m_position->setFont(Look::font(font(), 11));
     refreshHeader();
+    if (m_page)
+        m_page->refreshTexts();
 }
 
 void PreviewWindow::setMotion(Motion motion)
@@ -290,12 +351,18 @@ bool PreviewWindow::event(QEvent *event)
 {
     if (event->type() == QEvent::FontChange)
         refreshTexts();
+    else if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
+        m_hasKeyboard = event->type() == QEvent::WindowActivate;
     return QWidget::event(event);
 }
 
 void PreviewWindow::keyPressEvent(QKeyEvent *event)
 {
     using Step = PreviewPage::Step;
+    const bool isOnce = event->key() == Qt::Key_Space || event->key() == Qt::Key_Return
+        || event->key() == Qt::Key_Enter;
+    if (isOnce && event->isAutoRepeat())
+        return;
     const bool control = (event->modifiers() & Qt::ControlModifier) != 0;
     const int forward = isRightToLeft() ? -1 : 1;
     const auto scroll = [this](Step step) {
@@ -352,10 +419,19 @@ void PreviewWindow::keyPressEvent(QKeyEvent *event)
 
 void PreviewWindow::dismiss()
 {
+    const bool hadKeyboard = m_hasKeyboard; // Hiding takes it.
     if (isVisible())
         hide();
     else
         end();
+    if (hadKeyboard && onKeyboardFree)
+        onKeyboardFree();
+}
+
+void PreviewWindow::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    dismiss();
 }
 
 void PreviewWindow::hideEvent(QHideEvent *event)
@@ -365,7 +441,7 @@ void PreviewWindow::hideEvent(QHideEvent *event)
         end();
 }
 
-/// However it was closed. What it showed is let go.
+/// What it showed is let go.
 void PreviewWindow::end()
 {
     if (!std::exchange(m_isUp, false))
@@ -377,6 +453,4 @@ void PreviewWindow::end()
     m_page = nullptr;
     m_shown = nullptr;
     m_url = QUrl();
-    if (onClosed)
-        onClosed();
 }

@@ -19,7 +19,7 @@ struct QuickLookController;
 class PreviewWindow final : public QWidget
 {
 public:
-    PreviewWindow(const QuickLookController &ql, const PreviewServices &services);
+    PreviewWindow(const QuickLookController &ql, PreviewServices services);
     ~PreviewWindow() override;
 
     /// Shows the window in front, with the keyboard.
@@ -27,7 +27,8 @@ public:
     /// The user walked to that place of the list.
     std::function<void(int)> onIndexChanged;
     std::function<void(const QUrl &)> onOpen;
-    std::function<void()> onClosed;
+    /// It was closed while it had the keyboard.
+    std::function<void()> onKeyboardFree;
 
     /// Comes up beside the panel, whose frame that is, with what the list says to
     /// begin with: as soon as there is something to see, or in a moment.
@@ -36,8 +37,12 @@ public:
     bool isUp() const { return m_isUp; }
     void dismiss();
 
+    enum class Shown {
+        StartIndex, // What the list says to begin with.
+        Same, // What is shown already, or what has come into its place.
+    };
     /// The list or its place has changed.
-    void reloadData();
+    void reloadData(Shown shown);
     int numberOfPreviewItems() const;
     /// An index out of range gives the first one; an empty list "/".
     QUrl previewItemAt(int index) const;
@@ -50,6 +55,7 @@ public:
 protected:
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
 private:
@@ -59,7 +65,7 @@ private:
     void showItem(int index);
     void load(PreviewPage *page, Fallback fallback);
     void display(PreviewPage *page);
-    static void letGo(PreviewPage *page);
+    void letGo(PreviewPage *page);
     void appear();
     void place();
     void prepareNeighbours();
@@ -68,6 +74,7 @@ private:
 
     const QuickLookController &m_ql;
     PreviewServices m_services;
+    QLabel *m_icon;
     QLabel *m_name;
     QLabel *m_position;
     QPushButton *m_open;
@@ -76,9 +83,9 @@ private:
     QPointer<PreviewPage> m_shown;
     QRect m_panel;
     QUrl m_url;
-    QUrl m_first; // Where the list said to begin, when it was last looked at.
     int m_index = 0;
     bool m_isUp = false;
+    bool m_hasKeyboard = false; // Or is about to have it.
     Motion m_motion = Motion::Full;
     Ticket m_hold; // Runs while another file's page is still on screen.
     Ticket m_patience; // Runs until the window shows whatever there is.

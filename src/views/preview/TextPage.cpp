@@ -20,6 +20,8 @@ TextPage::TextPage(const QUrl &url, const PreviewServices &services, QWidget *pa
     , m_cut(new QLabel(services.texts.text(QStringLiteral("preview_cut")), this))
 {
     const bool code = PreviewFiles::isCode(url);
+    if (code)
+        m_text->setLayoutDirection(Qt::LeftToRight);
     m_text->setReadOnly(true);
     m_text->setUndoRedoEnabled(false);
     m_text->setFrameShape(QFrame::NoFrame);

@@ -1,13 +1,16 @@
-#include "platform/linux/DecoderProcess.h"
+#include "platform/linux/HelperProcess.h"
 
+#include "platform/linux/DecoderProtocol.h"
 #include "platform/linux/ProcessEnd.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
 #include <QSocketNotifier>
 
+#include <csignal>
 #include <utility>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -18,7 +21,7 @@ constexpr int notLinkedStatus = 127; // The dynamic linker's, where a library is
 
 }
 
-DecoderProcess::DecoderProcess(const QString &program)
+HelperProcess::HelperProcess(const QString &program)
     : m_process(std::make_unique<QProcess>())
 {
     int sockets[2] = { -1, -1 };
@@ -55,7 +58,7 @@ DecoderProcess::DecoderProcess(const QString &program)
     ::close(sockets[1]);
 }
 
-DecoderProcess::~DecoderProcess()
+HelperProcess::~HelperProcess()
 {
     m_notifier.reset();
     if (m_socket >= 0)
@@ -63,28 +66,35 @@ DecoderProcess::~DecoderProcess()
     endSoon(std::move(m_process));
 }
 
-bool DecoderProcess::give(const DecoderProtocol::Job &job, int file)
+QString HelperProcess::installedProgram(const QString &name)
 {
-    return !m_ended && m_socket >= 0
-        && DecoderProtocol::send(m_socket, DecoderProtocol::encode(job), file);
+    const QString folder = QCoreApplication::applicationDirPath() + u'/';
+    for (const QString &place :
+         { folder + name, folder + QStringLiteral("../libexec/vantle/") + name,
+           QStringLiteral(VANTLE_LIBEXEC_DIR "/") + name }) {
+        if (QFileInfo(place).isExecutable())
+            return place;
+    }
+    return folder + name;
 }
 
-void DecoderProcess::receive()
+bool HelperProcess::give(const QByteArray &message, int file)
+{
+    return !m_ended && m_socket >= 0 && DecoderProtocol::send(m_socket, message, file);
+}
+
+void HelperProcess::receive()
 {
     const auto received = DecoderProtocol::receive(m_socket);
     if (!received)
         return;
     if (received->message.isEmpty())
         return m_notifier->setEnabled(false); // How it ended is told by its exit status.
-    const auto result = DecoderProtocol::decodeResult(received->message);
-    if (result)
-        return onResult(*result, received->descriptor);
-    if (received->descriptor >= 0)
-        ::close(received->descriptor);
-    end(End::Crashed);
+    if (!onMessage(received->message, received->descriptor))
+        end(End::Crashed);
 }
 
-void DecoderProcess::end(End how)
+void HelperProcess::end(End how)
 {
     if (std::exchange(m_ended, true))
         return;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/MediaPlayer.h"
+#include "platform/linux/PlayerProtocol.h"
+
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+
+class FileLanes;
+class HelperProcess;
+class MainQueue;
+
+/// Plays in a process of its own, `vantle-player`, which a system without Qt
+/// Multimedia does not have. It ends with this object.
+class PlayerProcess final : public MediaPlayer
+{
+public:
+    /// program: the path of vantle-player. The lanes outlive this object.
+    PlayerProcess(QString program, const QUrl &url, FileLanes &lanes, MainQueue &queue);
+    ~PlayerProcess() override;
+    PlayerProcess(const PlayerProcess &) = delete;
+    PlayerProcess &operator=(const PlayerProcess &) = delete;
+
+    /// Beside the running program, or where an installation puts it.
+    static QString installedProgram();
+
+    void play() override;
+    void pause() override;
+    void seek(double seconds) override;
+    void setRoom(const QSize &room) override;
+
+private:
+    using Command = PlayerProtocol::Command;
+    using Event = PlayerProtocol::Event;
+
+    void opened(int file);
+    void tell(const Command &command);
+    bool hear(const QByteArray &message, int memory);
+    void fail();
+
+    const QString m_program;
+    MainQueue &m_queue;
+    std::unique_ptr<HelperProcess> m_process;
+    QSize m_room;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+};

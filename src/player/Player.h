@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/linux/PlayerProtocol.h"
+
+#include <QAudioDevice>
+#include <QAudioOutput>
+#include <QMediaPlayer>
+#include <QSocketNotifier>
+#include <QVideoSink>
+
+/// Plays the one file that it is given over the socket, and tells what comes of it.
+class Player final : public QObject
+{
+public:
+    explicit Player(int socket);
+
+private:
+    using Command = PlayerProtocol::Command;
+    using Event = PlayerProtocol::Event;
+
+    void receive();
+    void obey(const Command &command, int file);
+    void open(int file);
+    void tell(const Event &event, int memory = -1) const;
+    void tellStatus(QMediaPlayer::MediaStatus status);
+    void tellState();
+    void tellPicture();
+
+    const int m_socket;
+    QSocketNotifier m_notifier;
+    QMediaPlayer m_player;
+    QVideoSink m_sink;
+    QAudioOutput m_sound;
+    QSize m_room;
+    bool m_isOpen = false;
+    bool m_isTaken = true; // The last picture.
+    bool m_isWaiting = false; // A newer picture, for the last one to be taken.
+};
