@@ -142,10 +142,10 @@ private:
     QIcon m_icon;
 };
 
-MediaPage::MediaPage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+MediaPage::MediaPage(QUrl url, PreviewServices services, QWidget *parent)
     : PreviewPage(parent)
-    , m_url(url)
-    , m_services(services)
+    , m_url(std::move(url))
+    , m_services(std::move(services))
     , m_screen(new Screen(this))
     , m_button(new PlayButton(this))
     , m_slider(new SeekSlider(Qt::Horizontal, this))

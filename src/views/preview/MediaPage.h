@@ -15,7 +15,7 @@ class QSlider;
 class MediaPage final : public PreviewPage
 {
 public:
-    MediaPage(const QUrl &url, const PreviewServices &services, QWidget *parent);
+    MediaPage(QUrl url, PreviewServices services, QWidget *parent);
     ~MediaPage() override;
 
     void load() override;

@@ -14,16 +14,14 @@
 #include "views/preview/MediaPage.h"
 #include "views/preview/PicturePage.h"
 #include "views/preview/PreviewCache.h"
+#include "views/preview/PreviewHeader.h"
 #include "views/preview/TextPage.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLocale>
-#include <QPainter>
-#include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -39,55 +37,6 @@ constexpr QSize smallestSize(360, 280);
 constexpr double mostOfScreen = 0.8;
 constexpr int panelGap = 16; // Points between window and panel.
 constexpr int iconSize = 16; // Points.
-
-/// One line that gives way in the middle.
-class NameLabel final : public QLabel
-{
-public:
-    using QLabel::QLabel;
-    QSize minimumSizeHint() const override { return { 40, QLabel::minimumSizeHint().height() }; }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setPen(Look::text(palette()));
-        painter.drawText(rect(), Qt::AlignVCenter | Look::leading(layoutDirection()),
-                         fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
-    }
-};
-
-class OpenButton final : public QPushButton
-{
-public:
-    using QPushButton::QPushButton;
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override
-    {
-        if (event->key() >= Qt::Key_Left && event->key() <= Qt::Key_Down)
-            event->ignore(); // They walk.
-        else
-            QPushButton::keyPressEvent(event);
-    }
-};
-
-/// Between the header and what it heads.
-class Hairline final : public QWidget
-{
-public:
-    explicit Hairline(QWidget *parent)
-        : QWidget(parent)
-    {
-        setFixedHeight(1);
-    }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter(this).fillRect(rect(), Look::shade(palette(), 0.12));
-    }
-};
 
 PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget *parent)
 {

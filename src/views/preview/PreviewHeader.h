@@ -1,0 +1,58 @@
+#pragma once
+
+#include "views/Look.h"
+
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+
+/// One line that gives way in the middle.
+class NameLabel final : public QLabel
+{
+public:
+    using QLabel::QLabel;
+    QSize minimumSizeHint() const override { return { 40, QLabel::minimumSizeHint().height() }; }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setPen(Look::text(palette()));
+        painter.drawText(rect(), Qt::AlignVCenter | Look::leading(layoutDirection()),
+                         fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
+    }
+};
+
+/// Leaves the arrows to the window.
+class OpenButton final : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->key() >= Qt::Key_Left && event->key() <= Qt::Key_Down)
+            event->ignore(); // They walk.
+        else
+            QPushButton::keyPressEvent(event);
+    }
+};
+
+/// Between the header and what it heads.
+class Hairline final : public QWidget
+{
+public:
+    explicit Hairline(QWidget *parent)
+        : QWidget(parent)
+    {
+        setFixedHeight(1);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter(this).fillRect(rect(), Look::shade(palette(), 0.12));
+    }
+};
