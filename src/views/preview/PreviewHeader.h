@@ -3,26 +3,8 @@
 #include "views/Look.h"
 
 #include <QKeyEvent>
-#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
-
-/// One line that gives way in the middle.
-class NameLabel final : public QLabel
-{
-public:
-    using QLabel::QLabel;
-    QSize minimumSizeHint() const override { return { 40, QLabel::minimumSizeHint().height() }; }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setPen(Look::text(palette()));
-        painter.drawText(rect(), Qt::AlignVCenter | Look::leading(layoutDirection()),
-                         fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
-    }
-};
 
 /// Leaves the arrows to the window.
 class OpenButton final : public QPushButton

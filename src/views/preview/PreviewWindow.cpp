@@ -7,6 +7,7 @@
 #include "platform/MediaPlayer.h"
 #include "store/QuickLookController.h"
 #include "views/AccessibleRole.h"
+#include "views/ElidedLabel.h"
 #include "views/Look.h"
 #include "views/preview/CardPage.h"
 #include "views/preview/DocumentPage.h"
@@ -70,7 +71,7 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, PreviewServices serv
     , m_ql(ql)
     , m_services(std::move(services))
     , m_icon(new QLabel(this))
-    , m_name(new NameLabel(this))
+    , m_name(new ElidedLabel(this))
     , m_position(new QLabel(this))
     , m_open(new OpenButton(this))
     , m_column(new QVBoxLayout(this))

@@ -1,35 +1,17 @@
 #include "views/settings/EntryList.h"
 
+#include "views/ElidedLabel.h"
 #include "views/IconButton.h"
-#include "views/Look.h"
 #include "views/settings/IconLabel.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 
 #include <algorithm>
 
 namespace {
 
 constexpr int iconSize = 20;
-
-/// One line that gives way in the middle, where paths differ least.
-class ElidedLabel final : public QLabel
-{
-public:
-    using QLabel::QLabel;
-    QSize minimumSizeHint() const override { return { 60, QLabel::minimumSizeHint().height() }; }
-
-protected:
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setPen(Look::text(palette()));
-        painter.drawText(rect(), Qt::AlignVCenter | Look::leading(layoutDirection()),
-                         fontMetrics().elidedText(text(), Qt::ElideMiddle, width()));
-    }
-};
 
 }
 
