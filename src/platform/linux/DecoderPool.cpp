@@ -3,6 +3,7 @@
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "platform/linux/HelperProcess.h"
+#include "platform/linux/PlainFile.h"
 
 #include <algorithm>
 #include <thread>
@@ -29,31 +30,19 @@ size_t processes()
     return std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
 }
 
-QByteArray versionOf(const struct stat &status)
-{
-    const qint64 parts[] = { static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino),
-                             status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec };
-    return { reinterpret_cast<const char *>(parts), sizeof parts };
-}
-
 struct Opened
 {
     int file = -1;
     QByteArray version;
 };
 
-/// Files only: a pipe or a device would be waited for, or do something.
 Opened openFile(const QByteArray &path)
 {
-    const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    const int file = PlainFile::open(path);
     struct stat status = {};
-    if (file < 0)
-        return {};
-    if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
-        ::close(file);
-        return {};
-    }
-    return { file, versionOf(status) };
+    if (file < 0 || ::fstat(file, &status) != 0)
+        return { file, {} };
+    return { file, PlainFile::version(status) };
 }
 
 /// The memory of a result, mapped; null where it is not what the result says.
@@ -182,7 +171,7 @@ Ticket DecoderPool::version(const QUrl &url, Answer<QByteArray> answer)
             struct stat status = {};
             std::optional<QByteArray> version;
             if (::stat(path.constData(), &status) == 0)
-                version = versionOf(status);
+                version = PlainFile::version(status);
             if (alive.expired())
                 return;
             queue.post([weak, version] {

@@ -4,6 +4,7 @@
 #include "base/MainQueue.h"
 #include "platform/linux/FileLanes.h"
 #include "platform/linux/HelperProcess.h"
+#include "platform/linux/PlainFile.h"
 
 #include <utility>
 
@@ -12,17 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-/// Files only: a pipe or a device would be waited for, or do something.
-int openFile(const QByteArray &path)
-{
-    const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    struct stat status = {};
-    if (file < 0 || (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)))
-        return file;
-    ::close(file);
-    return -1;
-}
 
 /// Copied out, so that nobody can change it, or cut it off, while it is painted.
 QImage pictureIn(int memory, const QSize &size)
@@ -46,7 +36,7 @@ PlayerProcess::PlayerProcess(QString program, const QUrl &url, FileLanes &lanes,
     lanes.run(path, [this, path, &queue, alive = std::weak_ptr(m_alive)] {
         if (alive.expired())
             return;
-        const int file = openFile(path);
+        const int file = PlainFile::open(path);
         queue.post([this, file, alive] {
             if (alive.lock())
                 opened(file);

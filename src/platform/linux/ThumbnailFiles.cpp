@@ -2,6 +2,7 @@
 
 #include "base/AtomicFile.h"
 #include "base/NativeFile.h"
+#include "platform/linux/PlainFile.h"
 
 #include <QBuffer>
 #include <QCryptographicHash>
@@ -86,12 +87,7 @@ std::optional<ThumbnailSubject> ThumbnailFiles::subject(const QByteArray &path) 
         g_filename_to_uri(path.constData(), nullptr, nullptr), &g_free);
     if (!uri)
         return std::nullopt;
-    const qint64 parts[] = { static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino),
-                             status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec };
-    return ThumbnailSubject { path,
-                              uri.get(),
-                              { reinterpret_cast<const char *>(parts), sizeof parts },
-                              status.st_mtim.tv_sec,
+    return ThumbnailSubject { path, uri.get(), PlainFile::version(status), status.st_mtim.tv_sec,
                               status.st_size };
 }
 
