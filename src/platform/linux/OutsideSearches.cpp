@@ -9,7 +9,6 @@
 #include <system_error>
 #include <thread>
 
-#include <linux/ioprio.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -21,8 +20,10 @@ using Clock = std::chrono::steady_clock;
 /// For the calling thread and those that it starts.
 void takeLowestPriority()
 {
-    constexpr int idle = IOPRIO_CLASS_IDLE << IOPRIO_CLASS_SHIFT;
-    ::syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, 0, idle);
+    // ioprio_set(2). Its constants have no header that every kernel keeps fit for C++.
+    constexpr int thisThread = 1;
+    constexpr int idle = 3 << 13;
+    ::syscall(SYS_ioprio_set, thisThread, 0, idle);
     ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), 19);
 }
 
