@@ -16,6 +16,7 @@ from Xlib.ext import xtest
 from Xlib.protocol import event
 
 FIRST_DISPLAY = 70
+PATIENCE = float(os.environ.get("VANTLE_PATIENCE", 1))  # For a program that was built to run slowly.
 
 # Every file and folder is drawn in one flat colour of its own, so that icons
 # are found on the screen in whatever view a file manager shows them.
@@ -43,6 +44,7 @@ WINDOW_MANAGERS = {
 
 def wait_for(predicate, timeout=10.0, what=None):
     """The first true result of predicate, which is polled; fails after timeout seconds."""
+    timeout *= PATIENCE
     end = time.monotonic() + timeout
     while True:
         result = predicate()
@@ -145,7 +147,7 @@ class Desktop:
             self.write(self.data_home / f"dbus-1/services/{name}.service",
                        f"[D-BUS Service]\nName={name}\nExec=/bin/false\n")
         keep = {k: v for k, v in os.environ.items()
-                if k in ("PATH", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "VANTLE_DATA_DIR")}
+                if k in ("PATH", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "VANTLE_DATA_DIR")}
         self.environment = {
             **keep, "LANG": "C.UTF-8", "HOME": str(self.home), "USER": "e2e", "SHELL": "/bin/sh", "VANTLE_E2E": self.token,
             "XDG_DATA_HOME": str(self.data_home), "XDG_CONFIG_HOME": str(self.config_home),
