@@ -3,6 +3,7 @@
 #include "app/settings/Localizer.h"
 #include "views/AccessibleRole.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 #include "views/settings/IconLabel.h"
 
 #include <QEvent>
@@ -21,9 +22,9 @@ AboutView::AboutView(const Localizer &texts, const QString &resources, QString v
     : QWidget(parent)
     , m_texts(texts)
     , m_version(std::move(version))
-    , m_name(new QLabel(this))
-    , m_versionLine(new QLabel(this))
-    , m_credits(new QLabel(this))
+    , m_name(new PlainLabel(this))
+    , m_versionLine(new PlainLabel(this))
+    , m_credits(new PlainLabel(this))
 {
     setAccessibleRole(*this, QAccessible::Window);
     auto *column = new QVBoxLayout(this);

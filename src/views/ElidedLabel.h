@@ -1,15 +1,15 @@
 #pragma once
 
 #include "views/Look.h"
+#include "views/PlainText.h"
 
-#include <QLabel>
 #include <QPainter>
 
 /// One line that gives way in the middle, where names and paths differ least.
-class ElidedLabel final : public QLabel
+class ElidedLabel final : public PlainLabel
 {
 public:
-    using QLabel::QLabel;
+    using PlainLabel::PlainLabel;
     QSize minimumSizeHint() const override { return { 40, QLabel::minimumSizeHint().height() }; }
 
 protected:

@@ -1,6 +1,7 @@
 #include "views/Prompt.h"
 
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -37,8 +38,7 @@ public:
         setAttribute(Qt::WA_DeleteOnClose);
         setWindowModality(Qt::WindowModal);
         setWindowTitle(request.message);
-        auto *message = new QLabel(request.message, this);
-        message->setTextFormat(Qt::PlainText); // It may hold a name.
+        auto *message = new PlainLabel(request.message, this);
         message->setWordWrap(true);
         message->setBuddy(m_field);
         m_field->setAccessibleName(request.message);

@@ -6,6 +6,7 @@
 #include "base/FilePath.h"
 #include "platform/Icons.h"
 #include "views/AccessibleRole.h"
+#include "views/PlainText.h"
 #include "views/SlimScrollBar.h"
 #include "views/settings/EntryList.h"
 #include "views/settings/IconLabel.h"
@@ -113,7 +114,7 @@ QWidget *SettingsView::makeHeader()
     lines->setSpacing(2);
     auto *name = new SizedLabel(1.5, QFont::DemiBold, header);
     setText(name, QStringLiteral("app_name"));
-    auto *tagline = new QLabel(header);
+    auto *tagline = new PlainLabel(header);
     tagline->setWordWrap(true);
     setText(tagline, QStringLiteral("app_tagline"));
     auto *version = new Note(header);

@@ -1,7 +1,9 @@
 #include "views/onboarding/WelcomePage.h"
 
+#include "views/AccessibleRole.h"
 #include "views/LinePieces.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QEvent>
 #include <QLabel>
@@ -34,8 +36,8 @@ WelcomePage::WelcomePage(QWidget *scene, QWidget *extras, QWidget *parent)
     : QWidget(parent)
     , m_scene(scene)
     , m_extras(extras)
-    , m_title(new QLabel(this))
-    , m_subtitle(new QLabel(this))
+    , m_title(new PlainLabel(this))
+    , m_subtitle(new PlainLabel(this))
 {
     scene->setParent(this);
     if (extras)
@@ -43,9 +45,10 @@ WelcomePage::WelcomePage(QWidget *scene, QWidget *extras, QWidget *parent)
     for (auto *label : { m_title, m_subtitle }) {
         label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
         label->setWordWrap(true);
-        label->setTextFormat(Qt::PlainText);
     }
     setFonts();
+    // Screen readers speak it when the page comes up: the keyboard stays where it was.
+    setAccessibleRole(*this, QAccessible::Notification);
 }
 
 void WelcomePage::setFonts()

@@ -1,8 +1,12 @@
 #include "views/preview/CardPage.h"
 
 #include "app/settings/Localizer.h"
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "base/Workers.h"
 #include "platform/Icons.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -34,11 +38,11 @@ QString breakable(const QString &text)
 
 }
 
-CardPage::CardPage(PreviewItem item, PreviewServices services, QWidget *parent)
+CardPage::CardPage(QUrl url, PreviewServices services, QWidget *parent)
     : PreviewPage(parent)
-    , m_item(std::move(item))
+    , m_url(std::move(url))
     , m_services(std::move(services))
-    , m_icon(new QLabel(this))
+    , m_icon(new PlainLabel(this))
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(24, 24, 24, 24);
@@ -55,45 +59,51 @@ CardPage::CardPage(PreviewItem item, PreviewServices services, QWidget *parent)
 
 QLabel *CardPage::addLine(double size, bool strong)
 {
-    auto *line = new QLabel(this);
-    line->setTextFormat(Qt::PlainText);
+    auto *line = new PlainLabel(this);
     line->setAlignment(Qt::AlignCenter);
     line->setWordWrap(true);
     line->setFont(Look::font(font(), size, strong ? QFont::DemiBold : QFont::Normal));
-    line->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    line->setFocusPolicy(Qt::TabFocus);
+    line->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    line->setFocusPolicy(Qt::NoFocus);
     layout()->addWidget(line);
     return line;
 }
 
 void CardPage::load()
 {
-    const bool isAddress = PreviewFiles::kindOf(m_item.url) == PreviewFiles::Kind::WebLocation;
-    const auto read = [isAddress](const QByteArray &path) {
-        return Facts { PreviewFiles::status(path),
-                       isAddress ? PreviewFiles::readAddress(path) : std::nullopt };
-    };
-    fetch(m_services, m_item.url, read, [this](const Facts &facts) { show(facts); });
+    const bool isAddress = PreviewFiles::kindOf(m_url) == PreviewFiles::Kind::WebLocation;
+    m_services.workers.run(WorkerPriority::UserInitiated,
+                           [this, isAddress, path = FilePath::fromUrl(m_url),
+                            &queue = m_services.queue, alive = std::weak_ptr(m_alive)] {
+                               const Facts facts { PreviewFiles::status(path),
+                                                   isAddress ? PreviewFiles::readAddress(path)
+                                                             : std::nullopt };
+                               queue.post([this, alive, facts] {
+                                   if (alive.lock())
+                                       show(facts);
+                               });
+                           });
 }
 
 void CardPage::show(const Facts &facts)
 {
     const QLocale locale(m_services.texts.currentCode());
     const QIcon icon
-        = facts.address ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_item.url);
+        = facts.address ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
     m_icon->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
-    m_name->setText(breakable(m_item.name()));
+    m_name->setText(
+        breakable(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)))));
     if (facts.address) {
         m_kind->setText(breakable(facts.address->toDisplayString()));
         m_facts->hide();
     } else if (facts.status) {
-        m_kind->setText(PreviewFiles::typeName(m_item.url));
+        m_kind->setText(PreviewFiles::typeName(m_url));
         m_kind->setVisible(!m_kind->text().isEmpty());
         const QString date = locale.toString(facts.status->modified, QLocale::ShortFormat);
-        const QString size = facts.status->size == 0
-            ? m_services.texts.text(QStringLiteral("preview_empty"))
-            : PreviewFiles::sizeText(facts.status->size, locale);
-        m_facts->setText(facts.status->folder ? date : QStringLiteral("%1 · %2").arg(size, date));
+        m_facts->setText(facts.status->folder
+                             ? date
+                             : QStringLiteral("%1 · %2").arg(
+                                 PreviewFiles::sizeText(facts.status->size, locale), date));
     } else {
         m_kind->setText(m_services.texts.text(QStringLiteral("preview_gone")));
         m_facts->hide();

@@ -3,6 +3,8 @@
 #include "views/preview/PreviewFiles.h"
 #include "views/preview/PreviewPage.h"
 
+#include <memory>
+
 class QLabel;
 
 /// Anything else, and what cannot be shown: its icon, name, kind, size and date; of
@@ -10,7 +12,7 @@ class QLabel;
 class CardPage final : public PreviewPage
 {
 public:
-    CardPage(PreviewItem item, PreviewServices services, QWidget *parent);
+    CardPage(QUrl url, PreviewServices services, QWidget *parent);
 
     void load() override;
     void copy() override;
@@ -24,10 +26,11 @@ private:
     void show(const Facts &facts);
     QLabel *addLine(double size, bool strong);
 
-    const PreviewItem m_item;
+    const QUrl m_url;
     PreviewServices m_services;
     QLabel *m_icon;
     QLabel *m_name;
     QLabel *m_kind;
     QLabel *m_facts;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

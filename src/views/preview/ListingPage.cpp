@@ -1,9 +1,13 @@
 #include "views/preview/ListingPage.h"
 
 #include "app/settings/Localizer.h"
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "base/Workers.h"
 #include "platform/Icons.h"
 #include "platform/PictureDecoder.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -93,7 +97,7 @@ ListingPage::ListingPage(const QUrl &url, PreviewFiles::Kind kind, PreviewServic
     , m_kind(kind)
     , m_services(std::move(services))
     , m_list(new QTreeWidget(this))
-    , m_note(new QLabel(this))
+    , m_note(new PlainLabel(this))
 {
     const auto text = [this](const char *key) { return m_services.texts.text(QLatin1String(key)); };
     m_list->setHeader(new ColumnHeader(m_list));
@@ -125,7 +129,6 @@ ListingPage::ListingPage(const QUrl &url, PreviewFiles::Kind kind, PreviewServic
     column->setSpacing(0);
     column->addWidget(m_list, 1);
     column->addWidget(m_note);
-    refreshTexts();
 }
 
 void ListingPage::load()
@@ -142,13 +145,19 @@ void ListingPage::load()
             });
         return;
     }
-    fetch(m_services, m_url, PreviewFiles::list,
-          [this](const std::optional<PreviewFiles::Listing> &listing) {
-              if (listing)
-                  show(*listing);
-              else
-                  onFailed();
-          });
+    m_services.workers.run(WorkerPriority::UserInitiated,
+                           [this, path = FilePath::fromUrl(m_url), &queue = m_services.queue,
+                            alive = std::weak_ptr(m_alive)] {
+                               auto listing = PreviewFiles::list(path);
+                               queue.post([this, alive, listing = std::move(listing)] {
+                                   if (!alive.lock())
+                                       return;
+                                   if (listing)
+                                       show(*listing);
+                                   else
+                                       onFailed();
+                               });
+                           });
 }
 
 void ListingPage::show(const PreviewFiles::Listing &listing)
@@ -159,7 +168,7 @@ void ListingPage::show(const PreviewFiles::Listing &listing)
     for (const PreviewFiles::Entry &entry : listing.entries) {
         auto *item = new QTreeWidgetItem;
         item->setText(0, entry.name);
-        item->setToolTip(0, entry.name);
+        item->setData(0, Qt::ToolTipRole, ToolTip::plain(entry.name));
         item->setIcon(0, m_services.icons.forFile(named(entry.name, entry.folder)));
         if (!entry.folder)
             item->setText(1, PreviewFiles::sizeText(entry.size, locale));
@@ -182,10 +191,4 @@ void ListingPage::show(const PreviewFiles::Listing &listing)
 void ListingPage::scroll(Step step)
 {
     scrollBy(*m_list->verticalScrollBar(), step);
-}
-
-void ListingPage::refreshTexts()
-{
-    nameBar(*m_list->verticalScrollBar(), m_services.texts);
-    nameBar(*m_list->horizontalScrollBar(), m_services.texts);
 }

@@ -4,6 +4,8 @@
 #include "views/preview/PreviewFiles.h"
 #include "views/preview/PreviewPage.h"
 
+#include <memory>
+
 class QLabel;
 class QTreeWidget;
 
@@ -16,7 +18,6 @@ public:
 
     void load() override;
     void scroll(Step step) override;
-    void refreshTexts() override;
 
 private:
     void show(const PreviewFiles::Listing &listing);
@@ -27,4 +28,5 @@ private:
     QTreeWidget *m_list;
     QLabel *m_note;
     Ticket m_work;
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

@@ -3,8 +3,8 @@
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
 #include "platform/Icons.h"
-#include "views/AccessibleRole.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QAbstractButton>
 #include <QHBoxLayout>
@@ -36,8 +36,6 @@ public:
     {
         setCheckable(true); // Checked while it plays.
         setFocusPolicy(Qt::TabFocus);
-        // What it does is its name; that it is checked would say it twice.
-        setAccessibleRole(*this, QAccessible::Button, [this] { click(); });
     }
     QSize sizeHint() const override { return { buttonSize, buttonSize }; }
 
@@ -48,8 +46,7 @@ protected:
         painter.setRenderHint(QPainter::Antialiasing);
         QRectF circle({}, QSizeF(buttonSize - 2, buttonSize - 2));
         circle.moveCenter(QRectF(rect()).center());
-        painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 2)
-                                  : QPen(Qt::NoPen));
+        painter.setPen(hasFocus() ? QPen(Look::ring(palette()), 2) : QPen(Qt::NoPen));
         painter.setBrush(Look::shade(palette(), isDown() ? 0.2 : underMouse() ? 0.13 : 0.08));
         painter.drawEllipse(circle);
         painter.setPen(Qt::NoPen);
@@ -152,7 +149,7 @@ MediaPage::MediaPage(QUrl url, PreviewServices services, QWidget *parent)
     , m_screen(new Screen(this))
     , m_button(new PlayButton(this))
     , m_slider(new SeekSlider(Qt::Horizontal, this))
-    , m_time(new QLabel(this))
+    , m_time(new PlainLabel(this))
 {
     m_slider->setFocusPolicy(Qt::TabFocus);
     m_slider->setSingleStep(5000);
@@ -199,7 +196,7 @@ void MediaPage::refreshTexts()
 {
     m_button->setAccessibleName(m_services.texts.text(
         m_button->isChecked() ? QStringLiteral("preview_pause") : QStringLiteral("preview_play")));
-    m_button->setToolTip(m_button->accessibleName());
+    ToolTip::set(*m_button, m_button->accessibleName());
     m_slider->setAccessibleName(m_services.texts.text(QStringLiteral("preview_position")));
 }
 

@@ -9,6 +9,7 @@
 #include "views/AccessibleRole.h"
 #include "views/ElidedLabel.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 #include "views/preview/CardPage.h"
 #include "views/preview/DocumentPage.h"
 #include "views/preview/ListingPage.h"
@@ -39,10 +40,9 @@ constexpr double mostOfScreen = 0.8;
 constexpr int panelGap = 16; // Points between window and panel.
 constexpr int iconSize = 16; // Points.
 
-PreviewPage *makePage(const PreviewItem &item, const PreviewServices &services, QWidget *parent)
+PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget *parent)
 {
     using Kind = PreviewFiles::Kind;
-    const QUrl &url = item.url;
     const Kind kind = PreviewFiles::kindOf(url);
     switch (kind) {
     case Kind::Image:
@@ -62,7 +62,7 @@ PreviewPage *makePage(const PreviewItem &item, const PreviewServices &services, 
     case Kind::Other:
         break;
     }
-    return new CardPage(item, services, parent);
+    return new CardPage(url, services, parent);
 }
 
 }
@@ -71,16 +71,14 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, PreviewServices serv
     : QWidget(nullptr, Qt::Window | Qt::WindowStaysOnTopHint)
     , m_ql(ql)
     , m_services(std::move(services))
-    , m_icon(new QLabel(this))
+    , m_icon(new PlainLabel(this))
     , m_name(new ElidedLabel(this))
-    , m_facts(new QLabel(this))
-    , m_position(new QLabel(this))
+    , m_position(new PlainLabel(this))
     , m_open(new OpenButton(this))
     , m_column(new QVBoxLayout(this))
 {
     setMinimumSize(smallestSize);
     setFocusPolicy(Qt::StrongFocus);
-    m_name->setTextFormat(Qt::PlainText);
     m_open->setFocusPolicy(Qt::TabFocus);
     connect(m_open, &QPushButton::clicked, this, [this] {
         const QUrl url = m_url;
@@ -93,7 +91,6 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, PreviewServices serv
     header->setSpacing(8);
     header->addWidget(m_icon);
     header->addWidget(m_name, 1);
-    header->addWidget(m_facts);
     header->addWidget(m_position);
     header->addWidget(m_open);
     m_column->setContentsMargins(0, 0, 0, 0);
@@ -119,11 +116,6 @@ QUrl PreviewWindow::previewItemAt(int index) const
     if (m_ql.urls.isEmpty())
         return FilePath::toUrl("/", FilePath::Kind::Directory);
     return m_ql.urls.value(index, m_ql.urls.first());
-}
-
-PreviewItem PreviewWindow::item() const
-{
-    return { m_url, m_ql.titles.value(m_url) };
 }
 
 void PreviewWindow::open(const QRect &panel)
@@ -169,7 +161,7 @@ void PreviewWindow::showItem(int index)
     m_index = index;
     if (url != m_url) {
         m_url = url;
-        load(makePage(item(), m_services, this), Fallback::Allowed);
+        load(makePage(url, m_services, this), Fallback::Allowed);
     }
     refreshHeader();
     prepareNeighbours();
@@ -190,7 +182,7 @@ void PreviewWindow::load(PreviewPage *page, Fallback fallback)
     };
     page->onFailed = [this, page, fallback] {
         if (m_page == page && fallback == Fallback::Allowed)
-            load(new CardPage(item(), m_services, this), Fallback::None);
+            load(new CardPage(m_url, m_services, this), Fallback::None);
     };
     m_hold = m_services.queue.after(longestHold, [this] {
         if (m_shown != m_page)
@@ -215,7 +207,6 @@ void PreviewWindow::display(PreviewPage *page)
     m_shown = page;
     m_column->addWidget(page, 1);
     page->show();
-    refreshHeader();
     if (m_isUp && !isVisible())
         appear();
 }
@@ -273,10 +264,10 @@ void PreviewWindow::prepareNeighbours()
 
 void PreviewWindow::refreshHeader()
 {
-    const QString name = item().name();
+    const QString name = FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)));
     setTitle(*this, name);
     m_name->setText(name);
-    m_name->setToolTip(name);
+    ToolTip::set(*m_name, name);
     const bool isAddress = PreviewFiles::kindOf(m_url) == PreviewFiles::Kind::WebLocation;
     const QIcon icon
         = isAddress ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
@@ -287,16 +278,13 @@ void PreviewWindow::refreshHeader()
     m_position->setText(
         QStringLiteral("%1 / %2").arg(locale.toString(m_index + 1), locale.toString(count)));
     m_position->setVisible(count > 1);
-    m_facts->setText(m_shown && m_shown == m_page ? m_shown->facts() : QString());
-    m_facts->setVisible(!m_facts->text().isEmpty());
 }
 
 void PreviewWindow::refreshTexts()
 {
     m_open->setText(m_services.texts.text(QStringLiteral("open")));
     m_name->setFont(Look::font(font(), 13, QFont::DemiBold));
-    for (QLabel *label : { m_facts, m_position })
-        label->setFont(Look::font(font(), 11));
+    m_position->setFont(Look::font(font(), 11));
     refreshHeader();
     if (m_page)
         m_page->refreshTexts();

@@ -2,6 +2,7 @@
 
 #include "views/ElidedLabel.h"
 #include "views/IconButton.h"
+#include "views/PlainText.h"
 #include "views/settings/IconLabel.h"
 
 #include <QHBoxLayout>
@@ -73,8 +74,7 @@ QWidget *EntryList::makeRow(const Entry &entry)
     if (!entry.icon.isNull())
         layout->addWidget(new IconLabel(entry.icon, iconSize, row));
     auto *label = new ElidedLabel(entry.text, row);
-    label->setTextFormat(Qt::PlainText);
-    label->setToolTip(entry.text);
+    ToolTip::set(*label, entry.text);
     auto *button = new IconButton(m_symbols, Symbol::Remove, 16, row);
     button->setHelp(m_removeText);
     button->setAccessibleDescription(entry.text);

@@ -2,6 +2,7 @@
 
 #include "views/AccessibleRole.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -20,11 +21,10 @@ void alignToLeading(QLabel &label)
 }
 
 SizedLabel::SizedLabel(double factor, QFont::Weight weight, QWidget *parent)
-    : QLabel(parent)
+    : PlainLabel(parent)
     , m_factor(factor)
     , m_weight(weight)
 {
-    setTextFormat(Qt::PlainText);
     fit();
 }
 
@@ -69,12 +69,8 @@ protected:
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        const QColor text = Look::text(palette());
-        const QColor window = palette().color(QPalette::Window);
-        const QColor base = palette().color(QPalette::Base);
         painter.setPen(Look::shade(palette(), 0.14));
-        painter.setBrush(base.lightness() > window.lightness() ? base
-                                                               : Look::blended(text, window, 0.06));
+        painter.setBrush(Look::card(palette()));
         painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 8, 8);
         bool isFirst = true;
         for (int i = 0; i < rows->count(); ++i) {
@@ -91,7 +87,7 @@ protected:
 
 Section::Section(QWidget *parent)
     : QWidget(parent)
-    , m_title(new QLabel(this))
+    , m_title(new PlainLabel(this))
     , m_card(new Card(this))
 {
     setAccessibleRole(*this, QAccessible::Grouping);
@@ -127,9 +123,8 @@ QLabel *Section::addRow(QWidget *control, QWidget *named)
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(12);
-    auto *label = new QLabel(row);
+    auto *label = new PlainLabel(row);
     label->setWordWrap(true);
-    label->setTextFormat(Qt::PlainText);
     label->setBuddy(named);
     alignToLeading(*label);
     layout->addWidget(label, 1);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QLabel>
+#include "views/PlainText.h"
+
 #include <QWidget>
 
 class QVBoxLayout;
@@ -9,7 +10,7 @@ class QVBoxLayout;
 void alignToLeading(QLabel &label);
 
 /// Text of another size than that of the desktop.
-class SizedLabel : public QLabel
+class SizedLabel : public PlainLabel
 {
 public:
     SizedLabel(double factor, QFont::Weight weight, QWidget *parent = nullptr);
