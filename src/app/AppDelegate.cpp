@@ -150,6 +150,7 @@ void AppDelegate::connectDock()
 
 void AppDelegate::connectStatusItem()
 {
+    m_view->moreEntries = [this] { return entriesWithoutTray(); };
     const QString image = m_desktop.resources + QStringLiteral("/icons/tray-full.svg");
     m_desktop.statusItem.setImage(QIcon(image), m_texts.text(QStringLiteral("app_name")));
     m_desktop.statusItem.onActivate = [this] { toggle(); };

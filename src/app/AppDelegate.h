@@ -133,6 +133,8 @@ private:
     void connectSettings();
     void followLook(const DesktopLook &look);
     void rebuildMenu();
+    /// What the shelves' menu offers where no tray does.
+    QList<MenuEntry> entriesWithoutTray();
     void titleWindows();
     void welcomeOnce();
     void putDemoFile(const QUrl &url);
@@ -152,7 +154,6 @@ private:
     bool copySelection();
     bool pasteIntoShelf();
     bool addUrls(const QList<QUrl> &urls);
-    bool addKnownUrls(const QList<QUrl> &urls);
 
     template<typename T>
     void whenSet(Observable<T> &property, typename Observable<T>::Handler handler,

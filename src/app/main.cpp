@@ -58,10 +58,9 @@ QStringList resourcePlaces()
 /// The X11 back ends, with what joins them to each other.
 struct X11Desktop
 {
-    /// textFolder: where texts that users put on a shelf are kept.
-    X11Desktop(MainQueue &queue, Workers &workers, const QByteArray &textFolder)
+    X11Desktop(MainQueue &queue, Workers &workers)
         : pointer(watch, queue)
-        , dragSelection(watch)
+        , dragSelection(watch, queue)
         , resolver(QStringLiteral("/proc"),
                    QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
         , front(watch, resolver)
@@ -69,8 +68,8 @@ struct X11Desktop
         , panelWindow(queue)
         , tabWindow(queue)
         , dropTarget(queue)
-        , dragSession(panelWindow, queue, workers, textFolder)
-        , clipboard(queue, workers, textFolder)
+        , dragSession(panelWindow, queue, workers)
+        , clipboard(queue, workers)
         , windows(queue)
         , look(queue, watch)
         , statusItem(queue)
@@ -113,10 +112,6 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     GioApplications applications(X11Time::now);
     InotifyFolders folderEvents(queue);
     ThreadWorkers workers;
-    FileLanes lanes;
-    workers.lanes = [&lanes](const QByteArray &path, std::function<void()> work) {
-        lanes.run(path, std::move(work));
-    };
     JsonPreferences preferences(directories.config);
     LegacyMigration::runIfNeeded(preferences, JsonPreferences::predecessor(directories.config),
                                  AppPaths(directories));
@@ -124,11 +119,10 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     CanberraSounds sounds(QFile::encodeName(resources + QStringLiteral("/sounds")));
     XdgAutostart autostart(directories.config, XdgAutostart::runningExecutable());
     ThemeIcons icons(resources + QStringLiteral("/icons"));
-    FileLanes pictureLanes; // A list of pictures holds up no other look at files.
-    DecoderPool pictures(DecoderPool::installedProgram(), pictureLanes, queue);
-    DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, pictureLanes,
-                                 queue);
-    X11Desktop x11(queue, workers, AppPaths(directories).dataDir + "/dropped");
+    FileLanes lanes;
+    DecoderPool pictures(DecoderPool::installedProgram(), lanes, queue);
+    DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, lanes, queue);
+    X11Desktop x11(queue, workers);
     // First of all: whoever paints icons anew after that finds the theme that goes with the look.
     const Ticket iconsTicket = x11.look.look.subscribe(
         [&icons](const DesktopLook &look) { icons.setScheme(look.scheme); }, Deliver::ChangesOnly);

@@ -92,6 +92,14 @@ void ShelfMenu::addClosed()
                           [this, id = shelf.id] { m_store.reopenShelf(id); });
 }
 
+void ShelfMenu::addMore(const QList<MenuEntry> &entries)
+{
+    if (!entries.isEmpty())
+        addSeparator();
+    for (const MenuEntry &entry : entries)
+        addAction(menuLabel(entry.title), this, entry.action);
+}
+
 void ShelfMenu::popupBelow(const QWidget &widget)
 {
     QPoint at = widget.rect().bottomLeft();

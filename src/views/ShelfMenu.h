@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/StatusItem.h"
+
 #include <QMenu>
 #include <QSet>
 
@@ -20,6 +22,8 @@ public:
     /// The current shelf wants another name.
     std::function<void()> onRename;
 
+    /// Entries for the program as a whole, below all others.
+    void addMore(const QList<MenuEntry> &entries);
     /// Opens below the widget, in line with its leading edge.
     void popupBelow(const QWidget &widget);
 

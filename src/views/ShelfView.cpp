@@ -93,6 +93,8 @@ void ShelfView::openShelfMenu()
 {
     TitleButton &title = m_header->title();
     auto *menu = new ShelfMenu(m_store, m_texts, m_symbols, &title);
+    if (moreEntries)
+        menu->addMore(moreEntries());
     menu->onRename = [this] { rename(); };
     connect(menu, &QMenu::aboutToHide, &title, [&title] { title.setDown(false); });
     menu->popupBelow(title);
@@ -250,12 +252,7 @@ void ShelfView::setTargeted(bool targeted)
 
 void ShelfView::handleDrop(const ItemProviders &providers)
 {
-    ::handleDrop(providers, m_store, m_queue, m_alive, [this] { showNothingTaken(); });
-}
-
-void ShelfView::showNothingTaken()
-{
-    showToast(m_texts.text(QStringLiteral("nothing_taken")));
+    ::handleDrop(providers, m_store, m_queue, m_alive);
 }
 
 void ShelfView::showToast(const QString &text)
@@ -278,12 +275,10 @@ void ShelfView::syncQL()
 {
     const auto &items = m_store.items.value();
     const auto selected = m_store.selectedItems();
-    m_ql = {};
-    for (const auto &item : selected.size() < 2 ? items : selected) {
+    m_ql.urls.clear();
+    m_ql.startIndex = 0;
+    for (const auto &item : selected.size() < 2 ? items : selected)
         m_ql.urls.append(item.url);
-        if (item.preview)
-            m_ql.titles.insert(item.url, *item.preview);
-    }
     if (selected.size() == 1) {
         const auto place = std::ranges::find(items, selected.first().id, &ShelfItem::id);
         m_ql.startIndex = static_cast<int>(place - items.begin());

@@ -3,6 +3,7 @@
 #include "base/Ticket.h"
 #include "panel/Animation.h"
 #include "platform/DropTarget.h"
+#include "platform/StatusItem.h"
 #include "store/ShelfItem.h"
 #include "views/Motion.h"
 #include "views/RowMenu.h"
@@ -47,8 +48,6 @@ public:
     void setTargeted(bool targeted);
     void handleDrop(const ItemProviders &providers);
     void showToast(const QString &text);
-    /// For what came in some way and held nothing for a shelf.
-    void showNothingTaken();
     /// The selected entries, or all of them where none is selected.
     QList<ShelfItem> dragOutItems() const;
     /// Asks for another name of the current shelf.
@@ -70,6 +69,8 @@ public:
     std::function<void(const QList<QUrl> &)> onDraggedOut;
     /// What the preview would show has changed.
     std::function<void()> onPreviewItems;
+    /// What the shelves' menu ends with, at the moment when it opens.
+    std::function<QList<MenuEntry>()> moreEntries;
     /// What the desktop does with entries.
     RowActions actions;
 

@@ -43,6 +43,8 @@ class MenuOnly final : public StatusItem
 public:
     void setImage(const QIcon &, const QString &) override { }
     void setMenu(const QList<MenuEntry> &next) override { entries = next; }
+    bool isShown() const override { return shown; }
+    bool shown = true;
     QList<MenuEntry> entries;
 };
 

@@ -20,11 +20,11 @@ public:
     using ViewWorld::ViewWorld;
 
     /// Its entries, one a line: what is checked bears a star, what is disabled a dash.
-    std::string entries() { return entriesOf(menu()); }
+    std::string entries() { return entriesOf(*menu()); }
     void choose(const QString &label)
     {
-        ShelfMenu opened = menu();
-        if (QAction *entry = find(opened, label))
+        const auto opened = menu();
+        if (QAction *entry = find(*opened, label))
             entry->trigger();
         else
             ADD_FAILURE() << "no entry " << qPrintable(label);
@@ -35,8 +35,15 @@ public:
         return static_cast<TitleButton &>(*headerButton(QStringLiteral("shelf_menu_help")));
     }
 
+    QList<MenuEntry> more; // That the program adds.
+
 private:
-    ShelfMenu menu() { return { store(), texts, m_symbols, view.get() }; }
+    std::unique_ptr<ShelfMenu> menu()
+    {
+        auto made = std::make_unique<ShelfMenu>(store(), texts, m_symbols, view.get());
+        made->addMore(more);
+        return made;
+    }
 
     static std::string entriesOf(const QMenu &menu)
     {
@@ -99,6 +106,11 @@ TEST(ShelfMenuTest, ListsShelvesCommandsAndWhatWasClosedAndActsOnThem)
     EXPECT_EQ(store.currentID.value(), first);
     EXPECT_EQ(store.shelves.value().size(), 2);
     EXPECT_EQ(store.items.value().size(), 3);
+
+    w.more = { { QStringLiteral("A&B"), [&store] { store.clear(); }, {} } };
+    EXPECT_TRUE(w.entries().ends_with("--\nA&&B\n"));
+    w.choose(QStringLiteral("A&&B"));
+    EXPECT_TRUE(store.items.value().isEmpty());
 }
 
 TEST(ShelfMenuTest, LongTitlesAreCutInTheMenuAndLeaveTheHeaderToTheHandle)

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxLook.h"
 
 #include "base/MainQueue.h"
+#include "platform/linux/WindowScale.h"
 
 #include <QApplication>
 #include <QDBusArgument>
@@ -57,6 +58,7 @@ void LinuxLook::start()
     if (!hasThemeOfItsOwn())
         m_colours = DesktopLook::Colours::Ours;
     m_xsettings.start();
+    keepWindowsAtScale(*this);
     if (QDBusConnection::sessionBus().isConnected())
         watchPortal();
     update();

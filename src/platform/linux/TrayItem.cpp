@@ -51,6 +51,11 @@ void TrayItem::setMenu(const QList<MenuEntry> &entries)
         buildMenu();
 }
 
+bool TrayItem::isShown() const
+{
+    return m_icon && (m_hosts.hasNotifierHost() || m_hosts.hasTrayManager());
+}
+
 void TrayItem::update()
 {
     if (m_icon || !m_hosts.isSettled())
@@ -111,9 +116,13 @@ void TrayItem::buildMenu()
         old->deleteLater(); // It may be the one that is being chosen.
     }
     for (const MenuEntry &entry : m_entries) {
-        if (entry.title.isEmpty())
+        if (entry.title.isEmpty()) {
             m_menu->addSeparator();
-        else
-            m_menu->addAction(trayLabel(entry.title, m_kind), m_menu.get(), entry.action);
+            continue;
+        }
+        QAction *added
+            = m_menu->addAction(trayLabel(entry.title, m_kind), m_menu.get(), entry.action);
+        if (!entry.key.isEmpty())
+            added->setShortcut(QKeySequence(QStringLiteral("Ctrl+") + entry.key));
     }
 }

@@ -26,6 +26,7 @@ public:
 
     void setImage(const QIcon &image, const QString &description) override;
     void setMenu(const QList<MenuEntry> &entries) override;
+    bool isShown() const override;
 
 private:
     void update();

@@ -12,13 +12,11 @@ constexpr double readLimit = 10; // Seconds for everything that a paste reads.
 
 }
 
-X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers, QByteArray textFolder)
+X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers)
     : m_queue(queue)
     , m_workers(workers)
-    , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
-    , m_transfers(queue, m_atoms)
 {
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
@@ -68,7 +66,7 @@ bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
 
 void X11Clipboard::write(const QList<QUrl> &urls)
 {
-    offer(DragFormats::clipboardFormatsFor(urls, m_textFolder));
+    offer(DragFormats::clipboardFormatsFor(urls));
 }
 
 void X11Clipboard::writeText(const QList<QUrl> &urls)
@@ -79,8 +77,7 @@ void X11Clipboard::writeText(const QList<QUrl> &urls)
 void X11Clipboard::offer(const QList<DragFormats::Format> &formats)
 {
     prepare();
-    m_offer
-        = std::make_unique<DragOffer>(m_queue, m_workers, m_transfers, formats, QByteArrayList());
+    m_offer = std::make_unique<DragOffer>(m_queue, m_workers, m_atoms, formats, QByteArrayList());
     // A selection is taken at the X server's time, which a change of a property brings.
     m_wantsTime = true;
     xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window, m_atoms("_VANTLE_TIME"),
@@ -110,8 +107,8 @@ bool X11Clipboard::nativeEventFilter(const QByteArray &type, void *message, qint
         const auto &notify = *static_cast<xcb_property_notify_event_t *>(message);
         if (notify.window == m_window && m_wantsTime && notify.atom == m_atoms("_VANTLE_TIME"))
             takeOver(notify.time);
-        else if (notify.state == XCB_PROPERTY_DELETE)
-            m_transfers.fetched(notify.window, notify.atom);
+        else if (m_offer && notify.state == XCB_PROPERTY_DELETE)
+            m_offer->fetched(notify.window, notify.atom);
         return notify.window == m_window;
     }
     case XCB_SELECTION_REQUEST: {

@@ -69,11 +69,6 @@ QRegion shapeOf(const QPixmap &pixmap)
     return pixmap.scaled(pixmap.deviceIndependentSize().toSize()).mask();
 }
 
-bool isLocalFile(const QUrl &url)
-{
-    return url.isLocalFile();
-}
-
 QList<QUrl> urlsOf(const QList<DraggingItem> &items)
 {
     QList<QUrl> urls;
@@ -96,20 +91,16 @@ QByteArrayList portalPaths(const QList<QUrl> &urls)
 
 }
 
-X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &workers,
-                               QByteArray textFolder)
+X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &workers)
     : m_window(&window)
     , m_queue(queue)
     , m_workers(workers)
-    , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
-    , m_transfers(queue, m_atoms)
     , m_compositor(m_connection,
                    X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
 {
-    m_atoms.fetch({ "XdndSelection", "XdndStatus", "XdndFinished", "XdndTypeList", "XdndAware",
-                    "XdndActionList", "XdndActionCopy", "XdndActionLink" });
+    m_atoms.fetch({ "XdndSelection", "XdndStatus", "XdndFinished", "XdndTypeList", "XdndAware" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -131,14 +122,10 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
     end(false); // A drop before this one that was never answered.
     const auto urls = urlsOf(items);
     m_offer = std::make_unique<DragOffer>(
-        m_queue, m_workers, m_transfers, DragFormats::formatsFor(urls, m_textFolder),
+        m_queue, m_workers, m_atoms, DragFormats::formatsFor(urls),
         m_portal.isAvailable() ? portalPaths(urls) : QByteArrayList());
     m_onEnd = std::move(onEnd);
-    m_targets.clear();
-    const bool isLinks = std::none_of(urls.begin(), urls.end(), isLocalFile);
-    m_actions = { m_atoms("XdndActionCopy") };
-    if (isLinks) // File managers make a file of a link only so.
-        m_actions.append(m_atoms("XdndActionLink"));
+    m_target = Xcb::none;
     m_taken.reset();
     m_state = State::Starting;
 
@@ -152,11 +139,8 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
     drag->setHotSpot(hotSpot);
     m_shape = shapeOf(pixmap);
     m_windowsBefore = QGuiApplication::allWindows();
-    QCoreApplication::instance()->installEventFilter(this);
     const std::weak_ptr alive(m_alive);
-    const Qt::DropAction action
-        = drag->exec(isLinks ? Qt::CopyAction | Qt::LinkAction : Qt::CopyAction, Qt::CopyAction);
-    QCoreApplication::instance()->removeEventFilter(this);
+    const Qt::DropAction action = drag->exec(Qt::CopyAction);
     if (!alive.lock())
         return;
     m_state = State::Dropped;
@@ -170,30 +154,15 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
         m_limit = m_queue.after(finishLimit, [this] { end(false); });
 }
 
-/// Moves that the toolkit has read before the drag began reach the first target ahead of
-/// all events that come then; the window of the picture is made before.
-bool X11DragSession::eventFilter(QObject *, QEvent *event)
-{
-    if (event->type() == QEvent::PlatformSurface)
-        announce();
-    return false;
-}
-
-void X11DragSession::announce()
-{
-    if (m_state != State::Starting)
-        return;
-    m_state = State::Dragging;
-    announceTypes();
-}
-
 bool X11DragSession::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
 {
     if (!m_offer || type != "xcb_generic_event_t")
         return false;
-    announce();
-    if (m_state == State::Dragging && !m_windowsBefore.isEmpty())
+    if (m_state == State::Starting) {
+        m_state = State::Dragging;
+        announceTypes();
         shapePicture();
+    }
     switch (static_cast<xcb_generic_event_t *>(message)->response_type & 0x7f) {
     case XCB_SELECTION_REQUEST:
         return answerRequest(*static_cast<xcb_selection_request_event_t *>(message));
@@ -203,7 +172,7 @@ bool X11DragSession::nativeEventFilter(const QByteArray &type, void *message, qi
     case XCB_PROPERTY_NOTIFY:
         if (const auto *notify = static_cast<xcb_property_notify_event_t *>(message);
             notify->state == XCB_PROPERTY_DELETE)
-            m_transfers.fetched(notify->window, notify->atom);
+            m_offer->fetched(notify->window, notify->atom);
         break;
     default:
         break;
@@ -230,9 +199,6 @@ void X11DragSession::announceTypes()
     const auto types = m_offer->types();
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, owner, m_atoms("XdndTypeList"),
                         XCB_ATOM_ATOM, 32, static_cast<quint32>(types.size()), types.constData());
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, owner, m_atoms("XdndActionList"),
-                        XCB_ATOM_ATOM, 32, static_cast<quint32>(m_actions.size()),
-                        m_actions.constData());
     xcb_flush(m_connection);
 }
 
@@ -254,8 +220,8 @@ void X11DragSession::handleMessage(const xcb_client_message_event_t &message)
         return;
     const quint32 *data = message.data.data32;
     if (message.type == m_atoms("XdndStatus") && m_state == State::Dragging) {
-        m_targets.insert(data[0]);
-    } else if (message.type == m_atoms("XdndFinished") && m_targets.contains(data[0])) {
+        m_target = data[0];
+    } else if (message.type == m_atoms("XdndFinished") && data[0] == m_target) {
         m_taken = isTaken(data);
         if (m_state == State::Dropped)
             end(*m_taken);

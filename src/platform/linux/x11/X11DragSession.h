@@ -11,7 +11,6 @@
 #include <QGuiApplication>
 #include <QPointer>
 #include <QRegion>
-#include <QSet>
 #include <QWidget>
 
 #include <memory>
@@ -22,11 +21,10 @@ class Workers;
 
 /// Drags from one window. The toolkit moves the picture and finds the targets;
 /// what they are offered, what they get and whether they took it is settled here.
-class X11DragSession final : public QObject, public DragSession, private QAbstractNativeEventFilter
+class X11DragSession final : public DragSession, private QAbstractNativeEventFilter
 {
 public:
-    /// textFolder: where the program keeps texts that users put on a shelf.
-    X11DragSession(QWidget &window, MainQueue &queue, Workers &workers, QByteArray textFolder);
+    X11DragSession(QWidget &window, MainQueue &queue, Workers &workers);
     ~X11DragSession() override;
 
     /// Returns when the button has been released: the toolkit runs the pointer's
@@ -44,8 +42,6 @@ private:
         Dropped, // The target has not said yet whether it took it.
     };
 
-    bool eventFilter(QObject *object, QEvent *event) override;
-    void announce();
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     bool answerRequest(const xcb_selection_request_event_t &request);
     void handleMessage(const xcb_client_message_event_t &message);
@@ -57,10 +53,8 @@ private:
     QPointer<QWidget> m_window;
     MainQueue &m_queue;
     Workers &m_workers;
-    const QByteArray m_textFolder;
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
-    SelectionTransfers m_transfers; // Go on when the next drag begins.
     X11Compositor m_compositor;
     PortalFiles m_portal;
 
@@ -68,8 +62,7 @@ private:
     QRegion m_shape; // Of the picture.
     QWindowList m_windowsBefore; // Without the one that shows the picture.
     std::unique_ptr<DragOffer> m_offer; // Stays after the drag: targets read on.
-    QList<xcb_atom_t> m_actions; // The first is preferred.
-    QSet<xcb_window_t> m_targets; // That have answered the drag.
+    xcb_window_t m_target = Xcb::none; // The last one that answered the drag.
     std::optional<bool> m_taken; // What the target said.
     std::function<void(bool)> m_onEnd;
     Ticket m_limit;

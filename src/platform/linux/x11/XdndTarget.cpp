@@ -101,9 +101,7 @@ void XdndTarget::enter(const quint32 *data)
     hover.source = data[0];
     hover.version = version;
     hover.types = offeredTypes(data);
-    // Promised files too: their user learns only by the drop that nothing comes of it.
-    hover.isWanted = DropFormats::canHold(hover.types)
-        || hover.types.contains(QLatin1String(DropFormats::promisedFiles));
+    hover.isWanted = DropFormats::canHold(hover.types);
     m_hover = hover;
 }
 
