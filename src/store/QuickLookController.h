@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QHash>
 #include <QList>
 #include <QUrl>
 
@@ -9,5 +8,4 @@ struct QuickLookController
 {
     QList<QUrl> urls;
     int startIndex = 0;
-    QHash<QUrl, QString> titles; // Of those whose rows do not show the file's name.
 };

@@ -1,5 +1,6 @@
 #include "views/AccessibleRole.h"
 
+#include <QAbstractButton>
 #include <QAccessibleWidget>
 #include <QVariant>
 #include <QWidget>
@@ -25,6 +26,24 @@ public:
     {
     }
 
+    /// A button's name is its text, unless it has another.
+    QString text(QAccessible::Text kind) const override
+    {
+        const QString text = QAccessibleWidget::text(kind);
+        const auto *control = button();
+        return kind == QAccessible::Name && text.isEmpty() && control ? control->text() : text;
+    }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.hasPopup = role() == QAccessible::ButtonMenu;
+        if (const auto *control = button(); control && role() == QAccessible::RadioButton) {
+            state.checkable = true;
+            state.checked = control->isChecked();
+        }
+        return state;
+    }
+
     QStringList actionNames() const override
     {
         QStringList names = QAccessibleWidget::actionNames();
@@ -41,6 +60,8 @@ public:
     }
 
 private:
+    const QAbstractButton *button() const { return qobject_cast<QAbstractButton *>(widget()); }
+
     std::function<void()> m_press;
 };
 

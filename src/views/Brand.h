@@ -1,5 +1,7 @@
 #pragma once
 
+#include "views/Look.h"
+
 #include <QColor>
 #include <QLinearGradient>
 #include <QRectF>
@@ -29,6 +31,18 @@ inline QLinearGradient gradient(const QRectF &rect, Qt::LayoutDirection directio
                            mirrored ? rect.bottomLeft() : rect.bottomRight());
     result.setColorAt(0, top);
     result.setColorAt(1, bottom);
+    return result;
+}
+
+/// The same for lines, where its colours can be told from what they lie on; else, and at
+/// high contrast, nearer to the text's.
+inline QLinearGradient line(const QRectF &rect, Qt::LayoutDirection direction,
+                            const QPalette &palette)
+{
+    QLinearGradient result = gradient(rect, direction);
+    const bool isPlain = Look::isHighContrast(palette);
+    result.setColorAt(0, isPlain ? Look::ring(palette) : Look::distinct(palette, top));
+    result.setColorAt(1, isPlain ? Look::ring(palette) : Look::distinct(palette, bottom));
     return result;
 }
 

@@ -67,7 +67,7 @@ QPalette DesktopStyle::palette(Scheme scheme, Contrast contrast)
     result.setColor(QPalette::Base, base);
     result.setColor(QPalette::AlternateBase, Look::blended(text, base, 0.04));
     result.setColor(QPalette::ToolTipBase, base);
-    result.setColor(QPalette::PlaceholderText, Look::faded(text, shades.quiet + 0.1));
+    result.setColor(QPalette::PlaceholderText, Look::faded(text, shades.quiet + 0.15));
     result.setColor(QPalette::Highlight, shades.highlight);
     result.setColor(QPalette::Disabled, QPalette::Highlight, Look::blended(text, window, 0.3));
     result.setColor(QPalette::HighlightedText, shades.highlightedText);

@@ -3,6 +3,7 @@
 #include "views/AccessibleRole.h"
 #include "views/Brand.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 #include "views/Symbols.h"
 
 #include <QMouseEvent>
@@ -14,9 +15,14 @@
 namespace {
 constexpr int capsuleHeight = 20;
 constexpr int capsulePadding = 8;
-// A symbol of a font of 9.5 points is a little larger than the font.
-constexpr double documentsSize = 11;
 constexpr int countGap = 4;
+
+/// A symbol of a font of 9.5 points is a little larger than the font.
+double documentsSize()
+{
+    return 11 * Look::symbolScale();
+}
+
 }
 
 DragHandle::DragHandle(Symbols &symbols, DragSession &session, Icons &icons, QWidget *parent)
@@ -49,7 +55,7 @@ void DragHandle::setRoom(Room room)
 
 void DragHandle::setHelp(const QString &text)
 {
-    setToolTip(text);
+    ToolTip::set(*this, text);
     setAccessibleName(text);
 }
 
@@ -71,7 +77,7 @@ int DragHandle::digitWidth() const
 
 int DragHandle::symbolWidth() const
 {
-    return m_room == Room::Enough ? int(documentsSize) + countGap : 0;
+    return m_room == Room::Enough ? qRound(documentsSize()) + countGap : 0;
 }
 
 QSize DragHandle::sizeHint() const
@@ -86,20 +92,25 @@ void DragHandle::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const bool selection = m_carries == Carries::Selection;
+    const bool isPlain = Look::isHighContrast(palette()); // White is hard to read on the gradient.
     painter.setPen(Qt::NoPen);
-    if (selection)
+    if (selection && isPlain)
+        painter.setBrush(palette().highlight());
+    else if (selection)
         painter.setBrush(Brand::gradient(rect(), layoutDirection()));
     else
         painter.setBrush(Look::faded(Look::secondary(palette()), 0.18));
     painter.drawRoundedRect(rect(), height() / 2.0, height() / 2.0);
 
-    const QColor color = selection ? QColor(Qt::white) : Look::text(palette());
+    const QColor color = !selection ? Look::text(palette())
+        : isPlain                   ? palette().color(QPalette::HighlightedText)
+                                    : QColor(Qt::white);
     const auto place = [&](int left, int width) {
         return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
     };
     if (m_room == Room::Enough)
-        m_symbols.paint(painter, Symbol::Documents, place(capsulePadding, int(documentsSize)),
-                        documentsSize, color);
+        m_symbols.paint(painter, Symbol::Documents, place(capsulePadding, qRound(documentsSize())),
+                        documentsSize(), color);
     painter.setPen(color);
     painter.setFont(countFont());
     // The number reads from the left, also where the layout is mirrored.

@@ -45,15 +45,16 @@ void DropOutline::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(m_opacity);
-    paint(painter, rect(), layoutDirection());
+    paint(painter, rect(), layoutDirection(), palette());
 }
 
-void DropOutline::paint(QPainter &painter, const QRectF &panel, Qt::LayoutDirection direction)
+void DropOutline::paint(QPainter &painter, const QRectF &panel, Qt::LayoutDirection direction,
+                        const QPalette &palette)
 {
     // A stroke lies on both sides of its line.
     constexpr double middle = outlineInset + outlineWidth / 2;
     const QRectF shape = panel.adjusted(middle, middle, -middle, -middle);
-    painter.setPen(QPen(Brand::gradient(panel, direction), outlineWidth));
+    painter.setPen(QPen(Brand::line(panel, direction, palette), outlineWidth));
     painter.setBrush(Look::faded(Brand::accent, 0.07));
     painter.drawRoundedRect(shape, outlineRadius, outlineRadius);
 }

@@ -14,7 +14,8 @@ public:
     void setShown(bool shown);
     void setMotion(Motion motion) { m_motion = motion; }
     /// Onto something that looks like the panel.
-    static void paint(QPainter &painter, const QRectF &panel, Qt::LayoutDirection direction);
+    static void paint(QPainter &painter, const QRectF &panel, Qt::LayoutDirection direction,
+                      const QPalette &palette);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -6,6 +6,7 @@
 #include "app/settings/ShortcutText.h"
 #include "panel/HotKeyCenter.h"
 #include "platform/Sounds.h"
+#include "views/AccessibleRole.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -44,6 +45,8 @@ HotKeyRecorder::HotKeyRecorder(AppSettings &settings, const Localizer &texts, So
     layout->addWidget(m_reset);
     layout->addStretch();
     m_field->setCheckable(true);
+    // Its state shows that it listens; nothing is switched on or off.
+    setAccessibleRole(*m_field, QAccessible::Button, [this] { m_field->click(); });
     for (auto *button : { m_field, m_reset })
         button->setAutoDefault(false); // Return in a dialog is not for them.
     QObject::connect(m_field, &QPushButton::clicked, this, [this](bool down) {

@@ -2,7 +2,9 @@
 
 #include "views/AccessibleRole.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
+#include <QEvent>
 #include <QPainter>
 
 IconButton::IconButton(Symbols &symbols, Symbol symbol, double symbolSize, QWidget *parent)
@@ -19,8 +21,20 @@ IconButton::IconButton(Symbols &symbols, Symbol symbol, double symbolSize, QWidg
 
 void IconButton::setHelp(const QString &text)
 {
-    setToolTip(text);
+    ToolTip::set(*this, text);
     setAccessibleName(text);
+}
+
+QSize IconButton::sizeHint() const
+{
+    return QSize(24, 24) * Look::symbolScale();
+}
+
+void IconButton::changeEvent(QEvent *event)
+{
+    QAbstractButton::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        setFixedSize(sizeHint());
 }
 
 void IconButton::paintEvent(QPaintEvent *)
@@ -29,12 +43,12 @@ void IconButton::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor text = Look::text(palette());
     const QRectF shape = QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75);
-    painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 1.5) : Qt::NoPen);
+    painter.setPen(hasFocus() ? QPen(Look::ring(palette()), 1.5) : Qt::NoPen);
     painter.setBrush(isDown()           ? Look::shade(palette(), 0.16)
                          : underMouse() ? Look::shade(palette(), 0.08)
                                         : QColor(Qt::transparent));
     painter.drawRoundedRect(shape, 6, 6);
     const bool clear = underMouse() || isDown() || hasFocus();
-    m_symbols.paint(painter, m_symbol, rect(), m_symbolSize,
+    m_symbols.paint(painter, m_symbol, rect(), m_symbolSize * Look::symbolScale(),
                     clear ? text : Look::secondary(palette()));
 }

@@ -14,13 +14,14 @@ public:
     /// What tooltip and screen reader say.
     void setHelp(const QString &text);
 
-    QSize sizeHint() const override { return { 24, 24 }; }
+    QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     Symbols &m_symbols;
     Symbol m_symbol;
-    double m_symbolSize; // Points.
+    double m_symbolSize; // Points, at the usual size of texts.
 };

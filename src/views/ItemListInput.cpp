@@ -1,6 +1,7 @@
 #include "app/settings/Localizer.h"
 #include "store/ShelfStore.h"
 #include "views/ItemListView.h"
+#include "views/PlainText.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -61,9 +62,16 @@ bool ItemListView::viewportEvent(QEvent *event)
         const auto *help = static_cast<QHelpEvent *>(event);
         const auto index = indexAt(help->pos());
         const auto button = m_delegate->buttonRect(visualRect(index));
-        if (index.isValid() && button.contains(help->pos()))
-            QToolTip::showText(help->globalPos(), m_texts.text(QStringLiteral("remove")),
-                               viewport(), button);
+        if (!index.isValid()) {
+            QToolTip::hideText();
+            return true;
+        }
+        const QString cut = m_delegate->shortened(m_model.item(index.row()));
+        if (button.contains(help->pos()))
+            ToolTip::show(help->globalPos(), m_texts.text(QStringLiteral("remove")), *viewport(),
+                          button);
+        else if (!cut.isEmpty())
+            ToolTip::show(help->globalPos(), cut, *viewport(), visualRect(index));
         else
             QToolTip::hideText();
         return true;

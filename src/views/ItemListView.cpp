@@ -226,6 +226,13 @@ void ItemListView::change(const QList<ShelfItem> &next)
         m_rows.stop();
     else
         animate(before, *changes, scrolledBefore);
+    if (replaced || before.isEmpty())
+        return;
+    // What was dropped or pasted lands at the end, which may lie below what shows.
+    for (const RowChange &change : *changes) {
+        if (change.kind == RowChange::Kind::Insert)
+            scrollTo(m_model.index(change.first + change.count - 1));
+    }
 }
 
 void ItemListView::animate(const QList<ShelfItem> &before, const RowChanges &changes,

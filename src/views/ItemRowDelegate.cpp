@@ -20,6 +20,7 @@ constexpr int iconGap = 9; // Between icon and text.
 constexpr int rowLineGap = 1;
 constexpr int removeSize = 15;
 constexpr int removeArea = 22; // What takes presses is larger than what is drawn.
+constexpr int cloudRoom = 22; // At the row's end, behind the remove button.
 constexpr double rowRadius = 8;
 constexpr double pictureRadius = 4;
 constexpr qsizetype longestText = 600; // More than any row can show; the middle goes first anyway.
@@ -76,10 +77,16 @@ const ItemRowDelegate::Heights &ItemRowDelegate::heights() const
     return *m_heights;
 }
 
+QString ItemRowDelegate::shortened(const ShelfItem &item) const
+{
+    const Prepared *known = m_prepared.object(item.id);
+    return known ? known->shortened : QString();
+}
+
 QRect ItemRowDelegate::buttonRect(const QRect &row) const
 {
-    // The drawn circle ends where the padding begins.
-    const int right = row.right() + 1 - rowSidePadding + (removeArea - removeSize) / 2;
+    // The drawn circle ends where the cloud's room begins.
+    const int right = row.right() + 1 - rowSidePadding - cloudRoom + (removeArea - removeSize) / 2;
     return mirrored(
         { right - removeArea, row.top() + (row.height() - removeArea) / 2, removeArea, removeArea },
         row);
@@ -96,17 +103,18 @@ void ItemRowDelegate::paintRow(QPainter &painter, const QRect &row, const ShelfI
     const QPalette &palette = m_view.palette();
     if (look.selected || look.hovered) {
         const QColor highlight = palette.color(QPalette::Highlight);
-        const bool isFramed = look.selected && Look::isHighContrast(palette);
-        painter.setPen(isFramed ? QPen(highlight, 2) : QPen(Qt::NoPen));
-        painter.setBrush(look.selected ? Look::faded(highlight, 0.2) : Look::shade(palette, 0.07));
-        const double inset = isFramed ? 1 : 0;
+        const double frame = !look.selected ? 0 : Look::isHighContrast(palette) ? 2 : 1;
+        painter.setPen(look.selected ? QPen(Look::ring(palette), frame) : QPen(Qt::NoPen));
+        painter.setBrush(look.selected ? Look::faded(highlight, Look::selected)
+                                       : Look::shade(palette, 0.07));
+        const double inset = frame / 2;
         painter.drawRoundedRect(QRectF(row).adjusted(inset, inset, -inset, -inset), rowRadius,
                                 rowRadius);
     }
     const int textLeft = row.left() + rowSidePadding + iconSize + iconGap;
     const int buttonRoom = look.button == RowLook::Button::Hidden ? 0 : removeSize + 6;
-    const QRect text(textLeft, row.top(), row.right() + 1 - rowSidePadding - buttonRoom - textLeft,
-                     row.height());
+    const int textRight = row.right() + 1 - rowSidePadding - cloudRoom - buttonRoom;
+    const QRect text(textLeft, row.top(), textRight - textLeft, row.height());
     const auto &content = prepared(item, text.width(), Look::pixelRatio(painter));
 
     const QRect icon = mirrored({ row.left() + rowSidePadding,
@@ -152,15 +160,16 @@ void ItemRowDelegate::paintText(QPainter &painter, const QRect &area, const Prep
     const auto leftOf = [&](const QStaticText &text) {
         return rightAligned ? area.right() + 1 - text.size().width() : double(area.left());
     };
-    const Heights &lines = heights();
-    const int block = lines.title + rowLineGap + lines.subtitle;
-    const int top = area.top() + (area.height() - block) / 2;
+    // Letters that another font brings may make a line higher than the font's own.
+    const double title = content.title.size().height();
+    const double block = title + rowLineGap + content.subtitle.size().height();
+    const int top = area.top() + qRound((area.height() - block) / 2);
     painter.setPen(Look::text(m_view.palette()));
     painter.setFont(m_titleFont);
     painter.drawStaticText(QPointF(leftOf(content.title), top), content.title);
     painter.setPen(Look::secondary(m_view.palette()));
     painter.setFont(m_subtitleFont);
-    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + lines.title + rowLineGap),
+    painter.drawStaticText(QPointF(leftOf(content.subtitle), top + qRound(title) + rowLineGap),
                            content.subtitle);
 }
 
@@ -183,13 +192,19 @@ const ItemRowDelegate::Prepared &ItemRowDelegate::prepared(const ShelfItem &item
         return *known;
     const bool keepIcon = known && known->ratio == ratio && sameContent(known->source, item);
 
-    auto *fresh = new Prepared { item, width, ratio, {}, {}, {} }; // The cache owns it.
+    auto *fresh = new Prepared { item, width, ratio, {}, {}, {}, {} }; // The cache owns it.
     const QString title = singleLine(itemTitle(item));
+    const QString subtitle = singleLine(itemSubtitle(item));
     fresh->title = shaped(title, m_titleFont, width,
                           title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     // Paths and addresses read from the left in every language.
-    fresh->subtitle
-        = shaped(singleLine(itemSubtitle(item)), m_subtitleFont, width, Qt::LeftToRight);
+    fresh->subtitle = shaped(subtitle, m_subtitleFont, width, Qt::LeftToRight);
+    QStringList cut;
+    if (fresh->title.text() != title)
+        cut.append(itemTitle(item));
+    if (fresh->subtitle.text() != subtitle)
+        cut.append(itemSubtitle(item));
+    fresh->shortened = cut.join(u'\n');
     if (keepIcon) {
         fresh->icon = known->icon;
     } else {

@@ -38,6 +38,8 @@ public:
 
     /// Row height in points, at the fonts of the moment.
     int height() const { return heights().row; }
+    /// What of the row the panel had no room for, one a line; empty if it shows all.
+    QString shortened(const ShelfItem &item) const;
     /// Where the remove button of a row with that frame takes presses.
     QRect buttonRect(const QRect &row) const;
     void paintRow(QPainter &painter, const QRect &row, const ShelfItem &item, const RowLook &look);
@@ -57,6 +59,7 @@ private:
         double ratio = 1;
         QStaticText title;
         QStaticText subtitle;
+        QString shortened; // The whole of what they had to cut.
         QPixmap icon;
     };
 

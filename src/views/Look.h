@@ -7,6 +7,8 @@
 #include <QTransform>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdlib>
 
 /// Shades and sizes that all views share, derived from what the desktop gives.
@@ -44,10 +46,69 @@ inline QColor shade(const QPalette &palette, double opacity)
     return faded(text(palette), isHighContrast(palette) ? std::min(1.0, 4 * opacity) : opacity);
 }
 
+/// The fill of a card that groups what belongs together.
+inline QColor card(const QPalette &palette)
+{
+    const QColor window = palette.color(QPalette::Window);
+    const QColor base = palette.color(QPalette::Base);
+    return base.lightness() > window.lightness() ? base : blended(text(palette), window, 0.06);
+}
+
+/// How much of the highlight's colour lies over the window where a row is selected.
+constexpr double selected = 0.2;
+
 /// For what comes second: still five to one against the window in common palettes.
 inline QColor secondary(const QPalette &palette)
 {
     return shade(palette, 0.66);
+}
+
+/// By the Web Content Accessibility Guidelines, 1 to 21.
+inline double contrast(const QColor &one, const QColor &other)
+{
+    const auto luminance = [](const QColor &color) {
+        const auto linear = [](double c) {
+            return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+            + 0.0722 * linear(color.blueF());
+    };
+    const auto [low, high] = std::minmax({ luminance(one), luminance(other) });
+    return (high + 0.05) / (low + 0.05);
+}
+
+/// That colour, nearer to the text's where it needs that to be told from all grounds on which
+/// the palette's user meets it: window, fields, cards and selected rows.
+inline QColor distinct(const QPalette &palette, const QColor &color)
+{
+    constexpr double least = 3; // What the guidelines ask of what is not text.
+    const QColor window = palette.color(QPalette::Window);
+    const std::array grounds { window, palette.color(QPalette::Base), card(palette),
+                               blended(palette.color(QPalette::Highlight), window, selected) };
+    const auto isDistinct = [&](const QColor &candidate) {
+        return std::ranges::all_of(
+            grounds, [&](const QColor &ground) { return contrast(candidate, ground) >= least; });
+    };
+    for (double share = 0; share < 1; share += 0.05) {
+        const QColor candidate = blended(text(palette), color, share);
+        if (isDistinct(candidate))
+            return candidate;
+    }
+    return text(palette);
+}
+
+/// Of rings that show the keyboard, and round what is selected.
+inline QColor ring(const QPalette &palette)
+{
+    return distinct(palette, palette.color(QPalette::Highlight));
+}
+
+/// Of what is there but not chosen: the border of a switch that is off, the dot of a page.
+inline QColor edge(const QPalette &palette)
+{
+    return distinct(
+        palette,
+        blended(text(palette), palette.color(QPalette::Window), isHighContrast(palette) ? 1 : 0.4));
 }
 
 /// For drawText(): the layout's leading edge, whichever way the text itself reads.
@@ -66,6 +127,12 @@ inline double pixelRatio(const QPainter &painter)
 /// What the desktop's user multiplies the sizes of all texts by; DesktopStyle sets it, and
 /// the application's font with it.
 inline double textScale = 1;
+
+/// Of symbols in buttons: a narrow panel still needs most of its width for texts.
+inline double symbolScale()
+{
+    return std::min(textScale, 1.5);
+}
 
 /// A font whose size is given in units of 1/72 inch on a desktop of 72 dots per inch.
 inline QFont font(const QFont &base, double size, QFont::Weight weight = QFont::Normal)

@@ -53,7 +53,8 @@ ShelfHeader::ShelfHeader(Symbols &symbols, DragSession &session, Icons &icons,
 void ShelfHeader::setContent(const Content &content)
 {
     m_title->setTitle(content.title, content.pin);
-    m_title->setHelp(m_texts.text(QStringLiteral("shelf_menu_help")));
+    m_title->setHelp(m_texts.text(QStringLiteral("shelf_menu_help")),
+                     m_texts.text(QStringLiteral("shelf_pinned")));
     m_handle->setContent(content.carries, content.count);
     m_handle->setHelp(m_texts.text(content.carries == DragHandle::Carries::Selection
                                        ? QStringLiteral("drag_out_selected_help")
@@ -85,8 +86,9 @@ void ShelfHeader::fitText()
 {
     if (!m_isMeasured)
         return;
-    setFixedHeight(std::max(
-        { headerHeight, m_title->sizeHint().height(), m_handle->sizeHint().height() + 8 }));
+    setFixedHeight(std::max({ headerHeight, m_title->sizeHint().height(),
+                              m_handle->sizeHint().height() + 8,
+                              m_close->sizeHint().height() + 4 }));
 }
 
 /// The title comes first: with large text in a narrow panel the handle gives way.

@@ -1,6 +1,8 @@
 #include "views/TitleButton.h"
 
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QPainter>
 #include <QStyle>
@@ -10,10 +12,19 @@
 namespace {
 constexpr int smallestHeight = 26;
 constexpr int markGap = 4;
-constexpr int pinSize = 12;
-constexpr int chevronSize = 11;
 constexpr int smallestTitle = 24;
 constexpr double mostShrunk = 0.7; // Of its size.
+
+int pinSize()
+{
+    return qRound(12 * Look::symbolScale());
+}
+
+int chevronSize()
+{
+    return qRound(11 * Look::symbolScale());
+}
+
 }
 
 TitleButton::TitleButton(Symbols &symbols, QWidget *parent)
@@ -23,6 +34,7 @@ TitleButton::TitleButton(Symbols &symbols, QWidget *parent)
     setFocusPolicy(Qt::TabFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    setAccessibleRole(*this, QAccessible::ButtonMenu, [this] { Q_EMIT pressed(); });
 }
 
 void TitleButton::setTitle(const QString &title, Pin pin)
@@ -34,10 +46,10 @@ void TitleButton::setTitle(const QString &title, Pin pin)
     update();
 }
 
-void TitleButton::setHelp(const QString &text)
+void TitleButton::setHelp(const QString &text, const QString &pinned)
 {
-    setToolTip(text);
-    setAccessibleDescription(text);
+    ToolTip::set(*this, text);
+    setAccessibleDescription(m_pin == Pin::Shown ? pinned + QStringLiteral(". ") + text : text);
 }
 
 QFont TitleButton::titleFont() const
@@ -58,7 +70,7 @@ QFont TitleButton::fittingFont(int room) const
 
 int TitleButton::marksWidth() const
 {
-    return markGap + chevronSize + (m_pin == Pin::Shown ? markGap + pinSize : 0);
+    return markGap + chevronSize() + (m_pin == Pin::Shown ? markGap + pinSize() : 0);
 }
 
 QSize TitleButton::sizeHint() const
@@ -79,7 +91,7 @@ void TitleButton::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor text = Look::text(palette());
-    painter.setPen(hasFocus() ? QPen(palette().color(QPalette::Highlight), 1.5) : Qt::NoPen);
+    painter.setPen(hasFocus() ? QPen(Look::ring(palette()), 1.5) : Qt::NoPen);
     painter.setBrush(isDown()           ? Look::shade(palette(), 0.16)
                          : underMouse() ? Look::shade(palette(), 0.08)
                                         : QColor(Qt::transparent));
@@ -98,8 +110,8 @@ void TitleButton::paintEvent(QPaintEvent *)
     int next = padding + titleWidth + markGap;
     const QColor mark = Look::secondary(palette());
     if (m_pin == Pin::Shown) {
-        m_symbols.paint(painter, Symbol::Pin, place(next, pinSize), pinSize, mark);
-        next += pinSize + markGap;
+        m_symbols.paint(painter, Symbol::Pin, place(next, pinSize()), pinSize(), mark);
+        next += pinSize() + markGap;
     }
-    m_symbols.paint(painter, Symbol::ChevronDown, place(next, chevronSize), chevronSize, mark);
+    m_symbols.paint(painter, Symbol::ChevronDown, place(next, chevronSize()), chevronSize(), mark);
 }

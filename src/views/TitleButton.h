@@ -16,7 +16,8 @@ public:
 
     enum class Pin { Absent, Shown };
     void setTitle(const QString &title, Pin pin);
-    void setHelp(const QString &text);
+    /// pinned: what the pin says to who cannot see it.
+    void setHelp(const QString &text, const QString &pinned);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

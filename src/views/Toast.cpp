@@ -139,5 +139,7 @@ void Toast::paintEvent(QPaintEvent *)
     painter.drawRoundedRect(shape, 12, 12);
     painter.setPen(palette().color(QPalette::Window));
     painter.setFont(textFont());
-    painter.drawText(shape, textFlags, m_painted);
+    // As wide as it was measured: with more room its lines would break elsewhere.
+    painter.drawText(shape.adjusted(toastSidePadding - 1, 0, 1 - toastSidePadding, 0), textFlags,
+                     m_painted);
 }

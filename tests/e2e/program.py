@@ -14,7 +14,7 @@ BUS_NAME = "app.vantleapp.Vantle"
 TOUR = "Welcome to Vantle"
 TREE = Path(__file__).resolve().parents[2]
 HEADER, PADDING, ROW, SPACING = 44, 8, 44, 5  # Of the panel's list, in points.
-REMOVE_BUTTON = 25  # From the panel's right edge to the middle of a row's remove button,
+REMOVE_BUTTON = 47  # From the panel's right edge to the middle of a row's remove button,
 CLOSE, CLEAR, HANDLE = 21, 45, 83  # of the buttons and of the drag handle in the header.
 
 

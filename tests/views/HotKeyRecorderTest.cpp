@@ -111,7 +111,12 @@ TEST(HotKeyRecorderTest, APressWhileItRecordsIsTakenRefusedOrEndsIt)
         { "Ctrl alone", { 55, 0, {} }, Then::Goes_on, 0, "⌥⌘S", "hotkey_press" },
         { "Shift after Ctrl", { 60, command, {} }, Then::Goes_on, 0, "⌥⌘S", "hotkey_press" },
         { "Escape", { 53, 0, {} }, Then::Ends, 0, "⌥⌘S", "key_control+key_alt+S" },
-        { "Escape with modifiers", { 53, command, {} }, Then::Ends, 0, "⌥⌘S", "key_control+key_alt+S" },
+        { "Escape with modifiers",
+          { 53, command, {} },
+          Then::Ends,
+          0,
+          "⌥⌘S",
+          "key_control+key_alt+S" },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);

@@ -1,3 +1,4 @@
+#include "views/ItemRowDelegate.h"
 #include "views/ViewWorld.h"
 
 #include <QMouseEvent>
@@ -201,4 +202,30 @@ TEST(ListMouseTest, FocusBringsItsRowIntoView)
     w.store().click(w.item(0).id, 0);
     w.world.queue.advance(0.2);
     EXPECT_EQ(bar->value(), 0);
+
+    w.store().add({ w.world.file("landed") });
+    w.world.queue.advance(0.5);
+    EXPECT_EQ(bar->value(), bar->maximum()) << "So does a row that lands below.";
+    w.store().removeIds({ w.item(0).id });
+    w.world.queue.advance(0.5);
+    bar->setValue(0);
+    w.store().undoRemove();
+    w.world.queue.advance(0.5);
+    EXPECT_EQ(bar->value(), 0) << "One that comes back above stays there.";
+}
+
+TEST(ListMouseTest, ARowThatCutsItsNameTellsItWhole)
+{
+    ViewWorld w(1);
+    const QString name = QStringLiteral("<b>").repeated(60);
+    auto items = w.store().items.value();
+    items[0].preview = QStringLiteral("a");
+    items.append(World::item(QUrl(QStringLiteral("file:///f"))));
+    items[1].preview = name;
+    w.store().items.set(items);
+    w.settle();
+    w.list().grab(); // What was cut is known from painting.
+    auto &rows = static_cast<ItemRowDelegate &>(*w.list().itemDelegate());
+    EXPECT_TRUE(rows.shortened(w.item(1)).startsWith(name));
+    EXPECT_EQ(rows.shortened(w.item(1)).count(u'\n'), 0) << "The folder's name shows whole.";
 }

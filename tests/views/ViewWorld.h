@@ -62,7 +62,7 @@ public:
     QPoint row(int row) const { return rowRect(row).center(); }
     QPoint button(int row) const
     {
-        return { rowRect(row).right() - 16, rowRect(row).center().y() };
+        return { rowRect(row).right() - 38, rowRect(row).center().y() };
     }
     QPoint belowRows() const { return { view->width() / 2, view->height() - 20 }; }
 

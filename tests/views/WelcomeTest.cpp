@@ -129,12 +129,16 @@ TEST(WelcomeTest, TheSampleIsDraggedFromThreePointsOnAndTellsItsEnd)
         const char *what;
         QPoint moved;
         bool drags;
+        QPoint from; // From the middle, in hundredths of the ring's radius.
     };
     const Case cases[] = {
-        { "a click", { 0, 0 }, false },
-        { "less than three points", { 2, 2 }, false },
-        { "three points", { 0, 3 }, true },
-        { "far", { -40, 10 }, true },
+        { "a click", { 0, 0 }, false, {} },
+        { "less than three points", { 2, 2 }, false, {} },
+        { "three points", { 0, 3 }, true, {} },
+        { "far", { -40, 10 }, true, {} },
+        { "from the ring's side", { 9, 0 }, true, { -95, 0 } },
+        { "from the ring's foot", { 9, 0 }, true, { 0, 95 } },
+        { "from beside the ring", { 9, 0 }, false, { 90, 90 } },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
@@ -142,7 +146,7 @@ TEST(WelcomeTest, TheSampleIsDraggedFromThreePointsOnAndTellsItsEnd)
         Tour tour(world);
         tour.view.go(4);
         auto *sample = tour.sample();
-        const QPoint at = sample->rect().center();
+        const QPoint at = sample->rect().center() + c.from * sample->width() / 200;
         QTest::mousePress(sample, Qt::LeftButton, {}, at);
         QTest::mouseMove(sample, at + c.moved);
         QTest::mouseRelease(sample, Qt::LeftButton, {}, at + c.moved);

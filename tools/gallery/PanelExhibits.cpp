@@ -46,7 +46,7 @@ public:
         const QRect rect = list->visualRect(list->model()->index(row, 0));
         QPointF at = rect.center();
         if (part == Part::Button)
-            at.setX(view.isRightToLeft() ? rect.left() + 16 : rect.right() - 16);
+            at.setX(view.isRightToLeft() ? rect.left() + 38 : rect.right() - 38);
         QMouseEvent move(QEvent::MouseMove, at, at, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
         QApplication::sendEvent(list->viewport(), &move);
     }
@@ -232,7 +232,7 @@ std::vector<State> listStates()
               s.stage.queue.settle();
               auto items = s.stage.store.items.value();
               items.removeAt(1);
-              items.append(Stage::item(QStringLiteral("/home/ada/new.ods")));
+              items.insert(1, Stage::item(QStringLiteral("/home/ada/new.ods")));
               s.stage.store.items.set(items);
               s.stage.queue.advance(0.09);
           },

@@ -8,6 +8,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
+#include <QStyle>
 
 namespace {
 constexpr double dragDistance = 3; // Points from the press to where a drag begins.
@@ -37,6 +38,11 @@ void DemoDragView::setName(const QString &name)
     updateGeometry();
 }
 
+void DemoDragView::setReach(int diameter)
+{
+    m_reach = diameter;
+}
+
 QFont DemoDragView::nameFont() const
 {
     return Look::font(font(), 12.5, QFont::Medium);
@@ -47,7 +53,8 @@ QSize DemoDragView::sizeHint() const
     const QFontMetrics metrics(nameFont());
     const int name
         = std::min(metrics.horizontalAdvance(text()) + 4, qRound(widestName * Look::textScale));
-    return { std::max(fileSize, name) + 2 * padding, fileSize + metrics.height() + 2 * padding };
+    return QSize(std::max(fileSize, name) + 2 * padding, fileSize + metrics.height() + 2 * padding)
+        .expandedTo({ m_reach, m_reach });
 }
 
 void DemoDragView::paintEvent(QPaintEvent *)
@@ -55,22 +62,35 @@ void DemoDragView::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (hasFocus()) {
-        painter.setPen(QPen(palette().color(QPalette::Highlight), 1.5));
+        painter.setPen(QPen(Look::ring(palette()), 1.5));
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 10, 10);
     }
-    m_icon.paint(&painter, QRect((width() - fileSize) / 2, padding, fileSize, fileSize));
     painter.setFont(nameFont());
     painter.setPen(Look::text(palette()));
-    const QRect line(padding, padding + fileSize, width() - 2 * padding,
-                     height() - 2 * padding - fileSize);
+    const int lineHeight = painter.fontMetrics().height();
+    const int top = (height() - fileSize - lineHeight) / 2;
+    m_icon.paint(&painter, QRect((width() - fileSize) / 2, top, fileSize, fileSize));
+    const QRect line(padding, top + fileSize, width() - 2 * padding, lineHeight);
     painter.drawText(line, Qt::AlignCenter,
                      painter.fontMetrics().elidedText(text(), Qt::ElideMiddle, line.width()));
 }
 
 void DemoDragView::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton && hitButton(event->position().toPoint()))
         m_downEvent = event->position();
+    else
+        event->ignore(); // The window's background takes it.
+}
+
+/// The file with its name, and the whole ring round it.
+bool DemoDragView::hitButton(const QPoint &position) const
+{
+    const QRect content = QStyle::alignedRect(
+        layoutDirection(), Qt::AlignCenter,
+        { width(), fileSize + QFontMetrics(nameFont()).height() + 2 * padding }, rect());
+    return content.contains(position)
+        || QLineF(QRectF(rect()).center(), position).length() <= m_reach / 2.0;
 }
 
 void DemoDragView::mouseMoveEvent(QMouseEvent *event)

@@ -24,6 +24,8 @@ public:
     std::function<void()> onPut;
 
     void setName(const QString &name);
+    /// A press counts anywhere within a circle of that diameter round the middle.
+    void setReach(int diameter);
     QSize sizeHint() const override;
 
 protected:
@@ -33,10 +35,12 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    bool hitButton(const QPoint &position) const override;
     void beginDrag(const QPointF &at);
     QFont nameFont() const;
 
     DragSession &m_session;
     QIcon m_icon;
+    int m_reach = 0;
     std::optional<QPointF> m_downEvent; // Where the press was, until the drag begins.
 };

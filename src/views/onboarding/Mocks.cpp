@@ -210,7 +210,7 @@ void Mocks::shelf(QPainter &painter, const QPointF &topLeft, double height,
     if (targeted > 0) {
         painter.save();
         painter.setOpacity(painter.opacity() * targeted);
-        DropOutline::paint(painter, frame, m_scene.layoutDirection());
+        DropOutline::paint(painter, frame, m_scene.layoutDirection(), m_scene.palette());
         painter.restore();
     }
 }

@@ -6,6 +6,7 @@
 #include "store/ShelfStore.h"
 #include "views/Brand.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 #include "views/onboarding/DemoDragView.h"
 
 #include <QEvent>
@@ -29,7 +30,7 @@ TryScene::TryScene(ShelfStore &store, const QUrl &demoURL, const Localizer &text
     , m_texts(texts)
     , m_demoURL(demoURL)
     , m_file(new DemoDragView(session, icons.forFile(demoURL), this))
-    , m_hint(new QLabel(this))
+    , m_hint(new PlainLabel(this))
 {
     m_file->url = demoURL;
     m_file->setName(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(demoURL))));
@@ -104,6 +105,7 @@ void TryScene::place()
     const int ringEnd = qRound(top + (ringY + ringRadius) * scale);
     const int hintTop = std::min(ringEnd + qRound(hintGap * scale), height() - hintHeight - 8);
     m_hint->setGeometry((width() - hintWidth) / 2, hintTop, hintWidth, hintHeight);
+    m_file->setReach(qRound(2 * ringRadius * scale));
     m_file->resize(m_file->sizeHint());
     m_file->move((width() - m_file->width()) / 2,
                  qRound(top + ringY * scale) - m_file->height() / 2);
@@ -115,7 +117,7 @@ void TryScene::draw(QPainter &painter, double time)
     painter.setBrush(Qt::NoBrush);
     const QRectF circle(middle - QPointF(ringRadius, ringRadius),
                         QSizeF(2 * ringRadius, 2 * ringRadius));
-    painter.setPen(QPen(Brand::gradient(circle, layoutDirection()), 2.5));
+    painter.setPen(QPen(Brand::line(circle, layoutDirection(), palette()), 2.5));
     painter.setBrush(Look::faded(palette().color(QPalette::Base), 0.55));
     painter.drawEllipse(circle);
     painter.setBrush(Qt::NoBrush);

@@ -2,6 +2,7 @@
 
 #include "views/AccessibleRole.h"
 #include "views/Look.h"
+#include "views/PlainText.h"
 
 #include <QAbstractButton>
 #include <QGridLayout>
@@ -41,11 +42,12 @@ protected:
         const double level = isDown() ? 0.16 : underMouse() ? 0.08 : 0;
         const bool filled = m_kind == Kind::Filled;
         painter.setPen(Qt::NoPen);
-        painter.setBrush(filled ? Look::blended(text, accent, level) : Look::faded(text, level));
+        painter.setBrush(filled ? Look::blended(Qt::black, accent, level)
+                                : Look::faded(text, level));
         const QRectF shape = QRectF(rect()).adjusted(2.5, 2.5, -2.5, -2.5);
         painter.drawRoundedRect(shape, 8, 8);
         if (hasFocus()) {
-            painter.setPen(QPen(accent, 1.5));
+            painter.setPen(QPen(Look::ring(palette()), 1.5));
             painter.setBrush(Qt::NoBrush);
             painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), 9.5, 9.5);
         }
@@ -85,12 +87,13 @@ protected:
         painter.setRenderHint(QPainter::Antialiasing);
         const QPointF middle = QRectF(rect()).center();
         if (hasFocus()) {
-            painter.setPen(QPen(palette().color(QPalette::Highlight), 1.5));
+            painter.setPen(QPen(Look::ring(palette()), 1.5));
             painter.drawEllipse(middle, 7.5, 7.5);
         }
         painter.setPen(Qt::NoPen);
-        painter.setBrush(isChecked() ? palette().color(QPalette::Highlight)
-                                     : Look::shade(palette(), underMouse() ? 0.6 : 0.4));
+        painter.setBrush(isChecked()        ? Look::ring(palette())
+                             : underMouse() ? Look::shade(palette(), 0.7)
+                                            : Look::edge(palette()));
         const double radius = isChecked() ? 4.5 : 3.5;
         painter.drawEllipse(middle, radius, radius);
     }
@@ -138,7 +141,7 @@ void WelcomeFooter::setPageNames(const QStringList &names)
     for (size_t i = 0; i < m_dots.size(); ++i) {
         const QString &name = names[static_cast<qsizetype>(i)];
         m_dots[i]->setAccessibleName(name);
-        m_dots[i]->setToolTip(name);
+        ToolTip::set(*m_dots[i], name);
     }
 }
 

@@ -68,7 +68,7 @@ void Switch::paintEvent(QPaintEvent *)
                      text());
     const QColor on = palette().color(QPalette::Highlight);
     const double radius = track.height() / 2;
-    painter.setPen(isChecked() ? QColor(Qt::transparent) : Look::shade(palette(), 0.45));
+    painter.setPen(isChecked() ? Look::ring(palette()) : Look::edge(palette()));
     painter.setBrush(isChecked() ? on : Look::shade(palette(), underMouse() ? 0.2 : 0.12));
     painter.drawRoundedRect(track.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     const double knob = track.height() - 2 * inset - 2;
@@ -79,7 +79,7 @@ void Switch::paintEvent(QPaintEvent *)
                                  : Look::faded(textColor, 0.7));
     painter.drawEllipse(QRectF(x, track.top() + inset + 1, knob, knob));
     if (hasFocus()) {
-        painter.setPen(QPen(Look::faded(on, 0.9), 1.5));
+        painter.setPen(QPen(Look::ring(palette()), 1.5));
         painter.setBrush(Qt::NoBrush);
         painter.drawRoundedRect(QRectF(rect())
                                     .adjusted(-3, 0.75, 3, -0.75)
