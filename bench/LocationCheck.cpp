@@ -89,7 +89,7 @@ int main(int argc, char **argv)
         const double check = milliseconds(
             [&] { answers = bookmarks.resolve(queries, Bookmarks::Bound::Background); });
         for (const BookmarkAnswer &answer : std::as_const(answers))
-            wrong += answer.outcome == BookmarkAnswer::Outcome::Resolved && !answer.newBookmark ? 0
+            wrong += answer.outcome == BookmarkAnswer::Outcome::Found && !answer.newBookmark ? 0
                                                                                                 : 1;
         if (round == 0) {
             std::printf("first_check %.2f ms\n", check);

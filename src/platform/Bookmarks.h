@@ -25,15 +25,14 @@ struct BookmarkQuery
 struct BookmarkAnswer
 {
     enum class Outcome {
-        Resolved, // By its bookmark, or without one by its address: the file is at `url`.
-        Damaged, // The bookmark cannot be read; a file exists at the query's own address, `url`.
-        Gone, // No such file any more, and none at the query's own address.
-        Searching, // Missing where it was; the search has not ended, which proves nothing.
-        Silent, // The file system has not answered in time.
+        Found, // By its bookmark, or without a usable one by its address: the file is at `url`.
+        Unanswered, // The file system has not answered in time, or is not there yet.
+        Missing, // Not where it was, nor found elsewhere so far; the search has not ended.
+        Absent, // The same, and the search has ended: one look's whole evidence.
     };
-    Outcome outcome = Outcome::Silent;
+    Outcome outcome = Outcome::Unanswered;
     QUrl url;
-    bool trashed = false; // `url` lies in one of the desktop's trash folders.
+    bool trashed = false; // It has followed its file into a trash folder, the desktop's or another.
     std::optional<QByteArray> newBookmark; // Where the query had none, or a stale one.
 };
 
@@ -53,6 +52,6 @@ public:
         Background, // As long as one look at each file and a bounded search need.
     };
     /// One answer a query, in their order. All queries of a call share one
-    /// search. Any thread.
+    /// search. What has a bookmark is never absent in a brief look. Any thread.
     virtual QList<BookmarkAnswer> resolve(const QList<BookmarkQuery> &queries, Bound bound) = 0;
 };

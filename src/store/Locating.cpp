@@ -5,6 +5,7 @@
 namespace {
 
 using Outcome = BookmarkAnswer::Outcome;
+using State = LocateResult::State;
 
 QList<BookmarkQuery> queriesFor(const QList<ShelfItem> &items)
 {
@@ -15,40 +16,33 @@ QList<BookmarkQuery> queriesFor(const QList<ShelfItem> &items)
     return queries;
 }
 
-/// Beside the desktop's own trash: the folders in which other systems keep
-/// theirs, on whatever volume.
-bool isTrashed(const BookmarkAnswer &answer)
+std::optional<State> stateOf(const BookmarkAnswer &answer)
 {
-    const QString path = answer.url.path(QUrl::PrettyDecoded) + u'/';
-    return answer.trashed || path.contains(QLatin1String("/.Trash/"))
-        || path.contains(QLatin1String("/.Trashes/"));
-}
-
-bool isGone(const ShelfItem &item, const BookmarkAnswer &answer)
-{
-    return answer.outcome == Outcome::Gone
-        || (answer.outcome == Outcome::Resolved && item.bookmark && isTrashed(answer));
-}
-
-bool hasMoved(const ShelfItem &item, const BookmarkAnswer &answer)
-{
-    return answer.outcome == Outcome::Resolved && (answer.newBookmark || answer.url != item.url);
+    switch (answer.outcome) {
+    case Outcome::Found:
+        return answer.trashed ? State::Trashed : State::Found;
+    case Outcome::Missing:
+        return State::Missing;
+    case Outcome::Absent:
+        return State::Absent;
+    case Outcome::Unanswered:
+        break;
+    }
+    return std::nullopt;
 }
 
 }
 
-QList<LocateResult> Locating::changes(Bookmarks &bookmarks, const QList<ShelfItem> &items)
+QList<LocateResult> Locating::differences(Bookmarks &bookmarks, const QList<ShelfItem> &items)
 {
     QList<LocateResult> results;
     const auto answers = bookmarks.resolve(queriesFor(items), Bookmarks::Bound::Background);
     for (qsizetype i = 0; i < items.size(); ++i) {
         const ShelfItem &item = items.at(i);
         const BookmarkAnswer &answer = answers.at(i);
-        if (isGone(item, answer))
-            results.append({ item.id, item.url, std::nullopt });
-        else if (hasMoved(item, answer))
-            results.append(
-                { item.id, item.url, LocateResult::Found { answer.url, answer.newBookmark } });
+        const auto state = stateOf(answer);
+        if (state && (state != State::Found || answer.newBookmark || answer.url != item.url))
+            results.append({ item.id, item.url, *state, answer.url, answer.newBookmark });
     }
     return results;
 }
@@ -66,13 +60,13 @@ void Locating::keepLocated(Bookmarks &bookmarks, QList<Shelf> &shelves)
         QList<ShelfItem> kept;
         kept.reserve(shelf.items.size());
         for (ShelfItem &item : shelf.items) {
-            if (!isGone(item, *answer) && answer->outcome != Outcome::Searching) {
-                if (hasMoved(item, *answer))
-                    item.url = answer->url;
-                if (answer->newBookmark)
-                    item.bookmark = answer->newBookmark;
+            const auto state = stateOf(*answer);
+            if (state == State::Found)
+                item.url = answer->url;
+            if (state == State::Found && answer->newBookmark)
+                item.bookmark = answer->newBookmark;
+            if (state != State::Trashed && state != State::Absent)
                 kept.append(std::move(item));
-            }
             ++answer;
         }
         shelf.items = std::move(kept);
@@ -86,6 +80,6 @@ QList<bool> Locating::present(Bookmarks &bookmarks, const QList<QUrl> &urls)
         queries.append({ url, std::nullopt });
     QList<bool> result;
     for (const BookmarkAnswer &answer : bookmarks.resolve(queries, Bookmarks::Bound::Brief))
-        result.append(answer.outcome == Outcome::Resolved || answer.outcome == Outcome::Silent);
+        result.append(answer.outcome == Outcome::Found || answer.outcome == Outcome::Unanswered);
     return result;
 }

@@ -107,8 +107,9 @@ public:
     /// The reason, where that fails: then nothing has changed.
     [[nodiscard]] std::optional<QString> rename(const QUuid &id, const QString &name);
 
-    /// Looks for the files of the current shelf on a worker: entries follow theirs, and those whose
-    /// file is gone leave quietly. One check at a time; a request during one is dropped.
+    /// Looks for the files of the current shelf on a worker: entries follow theirs. Those whose
+    /// file was thrown away, or that two successive checks 2 seconds apart find nowhere, leave
+    /// quietly. One check at a time; a request during one is dropped.
     void refreshLocationsInBackground();
 
     // Selection: never persisted.
@@ -143,7 +144,9 @@ private:
     void sweepOrphans() const;
     QList<ShelfItem> rehome(QList<ShelfItem> list) const;
     void discardManaged(const QList<ShelfItem> &list) const;
-    void applyLocations(const QList<LocateResult> &results);
+    using Missed = QHash<QUuid, std::pair<QUrl, double>>; // Address then, and when it was missed.
+    bool counts(const LocateResult &result, double begin, Missed &missed) const;
+    void applyLocations(const QList<LocateResult> &results, double begin);
     QByteArray droppedDir() const { return m_paths.dataDir + "/dropped"; }
 
     void commit(QList<ShelfItem> next);
@@ -183,6 +186,7 @@ private:
     StateEncoder m_encoder; // Of the state file.
     bool m_isSaved = true; // The file on disk names no entry that has left.
     bool m_refreshingLocations = false;
+    Missed m_missed; // By the last check.
     QList<Removed> m_lastRemoved; // The one stash.
     std::optional<QUuid> m_lastRemovedShelf;
     Ticket m_purge;

@@ -228,6 +228,8 @@ const Operation operations[] = {
       [](World &w) {
           NativeFile::remove(FilePath::fromUrl(w.urls().first()));
           w.store().refreshLocationsInBackground();
+          w.queue.advance(2);
+          w.store().refreshLocationsInBackground();
       } },
     { "load", [](World &w) { w.restart(); } },
     { "clear", [](World &w) { w.store().clear(); } },

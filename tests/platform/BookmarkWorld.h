@@ -93,7 +93,7 @@ struct BookmarkWorld
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         BookmarkAnswer answer = check(query);
         using Outcome = BookmarkAnswer::Outcome;
-        while ((answer.outcome == Outcome::Searching || answer.outcome == Outcome::Silent)
+        while ((answer.outcome == Outcome::Missing || answer.outcome == Outcome::Unanswered)
                && std::chrono::steady_clock::now() < end) {
             std::this_thread::yield();
             answer = check(query);

@@ -150,15 +150,15 @@ TEST(BookmarksTest, AFileIsFollowedWhateverTheUserDoesToIt)
             story.before(world);
             const BookmarkQuery query = world.query(story.of);
             ASSERT_TRUE(query.bookmark);
-            ASSERT_EQ(world.check(query, bound).outcome, Outcome::Resolved);
+            ASSERT_EQ(world.check(query, bound).outcome, Outcome::Found);
             const auto identity = identityOf(world.path(story.of));
             story.happens(world);
             const BookmarkAnswer answer = world.check(query, bound);
             if (story.now.isEmpty()) {
-                EXPECT_EQ(answer.outcome, Outcome::Gone);
+                EXPECT_EQ(answer.outcome, Outcome::Absent);
                 continue;
             }
-            ASSERT_EQ(answer.outcome, Outcome::Resolved);
+            ASSERT_EQ(answer.outcome, Outcome::Found);
             const auto kind
                 = story.now.endsWith('/') ? FilePath::Kind::Directory : FilePath::Kind::File;
             EXPECT_EQ(answer.url, FilePath::toUrl(world.path(story.now), kind));
@@ -168,7 +168,7 @@ TEST(BookmarksTest, AFileIsFollowedWhateverTheUserDoesToIt)
             ASSERT_EQ(answer.newBookmark.has_value(), !same);
             const BookmarkAnswer next
                 = world.check({ answer.url, same ? query.bookmark : answer.newBookmark }, bound);
-            EXPECT_EQ(next.outcome, Outcome::Resolved);
+            EXPECT_EQ(next.outcome, Outcome::Found);
             EXPECT_EQ(next.url, answer.url);
             EXPECT_FALSE(next.newBookmark);
         }
@@ -192,13 +192,13 @@ TEST(BookmarksTest, TheKernelsWordIsEnoughWithinWatchedFolders)
     ::unlink(world.path("home/two/linked").constData());
     const auto answers = world.bookmarks->resolve({ a, b, linked }, Bound::Background);
     EXPECT_EQ(answers[0].url, FilePath::toUrl(world.path("home/one/d")));
-    EXPECT_EQ(answers[1].outcome, Outcome::Gone);
-    EXPECT_EQ(answers[2].outcome, Outcome::Searching) << "lives on under its other name";
+    EXPECT_EQ(answers[1].outcome, Outcome::Absent);
+    EXPECT_EQ(answers[2].outcome, Outcome::Missing) << "lives on under its other name";
 
     const BookmarkQuery d = { answers[0].url, answers[0].newBookmark };
     world.check(d);
     world.move("home/one/d", "home/d"); // Out of what is watched.
-    EXPECT_EQ(world.check(d).outcome, Outcome::Searching);
+    EXPECT_EQ(world.check(d).outcome, Outcome::Missing);
 
     // What was told of a folder's former place is no word about what is there now.
     world.move("home/d", "home/one/d");
@@ -206,7 +206,7 @@ TEST(BookmarksTest, TheKernelsWordIsEnoughWithinWatchedFolders)
     world.move("home/one", "home/former");
     makeFolder(world.path("home/one"));
     ::unlink(world.path("home/former/d").constData());
-    EXPECT_NE(world.check(d).outcome, Outcome::Resolved);
+    EXPECT_NE(world.check(d).outcome, Outcome::Found);
 }
 
 TEST(BookmarksTest, ASearchThatHasNotEndedProvesNothingAndGoesOnOutside)
@@ -222,12 +222,12 @@ TEST(BookmarksTest, ASearchThatHasNotEndedProvesNothingAndGoesOnOutside)
     const BookmarkQuery deleted = world.query("home/two/b");
     world.move("home/one/a", "home/two/deep/there");
     ::unlink(world.path("home/two/b").constData());
-    EXPECT_EQ(world.check(moved, Bound::Brief).outcome, Outcome::Searching);
+    EXPECT_EQ(world.check(moved, Bound::Brief).outcome, Outcome::Missing);
     const auto answers = world.bookmarks->resolve({ moved, deleted }, Bound::Background);
-    EXPECT_EQ(answers[0].outcome, Outcome::Searching);
-    EXPECT_EQ(answers[1].outcome, Outcome::Searching);
+    EXPECT_EQ(answers[0].outcome, Outcome::Missing);
+    EXPECT_EQ(answers[1].outcome, Outcome::Missing);
     EXPECT_EQ(world.checkToTheEnd(moved).url, FilePath::toUrl(world.path("home/two/deep/there")));
-    EXPECT_EQ(world.checkToTheEnd(deleted).outcome, Outcome::Gone);
+    EXPECT_EQ(world.checkToTheEnd(deleted).outcome, Outcome::Absent);
 }
 
 TEST(BookmarksTest, ASearchThatCameToItsLimitsRests)
@@ -236,7 +236,7 @@ TEST(BookmarksTest, ASearchThatCameToItsLimitsRests)
     const BookmarkQuery moved = world.query("home/one/a");
     world.move("home/one/a", "elsewhere");
     for (int i = 0; i < 20; ++i)
-        EXPECT_EQ(world.check(moved).outcome, Outcome::Searching);
+        EXPECT_EQ(world.check(moved).outcome, Outcome::Missing);
 }
 
 TEST(BookmarksTest, AFolderRenamedInItsPlaceIsFoundBeforeTheSearchOfEverything)
@@ -265,22 +265,22 @@ TEST(BookmarksTest, WithoutAUsableBookmarkTheAddressCounts)
     const QUrl nowhere = FilePath::toUrl(world.path("home/one/b"));
     const QByteArray whole = *world.query("home/one/a").bookmark;
     const auto made = world.check({ there, std::nullopt });
-    EXPECT_EQ(made.outcome, Outcome::Resolved);
+    EXPECT_EQ(made.outcome, Outcome::Found);
     EXPECT_EQ(made.newBookmark, whole);
-    EXPECT_EQ(world.check({ nowhere, std::nullopt }).outcome, Outcome::Gone);
-    EXPECT_EQ(world.check({ QUrl(), std::nullopt }).outcome, Outcome::Gone);
+    EXPECT_EQ(world.check({ nowhere, std::nullopt }).outcome, Outcome::Absent);
+    EXPECT_EQ(world.check({ QUrl(), std::nullopt }).outcome, Outcome::Absent);
     EXPECT_EQ(world.check({ QUrl(), whole }).url, there);
     for (const QByteArray &damaged : { QByteArray(""), QByteArray("x"), whole.left(30) }) {
-        EXPECT_EQ(world.check({ there, damaged }).outcome, Outcome::Damaged);
+        EXPECT_EQ(world.check({ there, damaged }).outcome, Outcome::Found);
         EXPECT_EQ(world.check({ there, damaged }).url, there);
-        EXPECT_EQ(world.check({ nowhere, damaged }).outcome, Outcome::Gone);
+        EXPECT_EQ(world.check({ nowhere, damaged }).outcome, Outcome::Absent);
     }
     // The address was changed without the bookmark, in the same check as its former one.
     world.move("home/one/a", "home/one/b");
     const auto both
         = world.bookmarks->resolve({ { there, whole }, { nowhere, whole } }, Bound::Background);
     for (const BookmarkAnswer &answer : both) {
-        EXPECT_EQ(answer.outcome, Outcome::Resolved);
+        EXPECT_EQ(answer.outcome, Outcome::Found);
         EXPECT_EQ(answer.url, nowhere);
         EXPECT_TRUE(answer.newBookmark);
     }
@@ -299,7 +299,7 @@ TEST(BookmarksTest, AFolderThatMustNotBeReadHidesNothing)
     const BookmarkAnswer answer = world.check(query);
     ::setfsuid(user);
     ::chmod(world.path("home/one").constData(), 0755);
-    EXPECT_EQ(answer.outcome, Outcome::Resolved);
+    EXPECT_EQ(answer.outcome, Outcome::Found);
     EXPECT_EQ(answer.url, query.url);
     EXPECT_FALSE(answer.newBookmark);
 }
@@ -319,9 +319,9 @@ TEST(BookmarksTest, AFileSystemIsKnownByItsOwnNumberToo)
     // Another file system has the device's number, or none has either.
     record.identity.device = identityOf(world.path("elsewhere"))->device;
     record.fileSystem ^= 1;
-    EXPECT_EQ(world.check({ query.url, BookmarkCoding::encode(record) }).outcome, Outcome::Gone);
+    EXPECT_EQ(world.check({ query.url, BookmarkCoding::encode(record) }).outcome, Outcome::Absent);
     record.identity.device = makedev(4000, 17);
-    EXPECT_EQ(world.check({ query.url, BookmarkCoding::encode(record) }).outcome, Outcome::Gone);
+    EXPECT_EQ(world.check({ query.url, BookmarkCoding::encode(record) }).outcome, Outcome::Absent);
 }
 
 namespace {
@@ -386,23 +386,23 @@ TEST(BookmarksTest, ADeadNetworkMountHoldsNothingButOneThread)
     EXPECT_EQ(server->looks(), 0);
     for (const Bound bound : { Bound::Brief, Bound::Background, Bound::Brief }) {
         const auto answers = world.bookmarks->resolve(queries, bound);
-        EXPECT_EQ(answers[0].outcome, Outcome::Resolved);
+        EXPECT_EQ(answers[0].outcome, Outcome::Found);
         for (int i = 1; i < answers.size(); ++i)
-            EXPECT_EQ(answers[i].outcome, Outcome::Silent);
+            EXPECT_EQ(answers[i].outcome, Outcome::Unanswered);
     }
     EXPECT_LE(server->looks(), 1);
 
     server->setAnswers(true);
-    EXPECT_EQ(world.checkToTheEnd(queries.last()).outcome, Outcome::Gone);
+    EXPECT_EQ(world.checkToTheEnd(queries.last()).outcome, Outcome::Absent);
     for (int i = 1; i <= 3; ++i) {
         const BookmarkAnswer answer = world.checkToTheEnd(queries[i]);
-        EXPECT_EQ(answer.outcome, Outcome::Resolved);
+        EXPECT_EQ(answer.outcome, Outcome::Found);
         ASSERT_TRUE(answer.newBookmark);
         const BookmarkAnswer again = world.checkToTheEnd({ answer.url, answer.newBookmark });
-        EXPECT_EQ(again.outcome, Outcome::Resolved);
+        EXPECT_EQ(again.outcome, Outcome::Found);
         EXPECT_FALSE(again.newBookmark);
     }
-    EXPECT_EQ(world.check(queries[4]).outcome, Outcome::Silent) << "is not mounted by looking";
+    EXPECT_EQ(world.check(queries[4]).outcome, Outcome::Unanswered) << "is not mounted by looking";
     // The threads keep what they need; nobody waits for them.
     server->setAnswers(false);
     world.bookmarks->resolve(queries, Bound::Brief);
@@ -429,7 +429,7 @@ TEST(BookmarksTest, ChecksAndAdditionsMayComeFromSeveralThreads)
         world.move("home/one/0", "home/two/moved");
         const auto answers = world.bookmarks->resolve(queries, Bound::Brief);
         EXPECT_EQ(answers[0].url, FilePath::toUrl(world.path("home/two/moved")));
-        EXPECT_EQ(answers[1].outcome, Outcome::Resolved);
+        EXPECT_EQ(answers[1].outcome, Outcome::Found);
         world.move("home/two/moved", "home/one/0");
         EXPECT_TRUE(world.bookmarks->make(queries[i].url).bookmark);
     }

@@ -18,11 +18,26 @@ void moveFile(World &w, const Path &from, const Path &to)
     w.bookmarks.moved.insert(from, to);
 }
 
+void check(World &w)
+{
+    w.store().refreshLocationsInBackground();
+    w.queue.settle();
+}
+
+/// What two checks agree on.
+void checkTwice(World &w)
+{
+    check(w);
+    w.queue.advance(2);
+    check(w);
+}
+
 }
 
 TEST(LocationTest, EntriesFollowTheirFilesAndLeaveWithThem)
 {
     enum class End { Stays, Follows, Leaves };
+    constexpr auto stays = End::Stays, follows = End::Follows, leaves = End::Leaves;
     const std::optional<QByteArray> none;
     const struct
     {
@@ -30,22 +45,19 @@ TEST(LocationTest, EntriesFollowTheirFilesAndLeaveWithThem)
         Path now; // Where the file is; "" is nowhere.
         std::optional<QByteArray> bookmark;
         QSet<Path> FakeBookmarks::*listed; // Where the file's own path is noted.
-        End checked, loaded;
+        End loaded, checked, checkedAgain;
     } cases[] = {
-        { "in place", "/a", "good", nullptr, End::Stays, End::Stays },
-        { "renamed", "/b", "good", nullptr, End::Follows, End::Follows },
-        { "deleted", "", "good", nullptr, End::Leaves, End::Leaves },
-        { "in a trash folder", "/x/.Trash/a", "good", nullptr, End::Leaves, End::Leaves },
-        { "in another", "/.Trashes/501/a", "good", nullptr, End::Leaves, End::Leaves },
-        { "in the desktop's trash", "/a", "good", &FakeBookmarks::trash, End::Leaves, End::Leaves },
-        { "in no trash", "/my.Trash/.Trash2/a", "good", nullptr, End::Follows, End::Follows },
-        { "damaged bookmark", "/a", "damaged", nullptr, End::Stays, End::Stays },
-        { "damaged bookmark, renamed", "/b", "damaged", nullptr, End::Leaves, End::Leaves },
-        { "no bookmark", "/a", none, nullptr, End::Follows, End::Follows }, // It gets one.
-        { "no bookmark, trash", "/a", none, &FakeBookmarks::trash, End::Follows, End::Follows },
-        { "no bookmark, deleted", "", none, nullptr, End::Leaves, End::Leaves },
-        { "does not answer", "", "good", &FakeBookmarks::silent, End::Stays, End::Stays },
-        { "being searched for", "", "good", &FakeBookmarks::searching, End::Stays, End::Leaves },
+        { "in place", "/a", "good", nullptr, stays, stays, stays },
+        { "renamed", "/b", "good", nullptr, follows, follows, follows },
+        { "deleted", "", "good", nullptr, leaves, stays, leaves },
+        { "trashed", "/a", "good", &FakeBookmarks::trash, leaves, leaves, leaves },
+        { "damaged bookmark", "/a", "damaged", nullptr, stays, stays, stays },
+        { "damaged bookmark, renamed", "/b", "damaged", nullptr, leaves, stays, leaves },
+        { "no bookmark", "/a", none, nullptr, follows, follows, follows }, // It gets one.
+        { "no bookmark, trash", "/a", none, &FakeBookmarks::trash, follows, follows, leaves },
+        { "no bookmark, deleted", "", none, nullptr, leaves, stays, leaves },
+        { "does not answer", "", "good", &FakeBookmarks::silent, stays, stays, stays },
+        { "searched for", "", "good", &FakeBookmarks::searching, stays, stays, stays },
     };
     for (const auto &c : cases) {
         for (const bool load : { false, true }) {
@@ -66,20 +78,65 @@ TEST(LocationTest, EntriesFollowTheirFilesAndLeaveWithThem)
             if (c.listed)
                 (w.bookmarks.*c.listed).insert(own);
 
-            w.store().refreshLocationsInBackground();
-            if (!load)
-                w.queue.settle();
             ShelfItem after = before;
             after.url = FilePath::toUrl(w.home() + c.now);
             after.bookmark = FakeBookmarks::bookmarkOf(w.home() + c.now);
-            QList<ShelfItem> expected { shelf.items.last() };
-            const End end = load ? c.loaded : c.checked;
-            if (end != End::Leaves)
-                expected.prepend(end == End::Stays ? before : after);
-            EXPECT_EQ(w.store().items.value(), expected);
-            EXPECT_EQ(w.savedState()->shelves.first().items, expected);
+            const auto expect = [&](End end) {
+                QList<ShelfItem> expected { shelf.items.last() };
+                if (end != leaves)
+                    expected.prepend(end == stays ? before : after);
+                EXPECT_EQ(w.store().items.value(), expected);
+                EXPECT_TRUE(end == stays || w.savedState()->shelves.first().items == expected);
+            };
+            w.store();
+            if (load) {
+                expect(c.loaded);
+                continue;
+            }
+            check(w);
+            expect(c.checked);
+            w.queue.advance(1.9); // Too soon for a second opinion.
+            check(w);
+            expect(c.checked);
+            w.queue.advance(0.1);
+            check(w);
+            expect(c.checkedAgain);
         }
     }
+}
+
+TEST(LocationTest, OnlyTwoSuccessiveChecksOfOneFileCallItGone)
+{
+    World w;
+    w.store().add(w.files(2));
+    const Path own = w.home() + "/file1";
+    const auto absent = [&](const std::function<void()> &meanwhile) {
+        NativeFile::remove(own);
+        check(w);
+        meanwhile();
+        w.queue.advance(3);
+        check(w);
+        return w.urls().size() == 1;
+    };
+    EXPECT_FALSE(absent([&] { w.file("file1"); })) << "was back";
+    EXPECT_FALSE(absent([&] {
+        w.file("file1"); // It was back in between, and is missing for the first time again.
+        check(w);
+        NativeFile::remove(own);
+    }));
+    w.file("file1");
+    check(w);
+    EXPECT_FALSE(absent([&] { w.bookmarks.silent.insert(own); }));
+    w.bookmarks.silent.clear();
+    check(w);
+    EXPECT_EQ(w.urls().size(), 2) << "the answer between was none";
+    w.bookmarks.searching.insert(own);
+    w.queue.advance(3);
+    check(w);
+    EXPECT_EQ(w.urls().size(), 2) << "the search goes on";
+    w.bookmarks.searching.clear();
+    check(w);
+    EXPECT_EQ(w.urls().size(), 1);
 }
 
 TEST(LocationTest, AllShelvesAreLookedForTogetherAtAStart)
@@ -107,15 +164,13 @@ TEST(LocationTest, ACheckThatFindsNothingNewWritesAndTellsNothing)
         w.store().uploading.subscribe(tell, Deliver::ChangesOnly),
         w.store().progress.subscribe(tell, Deliver::ChangesOnly),
     };
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    check(w);
     EXPECT_EQ(w.bookmarks.checks, 1);
     EXPECT_EQ(told, 0);
     EXPECT_EQ(inode(w.data("shelves.json")), before);
 
     moveFile(w, w.home() + "/file1", w.home() + "/new");
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    check(w);
     EXPECT_EQ(told, 2);
     EXPECT_NE(inode(w.data("shelves.json")), before);
 }
@@ -123,23 +178,18 @@ TEST(LocationTest, ACheckThatFindsNothingNewWritesAndTellsNothing)
 TEST(LocationTest, OneCheckRunsAtATimeAndNoneForAnEmptyShelf)
 {
     World w;
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    check(w);
     EXPECT_EQ(w.bookmarks.checks, 0);
     w.store().add(w.files(1));
     w.store().refreshLocationsInBackground();
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    check(w);
     EXPECT_EQ(w.bookmarks.checks, 1);
 
     // What reacts to a result may ask for the next check at once.
-    w.bookmarks.moved.insert(w.home() + "/file0", w.home() + "/gone");
-    NativeFile::remove(w.home() + "/file0");
-    w.file("gone");
+    moveFile(w, w.home() + "/file0", w.home() + "/gone");
     const Ticket ticket = w.store().items.subscribe(
         [&](const auto &) { w.store().refreshLocationsInBackground(); }, Deliver::ChangesOnly);
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    check(w);
     EXPECT_EQ(w.bookmarks.checks, 3);
     EXPECT_EQ(w.urls(), QList { w.file("gone") });
 }
@@ -204,8 +254,7 @@ TEST(LocationTest, WhatIsGoneLeavesQuietlyAndItsTransferEnds)
     w.sounds.played.clear();
 
     NativeFile::remove(w.home() + "/file1");
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    checkTwice(w);
     EXPECT_EQ(w.urls(), (QList { w.file("file0"), w.file("file2") }));
     EXPECT_EQ(cancelled, QList { 1 });
     EXPECT_EQ(w.store().uploading.value(), QSet { ids.at(2) });
@@ -224,10 +273,10 @@ TEST(LocationTest, AShelfIsCheckedWhenItComesOnShow)
     w.writeState({ a.id, { a, b }, {} });
     w.store();
     NativeFile::remove(w.home() + "/b");
-    w.store().refreshLocationsInBackground();
-    w.queue.settle();
+    check(w);
     EXPECT_EQ(w.store().shelves.value().last(), b); // Not on show.
     w.store().switchTo(b.id);
-    w.queue.settle();
+    w.queue.advance(2);
+    check(w);
     EXPECT_EQ(w.urls(), QList { w.file("c") });
 }

@@ -42,7 +42,7 @@ struct ModelState
 
     struct Location
     {
-        enum { Found, Gone, Searching, Silent } outcome = Silent;
+        enum { Found, Trashed, Absent, Missing, Silent } outcome = Silent;
         int place = none, bookmark = none; // The bookmark is a new one.
     };
 
@@ -181,8 +181,8 @@ struct ModelState
         if (isSilent(entry.place))
             return { Location::Silent };
         if (!exists(entry.place) && disk.searching.count(entry.place))
-            return { Location::Searching };
-        const auto inPlace = exists(entry.place) ? Location::Found : Location::Gone;
+            return { Location::Missing };
+        const auto inPlace = exists(entry.place) ? Location::Found : Location::Absent;
         if (entry.bookmark == none)
             return { inPlace, entry.place, bookmarkOf(entry.place) };
         const auto moved = disk.moved.find(entry.bookmark);
@@ -190,7 +190,7 @@ struct ModelState
         if (!exists(place))
             return { inPlace, entry.place };
         if (disk.trash.count(place))
-            return { Location::Gone };
+            return { Location::Trashed };
         return { Location::Found, place, place == entry.bookmark ? none : place };
     }
 
@@ -211,7 +211,7 @@ struct ModelState
         for (Entry entry : list) {
             const Location location = locate(entry);
             follow(entry, location);
-            if (location.outcome != Location::Gone && location.outcome != Location::Searching)
+            if (location.outcome != Location::Trashed && location.outcome != Location::Absent)
                 kept.push_back(entry);
         }
         return kept;

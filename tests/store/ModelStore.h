@@ -215,7 +215,7 @@ public:
         if (m_refreshing || items().empty())
             return;
         m_refreshing = true;
-        m_jobs.push_back({ items(), {} });
+        m_jobs.push_back({ items(), {}, uptime });
     }
 
     int jobCount() const { return int(m_jobs.size()); }
@@ -266,6 +266,7 @@ private:
     {
         Entries checked;
         std::vector<Location> locations;
+        double begin = 0;
         int image = none;
     };
 
@@ -290,12 +291,23 @@ private:
         m_refreshing = false;
         Numbers gone;
         bool changed = false;
+        const auto before = std::exchange(m_missed, {});
         for (int i = 0; i < int(job.checked.size()); ++i) {
-            const int index = indexOf(items(), job.checked[i].number);
-            if (index < 0 || items()[index].place != job.checked[i].place)
+            const auto &[number, place] = std::pair(job.checked[i].number, job.checked[i].place);
+            const auto outcome = job.locations[i].outcome;
+            bool leaves = outcome == Location::Trashed;
+            if (outcome == Location::Absent || outcome == Location::Missing) {
+                const auto first = before.find({ number, place });
+                const double since = first == before.end() ? uptime : first->second;
+                leaves = outcome == Location::Absent && job.begin - since >= 2;
+                if (!leaves)
+                    m_missed[{ number, place }] = since;
+            }
+            const int index = indexOf(items(), number);
+            if (index < 0 || items()[index].place != place)
                 continue;
-            if (job.locations[i].outcome == Location::Gone)
-                gone.insert(job.checked[i].number);
+            if (leaves)
+                gone.insert(number);
             changed = follow(items()[index], job.locations[i]) || changed;
         }
         if (!changed && gone.empty())
@@ -311,4 +323,5 @@ private:
     std::optional<double> m_purgeAt;
     bool m_refreshing = false;
     std::vector<Job> m_jobs, m_results;
+    std::map<std::pair<int, int>, double> m_missed; // By entry and place: when it was missed.
 };

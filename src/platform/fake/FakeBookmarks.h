@@ -48,19 +48,18 @@ private:
         const QByteArray own = FilePath::fromUrl(query.url);
         if (silent.contains(own))
             return {};
-        if (searching.contains(own))
-            return { Outcome::Searching, query.url, false, std::nullopt };
         const bool present = FilePath::exists(own);
+        if (!present && searching.contains(own))
+            return { Outcome::Missing, query.url, false, std::nullopt };
+        const auto here = present ? Outcome::Found : Outcome::Absent;
         if (!query.bookmark)
-            return present ? BookmarkAnswer { Outcome::Resolved, query.url, false, bookmarkOf(own) }
-                           : BookmarkAnswer { Outcome::Gone, query.url, false, std::nullopt };
-        if (!query.bookmark->startsWith("bookmark of "))
-            return { present ? Outcome::Damaged : Outcome::Gone, query.url, false, std::nullopt };
+            return { here, query.url, false,
+                     present ? std::optional(bookmarkOf(own)) : std::nullopt };
         const QByteArray made = query.bookmark->mid(12);
         const QByteArray now = moved.value(made, made);
-        if (!FilePath::exists(now))
-            return { present ? Outcome::Damaged : Outcome::Gone, query.url, false, std::nullopt };
-        return { Outcome::Resolved, FilePath::toUrl(now), trash.contains(now),
+        if (!query.bookmark->startsWith("bookmark of ") || !FilePath::exists(now))
+            return { here, query.url, false, std::nullopt };
+        return { Outcome::Found, FilePath::toUrl(now), trash.contains(now),
                  now == made ? std::nullopt : std::optional(bookmarkOf(now)) };
     }
 };

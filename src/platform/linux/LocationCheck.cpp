@@ -65,7 +65,7 @@ void LocationCheck::sort()
         m_known.push_back(&known);
         m_answers[query].url = m_queries[query].url;
         if (known.path.isEmpty()) { // Neither an address nor a bookmark.
-            m_answers[query].outcome = Outcome::Gone;
+            m_answers[query].outcome = Outcome::Absent;
             continue;
         }
         if (known.mounts != m_mounts->number()) {
@@ -136,7 +136,7 @@ void LocationCheck::settle(int query, const FileLook &look)
     }
     known.links = look.links;
     BookmarkAnswer &answer = m_answers[query];
-    answer.outcome = Outcome::Resolved;
+    answer.outcome = Outcome::Found;
     answer.trashed = TrashFolders::hold(known.path, m_parts.places.homeTrash, *m_mounts);
     if (m_anythingTold)
         m_parts.memory.seen(known.path);
@@ -178,21 +178,21 @@ void LocationCheck::settleAway(int query, const FileLook &look, const QByteArray
     else if (look.state == FileLook::State::Missing)
         m_missing.append(query);
     else
-        m_answers[query].outcome = Outcome::Resolved; // As far as can be told.
+        m_answers[query].outcome = Outcome::Found; // As far as can be told.
 }
 
 void LocationCheck::settleWithoutRecord(int query, const FileLook &look)
 {
     BookmarkAnswer &answer = m_answers[query];
     if (look.state == FileLook::State::Missing) {
-        answer.outcome = Outcome::Gone;
+        answer.outcome = Outcome::Absent;
         return;
     }
     if (m_queries[query].bookmark) {
-        answer.outcome = Outcome::Damaged;
+        answer.outcome = Outcome::Found;
         return;
     }
-    answer.outcome = Outcome::Resolved;
+    answer.outcome = Outcome::Found;
     if (!isPresent(look))
         return;
     resolve(query, m_known[static_cast<size_t>(query)]->path, look);
@@ -204,7 +204,7 @@ void LocationCheck::resolve(int query, const QByteArray &path, const FileLook &l
 {
     const KnownBookmark &known = *m_known[static_cast<size_t>(query)];
     BookmarkAnswer &answer = m_answers[query];
-    answer.outcome = Outcome::Resolved;
+    answer.outcome = Outcome::Found;
     answer.url = urlOf(path, look);
     answer.trashed = TrashFolders::hold(path, m_parts.places.homeTrash, *m_mounts);
     const bool same
@@ -286,8 +286,8 @@ void LocationCheck::findMissing()
             resolve(query, outcomes[i].path, outcomes[i].look);
         else
             m_answers[query].outcome = outcomes[i].state == MissingFiles::Outcome::State::Gone
-                ? Outcome::Gone
-                : Outcome::Searching;
+                ? Outcome::Absent
+                : Outcome::Missing;
     }
     m_missing.clear();
 }
