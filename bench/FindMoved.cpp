@@ -30,8 +30,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int leaves = 10'000;
 constexpr int filesInEach = 49;
-constexpr int threads = 2;
-constexpr InodeSearch::Limits unlimited { 600, 100'000'000, threads };
+constexpr InodeSearch::Limits unlimited { 600, 100'000'000 };
 
 void demand(bool condition, const char *what)
 {
@@ -118,15 +117,16 @@ private:
         m_file = path;
     }
 
-    void search(bool inside) const
+    void search(bool inside)
     {
         const std::atomic<bool> cancelled = false;
-        const auto result = InodeSearch::run(QByteArray::fromStdString(m_tree.string()), {},
-                                             { m_identity }, unlimited, cancelled);
-        demand(result.whole, "The search was not whole.");
-        demand(result.found.size() == (inside ? 1 : 0), "The search found something else.");
+        InodeSearch search({ m_identity }, unlimited, cancelled);
+        search.walk(QByteArray::fromStdString(m_tree.string()), *m_mounts.current());
+        demand(search.isWhole(), "The search was not whole.");
+        demand(search.found().size() == (inside ? 1 : 0), "The search found something else.");
         if (inside)
-            demand(result.found[0].second.toStdString() == m_file, "It is not the file's path.");
+            demand(search.found().value(m_identity).toStdString() == m_file,
+                   "It is not the file's path.");
     }
 
     void find(const std::vector<std::string> &more) const
@@ -161,6 +161,7 @@ private:
     fs::path m_tree;
     fs::path m_file;
     FileIdentity m_identity;
+    MountTable m_mounts { "/proc/self/mountinfo" };
     std::mt19937 m_random { 4711 };
     std::uniform_int_distribution<int> m_leaf { 0, leaves - 1 };
     int m_turn = 0;

@@ -24,14 +24,23 @@ inline void makeFolder(const QByteArray &path)
     QDir().mkpath(QFile::decodeName(path));
 }
 
+/// Whatever is missing may be called so at once.
+inline LinuxBookmarks::Bounds quick()
+{
+    LinuxBookmarks::Bounds bounds;
+    bounds.lateVolumes = bounds.walksApart = 0;
+    bounds.brief = bounds.near.seconds = 20; // However slow the machine is.
+    return bounds;
+}
+
 /// A folder that counts as a whole file system, with a home in it.
 struct BookmarkWorld
 {
-    explicit BookmarkWorld(LinuxBookmarks::Bounds b = {})
+    explicit BookmarkWorld(LinuxBookmarks::Bounds b = quick(), const QByteArray &type = "ext4")
         : bounds(std::move(b))
     {
         begin();
-        mount(path(""), "ext4", identityOf(path("home"))->device);
+        mount(path(""), type, identityOf(path("home"))->device);
     }
 
     ~BookmarkWorld()
@@ -46,6 +55,7 @@ struct BookmarkWorld
         NativeFile::remove(path(""));
         for (const char *name : { "home/one", "home/two/deep", "home/.local/share/Trash/files" })
             makeFolder(path(name));
+        ::symlink("home", path("linked home").constData());
         file("home/one/a");
     }
     QByteArray path(const QByteArray &name) const
@@ -72,7 +82,7 @@ struct BookmarkWorld
     void restart()
     {
         bookmarks = std::make_unique<LinuxBookmarks>(
-            LinuxBookmarks::Places { path("home/.local/share/Trash"),
+            LinuxBookmarks::Places { path("linked home/.local/share/Trash"),
                                      [this] { return QList { path("home") }; },
                                      folder.path().toUtf8() + "/mountinfo" },
             bounds);

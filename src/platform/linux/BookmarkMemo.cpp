@@ -2,45 +2,28 @@
 
 #include "base/FilePath.h"
 
-void BookmarkMemo::beginCheck(qsizetype queries)
+std::vector<KnownBookmark> &BookmarkMemo::understand(const QList<BookmarkQuery> &queries)
 {
-    ++m_check;
-    m_passing.clear();
-    const auto bound = static_cast<size_t>(4 * queries + 1024);
-    if (m_known.size() <= bound && m_folders.size() <= static_cast<qsizetype>(bound))
-        return;
-    m_known.clear();
-    m_folders.clear();
-    m_byFolder.clear();
+    if (m_folders.size() > 2 * queries.size() + 1024) { // Mostly of entries that are no more.
+        m_known.clear();
+        m_folders.clear();
+        m_byFolder.clear();
+    }
+    m_known.resize(static_cast<size_t>(queries.size()));
+    for (qsizetype i = 0; i < queries.size(); ++i) {
+        KnownBookmark &known = m_known[static_cast<size_t>(i)];
+        const BookmarkQuery &query = queries[i];
+        if (known.name == nullptr || known.query.bookmark != query.bookmark
+            || known.query.url != query.url)
+            known = understood(query);
+    }
+    return m_known;
 }
 
-KnownBookmark &BookmarkMemo::of(const BookmarkQuery &query)
+KnownBookmark BookmarkMemo::understood(const BookmarkQuery &query)
 {
-    if (!query.bookmark || query.bookmark->isEmpty()) {
-        KnownBookmark &passing = m_passing.emplace_back();
-        understand(passing, query);
-        return passing;
-    }
-    KnownBookmark &known = m_known[query.bookmark->constData()];
-    const bool same = known.check != 0 && known.bytes.size() == query.bookmark->size()
-        && known.url == query.url;
-    if (!same && known.check == m_check) { // Two entries share the bookmark.
-        KnownBookmark &passing = m_passing.emplace_back();
-        understand(passing, query);
-        return passing;
-    }
-    if (!same) {
-        known = {};
-        understand(known, query);
-    }
-    known.check = m_check;
-    return known;
-}
-
-void BookmarkMemo::understand(KnownBookmark &known, const BookmarkQuery &query)
-{
-    known.bytes = query.bookmark.value_or(QByteArray());
-    known.url = query.url;
+    KnownBookmark known;
+    known.query = query;
     if (query.bookmark)
         known.record = BookmarkCoding::decode(*query.bookmark);
     known.path = FilePath::standardized(FilePath::fromUrl(query.url));
@@ -56,4 +39,5 @@ void BookmarkMemo::understand(KnownBookmark &known, const BookmarkQuery &query)
     }
     const qsizetype slash = known.path.lastIndexOf('/');
     known.name = known.path.constData() + (known.path.size() > 1 ? slash + 1 : 0);
+    return known;
 }

@@ -9,7 +9,6 @@
 #include "platform/linux/Volumes.h"
 
 #include <QByteArray>
-#include <QList>
 
 #include <chrono>
 #include <mutex>
@@ -17,23 +16,32 @@
 /// What the checks share.
 struct BookmarkParts
 {
+    using Clock = std::chrono::steady_clock;
+
     BookmarkParts(LinuxBookmarks::Places p, LinuxBookmarks::Bounds b)
         : places(std::move(p))
         , bounds(std::move(b))
     {
     }
 
+    /// A volume that is not there may still come: sessions mount disks late.
+    bool isEarly() const
+    {
+        return std::chrono::duration<double>(Clock::now() - start).count() < bounds.lateVolumes;
+    }
+
     const LinuxBookmarks::Places places;
     const LinuxBookmarks::Bounds bounds;
+    const Clock::time_point start = Clock::now();
     MountTable mounts { places.mountTable };
     FileSystemNumbers systems;
-    FolderMemory memory { bounds.watchedFolders };
+    FolderMemory memory { bounds.watchedFolders, bounds.moves };
     RemoteLooks remote { bounds.remoteLook };
-    OutsideSearches outside { bounds.outside, bounds.rest };
+    OutsideSearches outside { bounds.outside, bounds.walksApart };
     std::mutex memoMutex;
     BookmarkMemo memo;
     std::mutex folderMutex;
     QByteArray localFolder; // Was found to be local a moment ago.
     quint64 localFolderMounts = 0;
-    std::chrono::steady_clock::time_point localFolderUntil;
+    Clock::time_point localFolderUntil;
 };

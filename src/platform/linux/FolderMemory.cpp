@@ -11,10 +11,8 @@
 
 namespace {
 
-constexpr quint32 told = IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_MOVE_SELF | IN_ONLYDIR;
-/// A folder where a build runs tells of thousands of names that nobody follows.
-constexpr qsizetype mostNames = 16384;
-constexpr int mostHops = 16;
+constexpr quint32 told = IN_MOVED_FROM | IN_MOVED_TO | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr qsizetype mostPlaces = 32;
 
 QByteArray inFolder(const QByteArray &folder, const QByteArray &name)
 {
@@ -23,8 +21,9 @@ QByteArray inFolder(const QByteArray &folder, const QByteArray &name)
 
 }
 
-FolderMemory::FolderMemory(qsizetype mostFolders)
+FolderMemory::FolderMemory(qsizetype mostFolders, qsizetype mostMoves)
     : m_mostFolders(mostFolders)
+    , m_mostMoves(mostMoves)
 {
 }
 
@@ -44,22 +43,18 @@ void FolderMemory::watch(const QList<QByteArray> &folders)
     ++m_asked;
     const qsizetype count = qMin(folders.size(), m_mostFolders);
     for (qsizetype i = 0; i < count; ++i) {
-        // Again for a known one too: another folder may have its path by now.
-        const int watch = ::inotify_add_watch(m_queue, folders[i].constData(), told);
-        const int former = m_byFolder.value(folders[i], -1);
-        if (former >= 0 && former != watch) {
-            ::inotify_rm_watch(m_queue, former);
-            forgetWatch(former);
+        const auto former = m_byFolder.constFind(folders[i]);
+        if (former != m_byFolder.cend()) {
+            m_watches[*former].asked = m_asked;
+            continue;
         }
+        const int watch = ::inotify_add_watch(m_queue, folders[i].constData(), told);
         if (watch < 0)
             continue;
         Watch &known = m_watches[watch];
-        if (known.folder != folders[i]) {
-            m_byFolder.remove(known.folder);
-            known.folder = folders[i];
-            m_byFolder.insert(known.folder, watch);
-        }
-        known.asked = m_asked;
+        m_byFolder.remove(known.folder); // One above it was renamed.
+        known = { folders[i], m_asked };
+        m_byFolder.insert(known.folder, watch);
     }
     removeOldest();
 }
@@ -106,9 +101,8 @@ void FolderMemory::read(const char *bytes, qsizetype size)
 
 void FolderMemory::note(int watch, quint32 mask, quint32 cookie, const QByteArray &name)
 {
-    if ((mask & IN_Q_OVERFLOW) != 0 || m_events.size() > mostNames
-        || m_halfMoves.size() > mostNames) {
-        m_events.clear();
+    if (m_moves.size() + m_halfMoves.size() >= m_mostMoves) {
+        m_moves.clear();
         m_halfMoves.clear();
     }
     const auto known = m_watches.constFind(watch);
@@ -121,62 +115,36 @@ void FolderMemory::note(int watch, quint32 mask, quint32 cookie, const QByteArra
         return;
     }
     const QByteArray path = inFolder(known->folder, name);
-    if ((mask & IN_DELETE) != 0)
-        m_events[path].append({ Event::Kind::Deleted, {} });
-    if ((mask & IN_MOVED_FROM) != 0) {
-        m_events[path].append({ Event::Kind::Away, {} });
+    if ((mask & IN_MOVED_FROM) != 0)
         m_halfMoves.insert(cookie, path);
-    }
     if ((mask & IN_MOVED_TO) == 0 || !m_halfMoves.contains(cookie))
         return;
-    QList<Event> &events = m_events[m_halfMoves.take(cookie)];
-    const auto away = std::find_if(events.rbegin(), events.rend(), [](const Event &event) {
-        return event.kind == Event::Kind::Away;
-    });
-    if (away != events.rend())
-        *away = { Event::Kind::Moved, path };
+    const QByteArray from = m_halfMoves.take(cookie);
+    if (!m_moves.contains(from, path))
+        m_moves.insert(from, path);
 }
 
-FolderMemory::Fate FolderMemory::fateOf(const QByteArray &path) const
+QList<QByteArray> FolderMemory::placesOf(const QByteArray &path) const
 {
     const std::lock_guard lock(m_mutex);
-    Fate fate = fateOfName(path);
-    // A folder above it may have been moved within watched ones.
-    for (QByteArray folder = FilePath::parent(path); fate.movedTo.isEmpty() && folder.size() > 1;
-         folder = FilePath::parent(folder)) {
-        for (const QByteArray &to : fateOfName(folder).movedTo)
-            fate.movedTo.append(to + path.mid(folder.size()));
-    }
-    return fate;
-}
-
-FolderMemory::Fate FolderMemory::fateOfName(QByteArray path) const
-{
-    Fate fate;
-    bool alone = true;
-    for (int hop = 0; hop < mostHops; ++hop) {
-        const QList<Event> events = m_events.value(path);
-        alone = alone && events.size() == 1;
-        fate.deleted = alone && events[0].kind == Event::Kind::Deleted;
-        path.clear();
-        for (const Event &event : events) {
-            if (event.kind == Event::Kind::Moved)
-                fate.movedTo.append(path = event.to);
+    QList<QByteArray> places;
+    for (QByteArray start = path; start.size() > 1 && !m_moves.isEmpty();
+         start = FilePath::parent(start)) {
+        QList<QByteArray> reached { start };
+        for (qsizetype i = 0; i < reached.size(); ++i) {
+            for (const QByteArray &to : m_moves.values(reached[i])) {
+                if (reached.size() < mostPlaces && !reached.contains(to))
+                    reached.append(to);
+            }
         }
-        if (path.isEmpty())
-            break;
+        for (qsizetype i = 1; i < reached.size(); ++i)
+            places.append(reached[i] + path.mid(start.size()));
     }
-    return fate;
+    return places;
 }
 
-void FolderMemory::seen(const QByteArray &path)
+qsizetype FolderMemory::moves() const
 {
     const std::lock_guard lock(m_mutex);
-    m_events.remove(path);
-}
-
-bool FolderMemory::isEmpty() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_events.isEmpty();
+    return m_moves.size() + m_halfMoves.size();
 }

@@ -1,16 +1,20 @@
 #pragma once
 
 #include "platform/linux/FileIdentity.h"
+#include "platform/linux/MountTable.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 
 #include <atomic>
-#include <utility>
+#include <chrono>
+#include <string>
+#include <vector>
 
-/// One walk of one file system for several files at once. It compares the
-/// numbers that stand in the folders themselves and asks for a file's status
-/// only where a number fits.
+/// Looks for several files at once by the numbers that stand in the folders
+/// themselves, and asks for a file's status only where a number fits. A file
+/// without a birth time is never found.
 class InodeSearch
 {
 public:
@@ -18,25 +22,52 @@ public:
     {
         double seconds;
         qint64 entries;
-        int threads;
     };
-    struct Result
-    {
-        QList<std::pair<FileIdentity, QByteArray>> found;
-        bool whole = false; // A wanted file that is not in `found` is nowhere below the root.
-        qint64 entries = 0; // That were read, those read twice included.
-        double seconds = 0;
-    };
+    enum class Subvolumes { Skip, Enter };
 
-    /// Looks into the folders `first`, without what is below them, then walks everything below
-    /// `root` but other mounts, symbolic links and subvolumes. Ends as soon as all are found, at a
-    /// limit, or when another thread sets `cancelled`. A file without a birth time is never found.
-    /// The paths start with the root's real one.
-    ///
-    /// The walk is whole when no limit ended it, no folder that may hold user's files refused to be
-    /// read, and the file system's numbers can be trusted. A file that is moved meanwhile does not
-    /// escape a whole walk unless it is moved again during the second look at its end.
-    static Result run(const QByteArray &root, const QList<QByteArray> &first,
-                      const QList<FileIdentity> &wanted, Limits limits,
-                      const std::atomic<bool> &cancelled);
+    /// Ends as soon as all are found, at a limit, or when another thread sets `cancelled`.
+    InodeSearch(const QList<FileIdentity> &wanted, Limits limits,
+                const std::atomic<bool> &cancelled);
+
+    /// Reads one folder and nothing below it.
+    void lookInto(const QByteArray &path);
+    /// Everything below the root but other mounts, symbolic links and, unless they are entered,
+    /// subvolumes. The paths start with the root's real one.
+    void walk(const QByteArray &root, const Mounts &mounts,
+              Subvolumes subvolumes = Subvolumes::Skip);
+
+    const QHash<FileIdentity, QByteArray> &found() const { return m_found; }
+    bool isOver();
+    /// What is wanted and not found was in none of the folders that were read or walked, unless it
+    /// was moved meanwhile: no limit ended the search, no folder that may hold files of the user's
+    /// refused to be read, and no number was seen to lie.
+    bool isWhole() const { return m_missing == 0 || (!m_limited && m_trusted); }
+    qint64 entries() const { return m_entries; }
+
+private:
+    struct Wanted
+    {
+        FileIdentity identity;
+        bool found = false;
+    };
+    std::vector<Wanted>::iterator firstWanted(ino_t number);
+    void read(const std::string &path, bool descend);
+    void readEntries(const std::string &path, int folder, ino_t number, bool descend);
+    void lookAtEntry(const std::string &path, int folder, const char *name);
+
+    const Limits m_limits;
+    const std::atomic<bool> &m_cancelled;
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    std::vector<Wanted> m_wanted; // Sorted by number; only `found` changes.
+    size_t m_missing;
+    bool m_limited = false;
+    bool m_trusted = true;
+    qint64 m_entries = 0;
+    QHash<FileIdentity, QByteArray> m_found;
+
+    dev_t m_device = 0; // Of the walk.
+    Subvolumes m_subvolumes = Subvolumes::Skip;
+    std::vector<std::string> m_mounts; // Other ones below the root, sorted.
+    std::vector<std::string> m_pending; // The last one is read next, which keeps it short.
+    std::vector<char> m_buffer;
 };

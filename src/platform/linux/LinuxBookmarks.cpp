@@ -48,11 +48,14 @@ LinuxBookmarks::LinuxBookmarks(Places places)
 }
 
 LinuxBookmarks::LinuxBookmarks(Places places, Bounds bounds)
-    : m_parts(std::make_unique<BookmarkParts>(std::move(places), std::move(bounds)))
+    : m_parts(std::make_shared<BookmarkParts>(std::move(places), std::move(bounds)))
 {
 }
 
-LinuxBookmarks::~LinuxBookmarks() = default;
+LinuxBookmarks::~LinuxBookmarks()
+{
+    m_parts->outside.cancel();
+}
 
 Bookmarked LinuxBookmarks::make(const QUrl &url)
 {
@@ -70,8 +73,9 @@ Bookmarked LinuxBookmarks::make(const QUrl &url)
 
 QList<BookmarkAnswer> LinuxBookmarks::resolve(const QList<BookmarkQuery> &queries, Bound bound)
 {
+    const auto parts = m_parts; // A check that hangs in a dead disk may outlive the program's rest.
     // A brief check must not wait for one in the background.
-    const std::unique_lock lock(m_parts->memoMutex, std::try_to_lock);
+    const std::unique_lock lock(parts->memoMutex, std::try_to_lock);
     BookmarkMemo own;
-    return LocationCheck(*m_parts, lock ? m_parts->memo : own, queries, bound).run();
+    return LocationCheck(*parts, lock ? parts->memo : own, queries, bound).run();
 }

@@ -14,8 +14,9 @@
 struct BookmarkParts;
 
 /// Follows files by what statx tells of their identity: by path as long as
-/// something is there, then by what the kernel told of their folders, then by
-/// searching their file system. Only files with a birth time can be searched for.
+/// something is there, then by what the kernel told of renames, by a look into the
+/// folders at hand, and by walks of their file system outside of the checks. Only
+/// files with a birth time can be searched for.
 ///
 /// Something at the entry's own address always counts as the file, also where
 /// the former one is known to have been moved away: editors that keep a backup
@@ -34,10 +35,11 @@ public:
     {
         double brief = 0.3; // Seconds for a brief check in all.
         double remote = 3; // Seconds that a background check waits for network mounts.
-        InodeSearch::Limits inCheck { 1, 2'000'000, 2 };
-        InodeSearch::Limits nearby { 0.05, 20'000, 1 }; // While one outside runs or rests.
-        InodeSearch::Limits outside { 300, 50'000'000, 1 };
-        double rest = 600; // Seconds after a search outside that came to its limits.
+        InodeSearch::Limits near { 0.5, 500'000 }; // Of the look at folders at hand, in a check.
+        InodeSearch::Limits outside { 300, 50'000'000 }; // Of one walk of a file system.
+        double walksApart = 2; // Seconds between the two walks that call a file absent.
+        double lateVolumes = 60; // Seconds of a run in which a volume may still come.
+        qsizetype moves = 4096; // Told by the kernel and remembered.
         qsizetype watchedFolders = 512;
         std::function<FileLook(const QByteArray &)> remoteLook
             = [](const QByteArray &path) { return lookAt(path); };
@@ -54,5 +56,5 @@ public:
     QList<BookmarkAnswer> resolve(const QList<BookmarkQuery> &queries, Bound bound) override;
 
 private:
-    std::unique_ptr<BookmarkParts> m_parts;
+    std::shared_ptr<BookmarkParts> m_parts;
 };

@@ -1,9 +1,9 @@
 #include "platform/linux/LocationCheck.h"
 
 #include "platform/linux/LocalFolder.h"
-#include "platform/linux/TrashFolders.h"
 
 #include "base/FilePath.h"
+#include "base/NativeFile.h"
 
 namespace {
 
@@ -36,14 +36,15 @@ LocationCheck::LocationCheck(BookmarkParts &parts, BookmarkMemo &memo,
     , m_bound(bound)
     , m_deadline(after(bound == Bookmarks::Bound::Brief ? parts.bounds.brief : parts.bounds.remote))
     , m_mounts(parts.mounts.current())
+    , m_trash(parts.places.homeTrash, *m_mounts)
     , m_answers(queries.size())
+    , m_known(memo.understand(queries))
 {
 }
 
 QList<BookmarkAnswer> LocationCheck::run()
 {
     m_parts.memory.drain();
-    m_anythingTold = !m_parts.memory.isEmpty();
     sort();
     lookInFolders();
     lookFurther();
@@ -58,11 +59,8 @@ QList<BookmarkAnswer> LocationCheck::run()
 
 void LocationCheck::sort()
 {
-    m_memo.beginCheck(m_queries.size());
-    m_known.reserve(static_cast<size_t>(m_queries.size()));
     for (int query = 0; query < m_queries.size(); ++query) {
-        KnownBookmark &known = m_memo.of(m_queries[query]);
-        m_known.push_back(&known);
+        KnownBookmark &known = m_known[static_cast<size_t>(query)];
         m_answers[query].url = m_queries[query].url;
         if (known.path.isEmpty()) { // Neither an address nor a bookmark.
             m_answers[query].outcome = Outcome::Absent;
@@ -102,7 +100,7 @@ void LocationCheck::lookInFolder(int folder)
         constexpr size_t looksBetween = 64;
         if (++looks % looksBetween == 0 && isLate())
             return;
-        KnownBookmark &known = *m_known[static_cast<size_t>(query)];
+        KnownBookmark &known = m_known[static_cast<size_t>(query)];
         FileLook look;
         switch (opened.state()) {
         case LocalFolder::State::Remote:
@@ -128,24 +126,21 @@ bool LocationCheck::isLate() const
 /// The file that the bookmark was made of is where it was, as nearly always.
 void LocationCheck::settle(int query, const FileLook &look)
 {
-    KnownBookmark &known = *m_known[static_cast<size_t>(query)];
+    const KnownBookmark &known = m_known[static_cast<size_t>(query)];
     if (!known.record || !isPresent(look) || look.identity != known.record->identity
         || known.path != known.record->path || !known.pathIsUrls) {
         m_away.emplace_back(query, look);
         return;
     }
-    known.links = look.links;
     BookmarkAnswer &answer = m_answers[query];
     answer.outcome = Outcome::Found;
-    answer.trashed = TrashFolders::hold(known.path, m_parts.places.homeTrash, *m_mounts);
-    if (m_anythingTold)
-        m_parts.memory.seen(known.path);
+    answer.trashed = m_trash.hold(known.path);
 }
 
 void LocationCheck::lookFurther()
 {
     for (const auto &[query, look] : m_away) {
-        const KnownBookmark &known = *m_known[static_cast<size_t>(query)];
+        const KnownBookmark &known = m_known[static_cast<size_t>(query)];
         const bool elsewhere = known.record && known.record->path != known.path;
         const QByteArray other = elsewhere ? known.record->path : QByteArray();
         settleAway(query, look, other, elsewhere ? lookSafely(other) : FileLook());
@@ -164,7 +159,7 @@ FileLook LocationCheck::lookSafely(const QByteArray &path) const
 void LocationCheck::settleAway(int query, const FileLook &look, const QByteArray &otherPath,
                                const FileLook &otherLook)
 {
-    const KnownBookmark &known = *m_known[static_cast<size_t>(query)];
+    const KnownBookmark &known = m_known[static_cast<size_t>(query)];
     if (!known.record) {
         settleWithoutRecord(query, look);
         return;
@@ -183,35 +178,42 @@ void LocationCheck::settleAway(int query, const FileLook &look, const QByteArray
 
 void LocationCheck::settleWithoutRecord(int query, const FileLook &look)
 {
+    const KnownBookmark &known = m_known[static_cast<size_t>(query)];
     BookmarkAnswer &answer = m_answers[query];
     if (look.state == FileLook::State::Missing) {
-        answer.outcome = Outcome::Absent;
-        return;
-    }
-    if (m_queries[query].bookmark) {
-        answer.outcome = Outcome::Found;
+        answer.outcome = mayComeLate(known) ? Outcome::Unanswered : Outcome::Absent;
         return;
     }
     answer.outcome = Outcome::Found;
-    if (!isPresent(look))
-        return;
-    resolve(query, m_known[static_cast<size_t>(query)]->path, look);
+    if (!isPresent(look) || known.query.bookmark)
+        return; // A damaged bookmark is kept.
+    resolve(query, known.path, look);
     answer.trashed = false; // It has not followed the file anywhere.
+}
+
+/// Whether what is missing may be on a volume that is not there yet: without a
+/// bookmark only its folder tells, which is missing too or as empty as a mount point.
+bool LocationCheck::mayComeLate(const KnownBookmark &known) const
+{
+    if (!m_parts.isEarly())
+        return false;
+    const LocalFolder folder(FilePath::parent(known.path), *m_mounts);
+    return folder.state() != LocalFolder::State::Open
+        || NativeFile::namesIn(folder.realPath()).isEmpty();
 }
 
 /// Where the bookmark is not the one to keep.
 void LocationCheck::resolve(int query, const QByteArray &path, const FileLook &look)
 {
-    const KnownBookmark &known = *m_known[static_cast<size_t>(query)];
+    const KnownBookmark &known = m_known[static_cast<size_t>(query)];
     BookmarkAnswer &answer = m_answers[query];
     answer.outcome = Outcome::Found;
     answer.url = urlOf(path, look);
-    answer.trashed = TrashFolders::hold(path, m_parts.places.homeTrash, *m_mounts);
+    answer.trashed = m_trash.hold(path);
     const bool same
         = known.record && known.record->identity == look.identity && known.record->path == path;
     if (!same)
         answer.newBookmark = bookmarkOf(path, look);
-    m_parts.memory.seen(path);
 }
 
 QByteArray LocationCheck::bookmarkOf(const QByteArray &path, const FileLook &look)
@@ -229,13 +231,17 @@ void LocationCheck::addRemote(int query, const QByteArray &mounted)
     // Whatever touches what is mounted at need would mount it.
     if (mount == nullptr || mount->type == "autofs")
         return;
-    const KnownBookmark &known = *m_known[static_cast<size_t>(query)];
-    RemoteLooks::Task task { known.path, {} };
+    const KnownBookmark &known = m_known[static_cast<size_t>(query)];
+    RemoteLooks::Task task { known.path, {}, {}, {} };
     if (known.record) {
-        const auto found = m_parts.outside.answerFor(known.record->identity);
+        const auto found = m_parts.outside.answerFor(known.record->identity, *m_mounts);
         const QByteArray other = found.path.isEmpty() ? known.record->path : found.path;
         if (other != known.path && m_mounts->of(other) == mount)
             task.otherPath = other;
+        task.wanted = known.record->identity;
+        task.near = m_trash.contents({ mount->point });
+        task.near.removeIf([&](const QByteArray &path) { return m_mounts->of(path) != mount; });
+        task.near.append(FilePath::parent(known.path));
     }
     RemoteGroup &group = m_remote[mount->point];
     group.queries.append(query);
@@ -264,7 +270,9 @@ void LocationCheck::collectRemote()
             if (m_away.empty())
                 continue;
             m_away.clear();
-            settleAway(group.queries[i], result.look, group.tasks[i].otherPath, result.otherLook);
+            settleAway(group.queries[i], result.look, result.otherPath, result.otherLook);
+            if (!result.covered)
+                m_uncovered.insert(group.queries[i]);
         }
     }
 }
@@ -275,19 +283,23 @@ void LocationCheck::findMissing()
         return;
     QList<MissingFiles::Wanted> wanted;
     for (const int query : std::as_const(m_missing)) {
-        const KnownBookmark &known = *m_known[static_cast<size_t>(query)];
-        wanted.append({ *known.record, known.path, known.links });
+        const KnownBookmark &known = m_known[static_cast<size_t>(query)];
+        wanted.append({ *known.record, known.path, !m_uncovered.contains(query) });
     }
-    MissingFiles files(m_parts, *m_mounts, m_bound, m_deadline, m_openFolders);
+    MissingFiles files(m_parts, m_mounts, m_trash, m_bound, m_deadline, m_openFolders);
     const auto outcomes = files.find(wanted);
     for (int i = 0; i < outcomes.size(); ++i) {
         const int query = m_missing[i];
-        if (outcomes[i].state == MissingFiles::Outcome::State::Found)
-            resolve(query, outcomes[i].path, outcomes[i].look);
+        m_answers[query].outcome = outcomes[i].state;
+        if (outcomes[i].state != Outcome::Found)
+            continue;
+        // An editor may have renamed the former file and written a new one by now.
+        const QByteArray &path = m_known[static_cast<size_t>(query)].path;
+        const FileLook look = lookSafely(path);
+        if (isPresent(look))
+            resolve(query, path, look);
         else
-            m_answers[query].outcome = outcomes[i].state == MissingFiles::Outcome::State::Gone
-                ? Outcome::Absent
-                : Outcome::Missing;
+            resolve(query, outcomes[i].path, outcomes[i].look);
     }
     m_missing.clear();
 }

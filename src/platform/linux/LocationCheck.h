@@ -3,8 +3,11 @@
 #include "platform/Bookmarks.h"
 #include "platform/linux/BookmarkParts.h"
 #include "platform/linux/MissingFiles.h"
+#include "platform/linux/TrashFolders.h"
 
+#include <QHash>
 #include <QList>
+#include <QSet>
 
 #include <chrono>
 #include <memory>
@@ -41,6 +44,7 @@ private:
     void settleAway(int query, const FileLook &look, const QByteArray &otherPath,
                     const FileLook &otherLook);
     void settleWithoutRecord(int query, const FileLook &look);
+    bool mayComeLate(const KnownBookmark &known) const;
     void resolve(int query, const QByteArray &path, const FileLook &look);
     QByteArray bookmarkOf(const QByteArray &path, const FileLook &look);
     void findMissing();
@@ -52,13 +56,14 @@ private:
     const Bookmarks::Bound m_bound;
     const Clock::time_point m_deadline; // Of a brief check, and for network mounts.
     const std::shared_ptr<const Mounts> m_mounts;
+    const TrashFolders m_trash;
     QList<BookmarkAnswer> m_answers;
-    std::vector<KnownBookmark *> m_known; // One a query.
+    std::vector<KnownBookmark> &m_known; // One a query.
     std::vector<std::vector<int>> m_byFolder; // Queries, by the memo's folders.
     std::vector<std::pair<int, FileLook>> m_away; // Not what the bookmark says.
     QList<QByteArray> m_openFolders; // Local folders of entries.
     QHash<QByteArray, RemoteGroup> m_remote; // By mount point.
     QHash<quint64, quint64> m_remoteSystems; // Their own numbers, by device.
     QList<int> m_missing;
-    bool m_anythingTold = false; // By the kernel, about watched folders.
+    QSet<int> m_uncovered; // Of those, on network mounts: what is near was not read.
 };

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// What a brief search leaves of the time for coming to its end.
-constexpr double secondsToEnd = 0.02;
+using State = BookmarkAnswer::Outcome;
+
 /// How many neighbours of a missing folder may be it.
 constexpr qsizetype mostNeighbours = 1000;
 
@@ -43,10 +43,12 @@ QList<QByteArray> renamedInPlace(const QByteArray &missing, const Mounts &mounts
 
 }
 
-MissingFiles::MissingFiles(BookmarkParts &parts, const Mounts &mounts, Bookmarks::Bound bound,
+MissingFiles::MissingFiles(BookmarkParts &parts, std::shared_ptr<const Mounts> mounts,
+                           const TrashFolders &trash, Bookmarks::Bound bound,
                            Clock::time_point deadline, QList<QByteArray> folders)
     : m_parts(parts)
-    , m_mounts(mounts)
+    , m_mounts(std::move(mounts))
+    , m_trash(trash)
     , m_bound(bound)
     , m_deadline(deadline)
     , m_folders(std::move(folders))
@@ -57,78 +59,43 @@ QList<MissingFiles::Outcome> MissingFiles::find(const QList<Wanted> &wanted)
 {
     m_parts.memory.drain();
     QList<Outcome> outcomes(wanted.size());
+    Volumes volumes(*m_mounts);
     QHash<quint64, Group> groups; // By device.
-    for (int i = 0; i < wanted.size(); ++i) {
-        if (const auto outcome = withoutSearch(wanted[i])) {
-            outcomes[i] = *outcome;
-            continue;
-        }
-        const auto volume = Volumes::find(wanted[i].record, m_mounts);
-        if (!volume) {
-            outcomes[i].state = Outcome::State::Gone;
-            continue;
-        }
+    for (int i = 0; i < wanted.size() && Clock::now() < m_deadline; ++i) {
         FileIdentity file = wanted[i].record.identity;
+        const auto volume = volumes.find(wanted[i].record);
+        if (!volume || volume->remote)
+            outcomes[i].state = m_bound == Bookmarks::Bound::Brief || m_parts.isEarly()
+                ? State::Unanswered
+                : (volume ? State::Missing : State::Absent);
+        if (!volume || outcomes[i].state == State::Unanswered)
+            continue;
         file.device = volume->device;
-        if (const auto outcome = fromOutside(file, *volume)) {
+        if (const auto outcome = withoutSearch(wanted[i], file, *volume)) {
             outcomes[i] = *outcome;
             continue;
         }
         Group &group = groups[file.device];
         group.volume = *volume;
         group.files.append({ i, file });
-        m_folders.prepend(FilePath::parent(wanted[i].record.path));
-        m_folders.prepend(FilePath::parent(wanted[i].path));
     }
-    if (!groups.isEmpty() && m_parts.places.userFolders)
-        m_folders.append(m_parts.places.userFolders());
     for (Group &group : groups)
-        search(group, outcomes);
+        search(group, wanted, outcomes);
     return outcomes;
 }
 
-std::optional<MissingFiles::Outcome> MissingFiles::withoutSearch(const Wanted &wanted)
+std::optional<MissingFiles::Outcome>
+MissingFiles::withoutSearch(const Wanted &wanted, const FileIdentity &file, const Volume &volume)
 {
-    if (auto outcome = fromMemory(wanted))
-        return outcome;
-    // Without a birth time a number in a folder says nothing about the file.
-    if (!wanted.record.identity.hasBirth)
-        return Outcome { Outcome::State::Gone, {}, {} };
-    return std::nullopt;
-}
-
-std::optional<MissingFiles::Outcome> MissingFiles::fromMemory(const Wanted &wanted)
-{
-    const FolderMemory::Fate fate = m_parts.memory.fateOf(wanted.path);
-    for (const QByteArray &path : fate.movedTo) {
+    for (const QByteArray &path : m_parts.memory.placesOf(wanted.path)) {
         if (auto outcome = foundAt(path, wanted.record.identity))
             return outcome;
     }
-    // With a second name it lives on.
-    if (fate.deleted && wanted.links == 1)
-        return Outcome { Outcome::State::Gone, {}, {} };
-    return std::nullopt;
-}
-
-std::optional<MissingFiles::Outcome> MissingFiles::foundAt(const QByteArray &path,
-                                                           const FileIdentity &file) const
-{
-    if (m_mounts.isRemote(path))
-        return std::nullopt;
-    const FileLook look = lookAt(path);
-    if (look.state != FileLook::State::Present || look.identity != file)
-        return std::nullopt;
-    return Outcome { Outcome::State::Found, path, look };
-}
-
-std::optional<MissingFiles::Outcome> MissingFiles::fromOutside(const FileIdentity &file,
-                                                               const Volume &volume)
-{
-    using State = OutsideSearches::Answer::State;
-    const OutsideSearches::Answer answer = m_parts.outside.answerFor(file);
-    if (answer.state == State::Absent)
-        return Outcome { Outcome::State::Gone, {}, {} };
-    if (answer.state == State::Unknown || volume.remote)
+    using Answer = OutsideSearches::Answer::State;
+    const auto answer = m_parts.outside.answerFor(file, *m_mounts);
+    if (answer.state == Answer::Undecided && volume.walkable)
+        return Outcome(); // It stays, without any look at all until something changes.
+    if (answer.state != Answer::Found)
         return std::nullopt;
     auto outcome = foundAt(answer.path, file);
     if (!outcome)
@@ -136,96 +103,102 @@ std::optional<MissingFiles::Outcome> MissingFiles::fromOutside(const FileIdentit
     return outcome;
 }
 
-void MissingFiles::search(Group &group, QList<Outcome> &outcomes)
+std::optional<MissingFiles::Outcome> MissingFiles::foundAt(const QByteArray &path,
+                                                           const FileIdentity &file) const
 {
-    const bool background = m_bound == Bookmarks::Bound::Background;
-    bool whole = false;
-    if (!m_parts.outside.isIdle(group.volume.device)) {
-        whole = searchNear(group, outcomes);
-    } else {
-        if (!group.volume.remote)
-            whole = run(group, m_parts.bounds.inCheck, outcomes);
-        if (!whole && background && !group.files.isEmpty()) {
-            QList<FileIdentity> files;
-            for (const auto &[index, file] : std::as_const(group.files))
-                files.append(file);
-            m_parts.outside.start(group.volume, foldersOn(group.volume), files);
-        }
-    }
-    for (const auto &[index, file] : std::as_const(group.files))
-        outcomes[index].state = whole ? Outcome::State::Gone : Outcome::State::Searching;
+    if (m_mounts->isRemote(path))
+        return std::nullopt;
+    const FileLook look = lookAt(path);
+    if (look.state != FileLook::State::Present || look.identity != file)
+        return std::nullopt;
+    return Outcome { State::Found, path, look };
 }
 
-/// Another search has to be waited for; most files are not moved far.
-bool MissingFiles::searchNear(Group &group, QList<Outcome> &outcomes)
+void MissingFiles::search(Group &group, const QList<Wanted> &wanted, QList<Outcome> &outcomes)
 {
-    const bool anyNew
-        = std::count_if(group.files.cbegin(), group.files.cend(),
-                        [&](const auto &f) { return m_parts.outside.isNew(f.second); })
-        > 0;
-    return anyNew && !group.volume.remote && run(group, m_parts.bounds.nearby, outcomes);
-}
-
-/// Takes those that it finds out of the group; whether it looked everywhere.
-bool MissingFiles::run(Group &group, InodeSearch::Limits limits, QList<Outcome> &outcomes)
-{
-    const QList<QByteArray> first = foldersOn(group.volume);
-    auto end = Clock::now()
-        + std::chrono::duration_cast<Clock::duration>(
-                   std::chrono::duration<double>(limits.seconds));
+    const bool near = group.volume.remote || searchNear(group, wanted, outcomes);
     if (m_bound == Bookmarks::Bound::Brief)
-        end = std::min(end, m_deadline);
-    bool whole = true;
-    for (const QByteArray &root : group.volume.roots) {
-        limits.seconds = std::chrono::duration<double>(end - Clock::now()).count() - secondsToEnd;
-        if (limits.seconds <= 0 || limits.entries <= 0)
-            return false;
-        QList<FileIdentity> files;
-        for (const auto &[index, file] : std::as_const(group.files))
+        return;
+    using Answer = OutsideSearches::Answer::State;
+    QList<FileIdentity> files;
+    for (const auto &[index, file] : std::as_const(group.files)) {
+        const auto answer = m_parts.outside.answerFor(file, *m_mounts).state;
+        const bool ended = answer != Answer::Unknown || !file.hasBirth;
+        if (!ended)
             files.append(file);
-        const auto result
-            = InodeSearch::run(root, first, files, limits, m_parts.outside.cancelled());
-        limits.entries -= result.entries;
-        const QHash<FileIdentity, QByteArray> found(result.found.cbegin(), result.found.cend());
-        group.files.removeIf([&](const std::pair<int, FileIdentity> &file) {
-            const auto outcome = found.contains(file.second)
-                ? foundAt(found.value(file.second), file.second)
-                : std::nullopt;
-            if (outcome)
-                outcomes[file.first] = *outcome;
-            return outcome.has_value();
-        });
-        if (group.files.isEmpty())
-            return true;
-        whole = whole && result.whole;
+        // Where no walk can prove it, the look at what is near has to do.
+        const bool proven = group.volume.walkable && file.hasBirth ? answer == Answer::Absent
+                                                                   : near && wanted[index].covered;
+        if (ended && proven)
+            outcomes[index].state = State::Absent;
     }
-    return whole;
+    if (!files.isEmpty())
+        m_parts.outside.start(group.volume, m_mounts, files);
 }
 
-/// Those at hand that lie on the file system and can be reached safely.
-QList<QByteArray> MissingFiles::foldersOn(const Volume &volume)
+/// Takes those that it finds out of the group.
+bool MissingFiles::searchNear(Group &group, const QList<Wanted> &wanted, QList<Outcome> &outcomes)
 {
-    QList<QByteArray> result;
-    QList<QByteArray> missing;
-    QSet<QByteArray> known;
-    const auto consider = [&](const QByteArray &path) {
-        if (known.contains(path))
-            return;
-        known.insert(path);
-        const LocalFolder folder(path, m_mounts);
-        struct stat status = {};
-        if (folder.state() == LocalFolder::State::Missing)
-            missing.append(path);
-        if (folder.state() == LocalFolder::State::Open && ::fstat(folder.descriptor(), &status) == 0
-            && status.st_dev == volume.device)
-            result.append(path);
-    };
-    for (const QByteArray &path : std::as_const(m_folders))
-        consider(path);
-    const QList<QByteArray> lost = std::exchange(missing, {});
-    for (const QByteArray &path : lost) {
-        for (const QByteArray &neighbour : renamedInPlace(path, m_mounts))
-            consider(neighbour);
+    QList<FileIdentity> files;
+    QList<QByteArray> own;
+    for (const auto &[index, file] : std::as_const(group.files)) {
+        files.append(file);
+        for (const QByteArray &path : { wanted[index].path, wanted[index].record.path })
+            own.append(FilePath::parent(path));
     }
-    return result;
+    InodeSearch::Limits limits = m_parts.bounds.near;
+    limits.seconds = std::min(limits.seconds,
+                              std::chrono::duration<double>(m_deadline - Clock::now()).count());
+    InodeSearch search(files, limits, m_parts.outside.cancelled());
+    const bool covered = lookNear(search, group.volume, own);
+    group.files.removeIf([&](const std::pair<int, FileIdentity> &file) {
+        const auto outcome = search.found().contains(file.second)
+            ? foundAt(search.found().value(file.second), file.second)
+            : std::nullopt;
+        if (outcome)
+            outcomes[file.first] = *outcome;
+        return outcome.has_value();
+    });
+    return covered;
+}
+
+/// Whether the look at the trash and at the files' own folders came to its end.
+bool MissingFiles::lookNear(InodeSearch &search, const Volume &volume, const QList<QByteArray> &own)
+{
+    QSet<QByteArray> known;
+    QList<QByteArray> missing;
+    const auto look = [&](const QList<QByteArray> &folders) {
+        for (const QByteArray &folder : folders) {
+            if (search.isOver())
+                return;
+            const qsizetype before = known.size();
+            known.insert(folder);
+            if (known.size() > before && !lookInto(search, volume, folder))
+                missing.append(folder);
+        }
+    };
+    look(m_trash.contents(volume.roots));
+    missing.clear();
+    look(own);
+    const bool covered = !search.isOver() && search.isWhole();
+    for (const QByteArray &folder : std::exchange(missing, {})) {
+        if (search.isOver())
+            break;
+        look(renamedInPlace(folder, *m_mounts));
+    }
+    if (m_parts.places.userFolders)
+        look(m_parts.places.userFolders());
+    look(m_folders);
+    return covered;
+}
+
+/// One that lies on the file system and can be reached safely; false where it is missing.
+bool MissingFiles::lookInto(InodeSearch &search, const Volume &volume, const QByteArray &path)
+{
+    const LocalFolder folder(path, *m_mounts);
+    struct stat status = {};
+    if (folder.state() == LocalFolder::State::Open && ::fstat(folder.descriptor(), &status) == 0
+        && status.st_dev == volume.device)
+        search.lookInto(folder.realPath());
+    return folder.state() != LocalFolder::State::Missing;
 }

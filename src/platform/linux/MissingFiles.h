@@ -2,6 +2,7 @@
 
 #include "platform/Bookmarks.h"
 #include "platform/linux/BookmarkParts.h"
+#include "platform/linux/TrashFolders.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -12,7 +13,9 @@
 #include <optional>
 #include <utility>
 
-/// Looks for the files of one check that are not where they were.
+/// Looks for the files of one check that are not where they were: where the
+/// kernel told of a rename, where a search outside has seen them, then in the
+/// trash, in the folders at hand, and for a folder that is gone in its neighbours.
 class MissingFiles
 {
 public:
@@ -21,19 +24,19 @@ public:
     {
         BookmarkRecord record;
         QByteArray path; // Where nothing is now.
-        quint32 links = 0; // When it was last seen; 0: not seen since the start.
+        bool covered = true; // On a network mount: its folder and trash were read.
     };
     struct Outcome
     {
-        enum class State { Found, Gone, Searching };
-        State state = State::Searching;
+        BookmarkAnswer::Outcome state = BookmarkAnswer::Outcome::Missing;
         QByteArray path; // Where it was found, and what the look at it told.
         FileLook look;
     };
 
     /// A brief check ends at the deadline. `folders` are those of all entries.
-    MissingFiles(BookmarkParts &parts, const Mounts &mounts, Bookmarks::Bound bound,
-                 Clock::time_point deadline, QList<QByteArray> folders);
+    MissingFiles(BookmarkParts &parts, std::shared_ptr<const Mounts> mounts,
+                 const TrashFolders &trash, Bookmarks::Bound bound, Clock::time_point deadline,
+                 QList<QByteArray> folders);
 
     /// One outcome for each.
     QList<Outcome> find(const QList<Wanted> &wanted);
@@ -45,18 +48,18 @@ private:
         Volume volume;
         QList<std::pair<int, FileIdentity>> files; // Index in the outcomes.
     };
-    std::optional<Outcome> withoutSearch(const Wanted &wanted);
-    std::optional<Outcome> fromMemory(const Wanted &wanted);
-    std::optional<Outcome> fromOutside(const FileIdentity &file, const Volume &volume);
-    void search(Group &group, QList<Outcome> &outcomes);
-    bool searchNear(Group &group, QList<Outcome> &outcomes);
-    bool run(Group &group, InodeSearch::Limits limits, QList<Outcome> &outcomes);
-    QList<QByteArray> foldersOn(const Volume &volume);
+    std::optional<Outcome> withoutSearch(const Wanted &wanted, const FileIdentity &file,
+                                         const Volume &volume);
     std::optional<Outcome> foundAt(const QByteArray &path, const FileIdentity &file) const;
+    void search(Group &group, const QList<Wanted> &wanted, QList<Outcome> &outcomes);
+    bool searchNear(Group &group, const QList<Wanted> &wanted, QList<Outcome> &outcomes);
+    bool lookNear(InodeSearch &search, const Volume &volume, const QList<QByteArray> &own);
+    bool lookInto(InodeSearch &search, const Volume &volume, const QByteArray &path);
 
     BookmarkParts &m_parts;
-    const Mounts &m_mounts;
+    const std::shared_ptr<const Mounts> m_mounts;
+    const TrashFolders &m_trash;
     const Bookmarks::Bound m_bound;
     const Clock::time_point m_deadline;
-    QList<QByteArray> m_folders;
+    const QList<QByteArray> m_folders;
 };

@@ -3,7 +3,6 @@
 #include <QHash>
 #include <QSet>
 
-#include <algorithm>
 #include <chrono>
 #include <mutex>
 #include <system_error>
@@ -16,6 +15,8 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr qsizetype mostKept = 100'000;
 
 /// For the calling thread and those that it starts.
 void takeLowestPriority()
@@ -31,47 +32,44 @@ void takeLowestPriority()
 
 struct OutsideSearches::Shared
 {
-    struct Course
-    {
-        bool running = false;
-        Clock::time_point restsUntil;
-    };
     struct Kept
     {
         Answer answer;
         Clock::time_point until;
+        quint64 mounts = 0; // The table's number at the search.
     };
 
-    Shared(InodeSearch::Limits l, double rest)
-        : limits(l)
-        , restTime(std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(rest)))
-    {
-    }
-
     const InodeSearch::Limits limits;
-    const Clock::duration restTime;
+    const std::chrono::duration<double> apart;
     std::atomic<bool> cancelled = false;
     std::mutex mutex;
-    QHash<quint64, Course> courses; // By device.
+    QSet<quint64> running; // By device.
     QHash<FileIdentity, Kept> kept;
-    QSet<FileIdentity> askedFor;
 };
 
-OutsideSearches::OutsideSearches(InodeSearch::Limits limits, double restSeconds)
-    : m_shared(std::make_shared<Shared>(limits, restSeconds))
+OutsideSearches::OutsideSearches(InodeSearch::Limits limits, double secondsApart)
+    : m_shared(new Shared { limits, std::chrono::duration<double>(secondsApart), {}, {}, {}, {} })
 {
 }
 
 OutsideSearches::~OutsideSearches()
 {
+    cancel();
+}
+
+void OutsideSearches::cancel()
+{
     m_shared->cancelled = true;
 }
 
-OutsideSearches::Answer OutsideSearches::answerFor(const FileIdentity &file) const
+OutsideSearches::Answer OutsideSearches::answerFor(const FileIdentity &file,
+                                                   const Mounts &mounts) const
 {
     const std::lock_guard lock(m_shared->mutex);
     const auto kept = m_shared->kept.constFind(file);
-    return kept == m_shared->kept.cend() || kept->until < Clock::now() ? Answer() : kept->answer;
+    const bool holds = kept != m_shared->kept.cend() && kept->mounts == mounts.number()
+        && (kept->answer.state == Answer::State::Undecided || kept->until >= Clock::now());
+    return holds ? kept->answer : Answer();
 }
 
 void OutsideSearches::forget(const FileIdentity &file)
@@ -80,68 +78,51 @@ void OutsideSearches::forget(const FileIdentity &file)
     m_shared->kept.remove(file);
 }
 
-bool OutsideSearches::isIdle(dev_t device) const
-{
-    const std::lock_guard lock(m_shared->mutex);
-    const Shared::Course course = m_shared->courses.value(device);
-    return !course.running && course.restsUntil <= Clock::now();
-}
-
-bool OutsideSearches::isNew(const FileIdentity &file)
-{
-    const std::lock_guard lock(m_shared->mutex);
-    const qsizetype before = m_shared->askedFor.size();
-    m_shared->askedFor.insert(file);
-    return m_shared->askedFor.size() > before;
-}
-
 const std::atomic<bool> &OutsideSearches::cancelled() const
 {
     return m_shared->cancelled;
 }
 
-void OutsideSearches::start(const Volume &volume, const QList<QByteArray> &first,
+void OutsideSearches::start(const Volume &volume, const std::shared_ptr<const Mounts> &mounts,
                             const QList<FileIdentity> &wanted)
 {
     const std::lock_guard lock(m_shared->mutex);
-    const Clock::time_point now = Clock::now();
-    Shared::Course &course = m_shared->courses[volume.device];
-    if (course.running || course.restsUntil > now)
+    if (m_shared->running.contains(volume.device))
         return;
-    m_shared->kept.removeIf([&](const auto &kept) { return kept.value().until < now; });
-    m_shared->askedFor.clear();
+    if (m_shared->kept.size() > mostKept)
+        m_shared->kept.clear();
     try {
-        std::thread(search, m_shared, volume, first, wanted).detach();
-        course.running = true;
-    } catch (const std::system_error &) {
-        course.restsUntil = now + m_shared->restTime; // No thread to be had.
+        std::thread(search, m_shared, volume, mounts, wanted).detach();
+        m_shared->running.insert(volume.device);
+    } catch (const std::system_error &) { // No thread to be had; the next check tries again.
     }
 }
 
 void OutsideSearches::search(const std::shared_ptr<Shared> &shared, const Volume &volume,
-                             const QList<QByteArray> &first, QList<FileIdentity> wanted)
+                             const std::shared_ptr<const Mounts> &mounts,
+                             QList<FileIdentity> wanted)
 {
+    using State = Answer::State;
     takeLowestPriority();
+    QHash<FileIdentity, QByteArray> found;
     bool whole = true;
-    QHash<FileIdentity, Answer> answers;
-    for (const QByteArray &root : volume.roots) {
-        const auto result
-            = InodeSearch::run(root, first, wanted, shared->limits, shared->cancelled);
-        for (const auto &[file, path] : result.found)
-            answers.insert(file, { Answer::State::Found, path });
-        wanted.removeIf([&](const FileIdentity &file) { return answers.contains(file); });
-        whole = whole && (result.whole || wanted.isEmpty());
-    }
-    for (const FileIdentity &file : std::as_const(wanted)) {
-        if (whole)
-            answers.insert(file, { Answer::State::Absent, {} });
+    for (int look = 0; look < 2 && whole && !wanted.isEmpty(); ++look) {
+        if (look > 0)
+            std::this_thread::sleep_for(shared->apart);
+        InodeSearch walk(wanted, shared->limits, shared->cancelled);
+        for (const QByteArray &root : volume.roots)
+            walk.walk(root, *mounts, volume.subvolumes);
+        found.insert(walk.found());
+        wanted.removeIf([&](const FileIdentity &file) { return found.contains(file); });
+        whole = walk.isWhole();
     }
     const std::lock_guard lock(shared->mutex);
-    const Clock::time_point now = Clock::now();
-    for (auto answer = answers.cbegin(); answer != answers.cend(); ++answer)
-        shared->kept.insert(answer.key(), { answer.value(), now + std::chrono::minutes(10) });
-    Shared::Course &course = shared->courses[volume.device];
-    course.running = false;
-    if (!whole)
-        course.restsUntil = now + shared->restTime;
+    const Clock::time_point until = Clock::now() + std::chrono::minutes(10);
+    for (auto file = found.cbegin(); file != found.cend(); ++file)
+        shared->kept.insert(file.key(),
+                            { { State::Found, file.value() }, until, mounts->number() });
+    for (const FileIdentity &file : std::as_const(wanted))
+        shared->kept.insert(
+            file, { { whole ? State::Absent : State::Undecided, {} }, until, mounts->number() });
+    shared->running.remove(volume.device);
 }

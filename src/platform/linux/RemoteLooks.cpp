@@ -1,5 +1,6 @@
 #include "platform/linux/RemoteLooks.h"
 
+#include "platform/linux/InodeSearch.h"
 #include "platform/linux/Volumes.h"
 
 #include <condition_variable>
@@ -52,6 +53,20 @@ QList<RemoteLooks::Result> RemoteLooks::collect(Job &job, Clock::time_point dead
     return job.results;
 }
 
+void RemoteLooks::lookNear(const Task &task, Result &result)
+{
+    constexpr InodeSearch::Limits limits { 3, 100'000 };
+    const std::atomic<bool> cancelled = false;
+    InodeSearch search({ *task.wanted }, limits, cancelled);
+    for (const QByteArray &folder : task.near)
+        search.lookInto(folder);
+    result.covered = !search.isOver() && search.isWhole();
+    for (const QByteArray &path : search.found()) {
+        result.otherPath = path;
+        result.otherLook = lookAt(path);
+    }
+}
+
 void RemoteLooks::work(const std::shared_ptr<Job> &job, const Look &look, qsizetype start)
 {
     QHash<quint64, quint64> fileSystems; // By device.
@@ -66,10 +81,14 @@ void RemoteLooks::work(const std::shared_ptr<Job> &job, const Look &look, qsizet
         if (!task.otherPath.isEmpty())
             result.otherLook = look(task.otherPath);
         const bool present = result.look.state == FileLook::State::Present;
+        result.otherPath = task.otherPath;
+        if (!present && result.otherLook.state == FileLook::State::Missing && task.wanted)
+            lookNear(task, result);
         const FileLook &file = present ? result.look : result.otherLook;
         const auto device = file.identity.device;
         if (file.state == FileLook::State::Present && !fileSystems.contains(device))
-            fileSystems.insert(device, Volumes::fileSystemOf(present ? task.path : task.otherPath));
+            fileSystems.insert(device,
+                               Volumes::fileSystemOf(present ? task.path : result.otherPath));
         result.fileSystem = fileSystems.value(device);
         const std::lock_guard lock(job->mutex);
         job->results[index] = result;

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 /// Looks at files where the answer may never come: one thread a mount. While it
 /// has not come back its mount gets no other one, and nobody waits for it: it
@@ -26,12 +27,16 @@ public:
     {
         QByteArray path;
         QByteArray otherPath; // May be empty.
+        std::optional<FileIdentity> wanted; // Looked for in the folders `near` where both are free.
+        QList<QByteArray> near;
     };
     struct Result
     {
         bool done = false;
         FileLook look;
+        QByteArray otherPath; // The task's, or where it was found.
         FileLook otherLook; // Missing where there was no other path.
+        bool covered = false; // The folders were read to their ends.
         quint64 fileSystem = 0;
     };
     struct Job;
@@ -44,6 +49,7 @@ public:
     static QList<Result> collect(Job &job, Clock::time_point deadline);
 
 private:
+    static void lookNear(const Task &task, Result &result);
     static void work(const std::shared_ptr<Job> &job, const Look &look, qsizetype start);
 
     const Look m_look;

@@ -1,18 +1,51 @@
 #include "platform/linux/TrashFolders.h"
 
+#include "platform/linux/LocalFolder.h"
+
 #include "base/FilePath.h"
+
+#include <algorithm>
 
 #include <unistd.h>
 
-bool TrashFolders::hold(const QByteArray &path, const QByteArray &homeTrash, const Mounts &mounts)
+TrashFolders::TrashFolders(const QByteArray &homeTrash, const Mounts &mounts)
+    : m_mounts(mounts)
 {
-    if (!homeTrash.isEmpty() && path.startsWith(homeTrash) && FilePath::isBelow(path, homeTrash))
+    if (homeTrash.isEmpty())
+        return;
+    m_home.append(homeTrash);
+    const LocalFolder folder(homeTrash, mounts);
+    if (folder.state() == LocalFolder::State::Open && folder.realPath() != homeTrash)
+        m_home.append(folder.realPath());
+}
+
+bool TrashFolders::hold(const QByteArray &path) const
+{
+    if (std::any_of(m_home.cbegin(), m_home.cend(), [&](const QByteArray &home) {
+            return path.startsWith(home) && FilePath::isBelow(path, home);
+        }))
         return true;
-    if (!path.contains("/.Trash"))
+    const qsizetype at = path.indexOf("/.Trash");
+    if (at < 0)
         return false;
-    const Mount *mount = mounts.of(path);
+    const QByteArray folders = path + '/';
+    if (folders.contains("/.Trash/") || folders.contains("/.Trashes/"))
+        return true;
+    const Mount *mount = m_mounts.of(path);
     const QByteArray top = mount == nullptr || mount->point == "/" ? QByteArray() : mount->point;
+    return FilePath::isBelow(path, top + "/.Trash-" + QByteArray::number(::getuid()));
+}
+
+QList<QByteArray> TrashFolders::contents(const QList<QByteArray> &roots) const
+{
+    QList<QByteArray> result;
+    for (const QByteArray &home : m_home)
+        result.append(home + "/files");
     const QByteArray user = QByteArray::number(::getuid());
-    return FilePath::isBelow(path, top + "/.Trash/" + user)
-        || FilePath::isBelow(path, top + "/.Trash-" + user);
+    for (const QByteArray &root : roots) {
+        const QByteArray top = root == "/" ? QByteArray() : root;
+        result.append(top + "/.Trash-" + user + "/files");
+        result.append(top + "/.Trash/" + user + "/files");
+    }
+    return result;
 }
