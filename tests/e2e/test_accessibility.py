@@ -8,6 +8,7 @@ import pytest
 
 from desktop import wait_for
 from peers import IMAGE_COLOUR, LINK_COLOUR, png
+from program import TOUR
 from test_keyboard import activate
 from test_preview import pdf
 from test_rowmenu import ONE, RowMenu
@@ -116,6 +117,19 @@ def test_a_shelf_is_worked_and_heard(desktop, program, reader):
     reader.do("Vantle", "push button", "Clear shelf", "Press")
     program.wait_for_items(0)
     reader.find("Vantle", "label", "Drop anything here")
+
+
+@pytest.mark.any_wm
+def test_the_tour_is_read_page_by_page(desktop, program, reader):
+    program.prefer(onboarded=False)
+    program.start()
+    reader.find(TOUR, "notification", "A shelf for whatever you drag")
+    assert "checked" in reader.find(TOUR, "radio button", "A shelf for whatever you drag")["states"]
+    reader.do(TOUR, "push button", "Next", "Press")
+    second = wait_for(lambda: next((n["name"] for n in reader.ask("all", TOUR)
+                                    if n["role"] == "radio button" and "checked" in n["states"]
+                                    and n["name"] != "A shelf for whatever you drag"), None), 5, "the next dot")
+    reader.hear("object:state-changed:showing", "notification", second, 1)
 
 
 @pytest.mark.any_wm

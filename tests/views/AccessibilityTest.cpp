@@ -137,6 +137,7 @@ TEST(LookTest, EveryPaletteCanBeRead)
         EXPECT_GE(over(palette.color(QPalette::PlaceholderText), base), 4.5);
         EXPECT_GE(over(palette.color(QPalette::HighlightedText), highlight), least);
         EXPECT_GE(over(palette.color(QPalette::Link), base), least);
+        EXPECT_GE(over(highlight, window), 3);
     }
 }
 

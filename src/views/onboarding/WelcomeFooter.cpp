@@ -91,7 +91,7 @@ protected:
             painter.drawEllipse(middle, 7.5, 7.5);
         }
         painter.setPen(Qt::NoPen);
-        painter.setBrush(isChecked()        ? Look::ring(palette())
+        painter.setBrush(isChecked()        ? palette().color(QPalette::Highlight)
                              : underMouse() ? Look::shade(palette(), 0.7)
                                             : Look::edge(palette()));
         const double radius = isChecked() ? 4.5 : 3.5;
