@@ -144,7 +144,7 @@ bool AppDelegate::copySelection()
 {
     QList<QUrl> urls;
     for (const ShelfItem &item : m_store.selectedItems())
-        urls.append(item.link.value_or(item.url));
+        urls.append(item.target());
     if (urls.isEmpty())
         return false;
     m_desktop.clipboard.write(urls);

@@ -49,6 +49,17 @@ QByteArray AtomicFile::linkTarget(const QByteArray &path)
     return {};
 }
 
+QByteArray AtomicFile::besideTarget(const QByteArray &path, const QByteArray &name)
+{
+    return folderOf(linkTarget(path)) + '/' + name;
+}
+
+bool AtomicFile::setAside(const QByteArray &path, const QByteArray &name)
+{
+    const QByteArray place = besideTarget(path, name);
+    return ::rename(linkTarget(path).constData(), place.constData()) == 0 || errno == ENOENT;
+}
+
 bool AtomicFile::write(const QByteArray &path, const QByteArray &bytes)
 {
     return write(path, QByteArrayList { bytes });
@@ -73,7 +84,15 @@ bool AtomicFile::write(const QByteArray &path, const QByteArrayList &pieces)
         mode = old.st_mode & permissionBits;
     }
 
+    qsizetype size = 0;
+    for (const QByteArray &piece : pieces)
+        size += piece.size();
+    if (size > NativeFile::largest) { // It could not be read.
+        errno = EFBIG;
+        return false;
+    }
     const QByteArray temporary = temporaryFor(target);
+    ::unlink(temporary.constData());
     const int file = NativeFile::create(temporary);
     if (file < 0)
         return false;

@@ -16,6 +16,13 @@ bool write(const QByteArray &path, const QByteArray &bytes);
 /// The same with all pieces, one after the other.
 bool write(const QByteArray &path, const QByteArrayList &pieces);
 
+/// Gives what the path, or the link there, finally names that name in its folder, in
+/// place of what had it before. Whether nothing is left under the old name; on
+/// failure errno says why.
+bool setAside(const QByteArray &path, const QByteArray &name);
+/// Where setAside puts it.
+QByteArray besideTarget(const QByteArray &path, const QByteArray &name);
+
 /// The path that a symbolic link finally names, whether or not anything is
 /// there; the path itself if it is no link, nothing for links that go in circles.
 QByteArray linkTarget(const QByteArray &path);

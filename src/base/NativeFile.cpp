@@ -10,12 +10,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
 namespace {
 
-constexpr qsizetype largest = 256 << 20; // Bytes.
 constexpr mode_t usersOnly = 0700; // What the base directory specification asks for.
 constexpr mode_t usersFile = 0600;
 constexpr mode_t othersBits = 0077;
@@ -39,7 +37,7 @@ std::optional<QByteArray> readAll(int file)
             = uninterrupted([&] { return ::read(file, buffer.data(), buffer.size()); });
         if (count == 0)
             return bytes;
-        if (count < 0 || bytes.size() + count > largest)
+        if (count < 0 || bytes.size() + count > NativeFile::largest)
             return {};
         bytes.append(buffer.data(), count);
     }
@@ -57,6 +55,42 @@ bool writeAll(int file, const QByteArray &bytes)
         left -= static_cast<size_t>(count);
     }
     return true;
+}
+
+/// None of a symbolic link, but for those above it.
+int openFolder(int above, const QByteArray &name)
+{
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    return uninterrupted([&] { return ::openat(above, name.constData(), flags); });
+}
+
+/// Closes the stream; there may be none.
+QList<QByteArray> namesOf(DIR *stream)
+{
+    QList<QByteArray> names;
+    if (stream == nullptr)
+        return names;
+    while (const dirent *entry = ::readdir(stream)) {
+        const QByteArray name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+    }
+    ::closedir(stream);
+    return names;
+}
+
+// Folders deeper than there are handles stay. NOLINTNEXTLINE(misc-no-recursion)
+void removeAt(int above, const QByteArray &name)
+{
+    if (::unlinkat(above, name.constData(), 0) == 0 || (errno != EISDIR && errno != EPERM))
+        return;
+    const int folder = openFolder(above, name);
+    if (folder < 0)
+        return;
+    for (const QByteArray &each : namesOf(::fdopendir(::dup(folder))))
+        removeAt(folder, each);
+    ::close(folder);
+    ::unlinkat(above, name.constData(), AT_REMOVEDIR);
 }
 
 }
@@ -85,7 +119,9 @@ bool NativeFile::writeNew(const QByteArray &path, const QByteArray &bytes)
     if (file < 0)
         return false;
     if (!writeAndClose(file, { bytes })) {
+        const int reason = errno;
         ::unlink(path.constData());
+        errno = reason;
         return false;
     }
     syncFolder(folder);
@@ -95,7 +131,6 @@ bool NativeFile::writeNew(const QByteArray &path, const QByteArray &bytes)
 int NativeFile::create(const QByteArray &path)
 {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    ::unlink(path.constData());
     return uninterrupted([&] { return ::open(path.constData(), flags, usersFile); });
 }
 
@@ -161,21 +196,28 @@ void NativeFile::syncFolder(const QByteArray &folder)
 
 QList<QByteArray> NativeFile::namesIn(const QByteArray &folder)
 {
-    QList<QByteArray> names;
-    DIR *stream = ::opendir(folder.constData());
-    if (stream == nullptr)
-        return names;
-    while (const dirent *entry = ::readdir(stream)) {
-        const QByteArray name(entry->d_name);
-        if (name != "." && name != "..")
-            names.append(name);
-    }
-    ::closedir(stream);
-    return names;
+    return namesOf(::opendir(folder.constData()));
 }
 
 void NativeFile::remove(const QByteArray &path)
 {
-    std::error_code ignored;
-    std::filesystem::remove_all(std::filesystem::path(path.toStdString()), ignored);
+    removeAt(AT_FDCWD, path);
+}
+
+void NativeFile::removeBelow(const QByteArray &folder, const QByteArray &relative)
+{
+    // Handles instead of paths, so that nobody can put a link on the way meanwhile.
+    int place = openFolder(AT_FDCWD, folder);
+    QByteArrayList parts = relative.split('/');
+    const QByteArray last = parts.takeLast();
+    for (const QByteArray &part : std::as_const(parts)) {
+        const int inner = place < 0 ? -1 : openFolder(place, part);
+        if (place >= 0)
+            ::close(place);
+        place = inner;
+    }
+    if (place < 0)
+        return;
+    removeAt(place, last);
+    ::close(place);
 }

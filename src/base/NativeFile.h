@@ -18,16 +18,19 @@ struct Content
     Failure failure = Failure::Missing; // Where there are no bytes.
 };
 
-/// Reads a regular file of at most 256 MB to its end.
+/// Bytes: what is longer is neither read nor written whole.
+constexpr qsizetype largest = 256 << 20;
+
+/// Reads a regular file to its end.
 Content read(const QByteArray &path);
 
 /// Makes a file that is on the disk when this returns true; on failure none is
-/// left. What had the name before goes; the folder is made where it is missing.
-/// Both are for the user alone.
+/// left, and errno says why: EEXIST where the name is taken, by whatever. The folder
+/// is made where it is missing. Both are for the user alone.
 bool writeNew(const QByteArray &path, const QByteArray &bytes);
 
-/// Opens a new file of the user's alone for writing; a file or a link that had
-/// the name before goes. -1 on failure, and errno says why.
+/// Opens a file of the user's alone for writing, under a name that nothing has.
+/// -1 on failure, and errno says why.
 int create(const QByteArray &path);
 
 /// Writes all bytes to the disk and closes the open file, whatever happens. On
@@ -51,5 +54,9 @@ QList<QByteArray> namesIn(const QByteArray &folder);
 
 /// With everything in it; a symbolic link goes, its target stays.
 void remove(const QByteArray &path);
+
+/// The same with what the relative path names below the folder, but only where
+/// neither the folder nor anything on the way is a symbolic link.
+void removeBelow(const QByteArray &folder, const QByteArray &relative);
 
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/WebAddress.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
@@ -19,7 +21,14 @@ struct ShelfItem
     std::optional<QString> driveLink;
     std::optional<QString> preview; // The short text shown for a snippet or a link.
     std::optional<QByteArray> bookmark; // Opaque: kept as it was read.
-    std::optional<QUrl> link;
+    std::optional<WebAddress> link;
+
+    /// What opening, copying and dragging it are about: its web address, or its file.
+    QUrl target() const
+    {
+        const QUrl web = link ? link->url() : QUrl();
+        return web.isValid() ? web : url;
+    }
 
     bool operator==(const ShelfItem &) const = default;
 };

@@ -8,22 +8,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include <sys/stat.h>
-
 namespace {
 
-/// Whether a folder between that one and the file is a symbolic link, which
-/// would lead a removal out of the folder.
-bool hasLinkBetween(const QByteArray &folder, const QByteArray &file)
-{
-    struct stat information = {};
-    for (QByteArray path = FilePath::parent(file); FilePath::isBelow(path, folder);
-         path = FilePath::parent(path)) {
-        if (lstat(path.constData(), &information) == 0 && S_ISLNK(information.st_mode))
-            return true;
-    }
-    return false;
-}
+const QByteArray damagedName = QByteArrayLiteral("shelves-damaged.json");
 
 }
 
@@ -44,11 +31,21 @@ ShelfStore::ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Bookm
 
 ShelfStore::~ShelfStore() = default;
 
+/// None, too, for a state without an open shelf. Whatever there is then may be the
+/// only copy of what the user had.
+std::optional<ShelfState> ShelfStore::readState()
+{
+    const auto content = NativeFile::read(m_paths.dataDir + "/shelves.json");
+    auto state = StateCoding::decodeState(content.bytes.value_or(QByteArray()));
+    if (state && !state->shelves.isEmpty())
+        return state;
+    m_isDamaged = content.bytes || content.failure != NativeFile::Failure::Missing;
+    return std::nullopt;
+}
+
 ShelfStore::Loaded ShelfStore::load()
 {
-    auto state = StateCoding::decodeState(
-        NativeFile::read(m_paths.dataDir + "/shelves.json").bytes.value_or(QByteArray()));
-    if (state && !state->shelves.isEmpty()) {
+    if (auto state = readState()) {
         for (auto *list : { &state->shelves, &state->closed }) {
             for (Shelf &shelf : *list)
                 shelf.items = rehome(std::move(shelf.items));
@@ -89,7 +86,10 @@ bool ShelfStore::save()
     mirrorCurrent();
     NativeFile::makeFolder(m_paths.dataDir); // It may have been removed, or not been there to make.
     const ShelfState state { currentID.value(), shelves.value(), closed.value() };
-    m_isSaved = AtomicFile::write(m_paths.dataDir + "/shelves.json", m_encoder.encode(state));
+    const QByteArray path = m_paths.dataDir + "/shelves.json";
+    if (m_isDamaged)
+        m_isDamaged = !AtomicFile::setAside(path, damagedName);
+    m_isSaved = !m_isDamaged && AtomicFile::write(path, m_encoder.encode(state));
     return m_isSaved;
 }
 
@@ -105,6 +105,10 @@ void ShelfStore::mirrorCurrent()
 
 void ShelfStore::sweepOrphans() const
 {
+    // These may name files that no shelf names any more.
+    if (FilePath::exists(AtomicFile::besideTarget(m_paths.dataDir + "/shelves.json", damagedName))
+        || FilePath::exists(m_paths.dataDir + "/items.json"))
+        return;
     const auto names = NativeFile::namesIn(droppedDir());
     if (names.isEmpty())
         return;
@@ -117,7 +121,7 @@ void ShelfStore::sweepOrphans() const
     }
     for (const QByteArray &name : names) {
         if (!used.contains(name))
-            NativeFile::remove(droppedDir() + '/' + name);
+            NativeFile::removeBelow(droppedDir(), name);
     }
 }
 
@@ -150,8 +154,9 @@ void ShelfStore::discardManaged(const QList<ShelfItem> &list) const
     for (const ShelfItem &item : list) {
         // The standardised path, since the place was judged by it.
         const QByteArray path = FilePath::standardized(FilePath::fromUrl(item.url));
-        if (isManaged(item.url) && !hasLinkBetween(droppedDir(), path))
-            NativeFile::remove(path);
+        if (isManaged(item.url))
+            NativeFile::removeBelow(droppedDir(),
+                                    path.mid(FilePath::standardized(droppedDir()).size() + 1));
     }
 }
 

@@ -61,7 +61,7 @@ public:
     void add(const QList<QUrl> &urls);
     /// A snippet, or a link where the text is nothing but a web address.
     void addText(const QString &text);
-    void addLink(const QUrl &url);
+    void addLink(const WebAddress &address);
     /// Both write their file on a worker and then add it.
     void addImage(const QImage &image);
     void addImageData(const QByteArray &data, const QMimeType &type);
@@ -103,9 +103,10 @@ public:
 
     // Files that move.
 
-    /// Gives an entry's file another name in its folder; no file is ever replaced.
-    /// The reason, where that fails: then nothing has changed.
-    [[nodiscard]] std::optional<QString> rename(const QUuid &id, const QString &name);
+    /// Gives an entry's file another name in its folder, on a worker; no file is ever
+    /// replaced. The reason, where that fails: then nothing has changed.
+    void rename(const QUuid &id, const QString &name,
+                std::function<void(const QString &reason)> onFailure);
 
     /// Looks for the files of the current shelf on a worker: entries follow theirs. Those whose
     /// file was thrown away, or that two successive checks 2 seconds apart find nowhere, leave
@@ -138,6 +139,7 @@ private:
     enum class Loaded { Nothing, State };
 
     Loaded load();
+    std::optional<ShelfState> readState();
     void adopt(QList<Shelf> open, QList<Shelf> closedShelves, const QUuid &current);
     bool save();
     void mirrorCurrent();
@@ -147,13 +149,14 @@ private:
     using Missed = QHash<QUuid, std::pair<QUrl, double>>; // Address then, and when it was missed.
     bool counts(const LocateResult &result, double begin, Missed &missed) const;
     void applyLocations(const QList<LocateResult> &results, double begin);
+    void applyRename(const QUuid &id, const QUrl &before, const Bookmarked &now);
     QByteArray droppedDir() const { return m_paths.dataDir + "/dropped"; }
 
     void commit(QList<ShelfItem> next);
     ShelfItem newItem(const QUrl &url) const;
     void insertDropped(const QByteArray &path, const std::optional<QString> &preview = std::nullopt,
-                       const std::optional<QUrl> &link = std::nullopt);
-    QByteArray newFilePath(const QString &base, const QString &extension) const;
+                       const std::optional<WebAddress> &link = std::nullopt);
+    QByteArray fileStart(const QString &key) const;
     using Bytes = std::function<std::optional<QByteArray>()>;
     void addFromWorker(const QString &extension, Bytes bytes);
 
@@ -185,6 +188,7 @@ private:
     int m_noticeSeq = 0;
     StateEncoder m_encoder; // Of the state file.
     bool m_isSaved = true; // The file on disk names no entry that has left.
+    bool m_isDamaged = false; // That file could not be read: the next save sets it aside.
     bool m_refreshingLocations = false;
     Missed m_missed; // By the last check.
     QList<Removed> m_lastRemoved; // The one stash.

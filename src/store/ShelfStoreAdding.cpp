@@ -10,6 +10,7 @@
 #include "store/WebLocation.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -17,6 +18,7 @@ namespace {
 constexpr double unixAtReference = 978307200;
 constexpr qsizetype longestPreview = 60;
 constexpr qsizetype longestLinkTitle = 80;
+constexpr int mostNames = 100; // To try; four hexadecimal digits have 65,536.
 
 bool isNewline(QChar character)
 {
@@ -41,17 +43,21 @@ std::optional<QString> previewOf(const QString &text)
     return line.isEmpty() ? std::nullopt : std::optional(Characters::first(line, longestPreview));
 }
 
-/// The address that this text is, if it is nothing else.
-std::optional<QUrl> webAddress(const QString &text)
+/// Writes a file under a name that is free: two of one kind and second differ by the
+/// random part alone, and a name that is taken is the file of another entry. The
+/// path; none where it cannot be written.
+std::optional<QByteArray> writeManaged(const QByteArray &start, const QString &extension,
+                                       const QByteArray &bytes)
 {
-    const QString trimmed = text.trimmed();
-    if (!trimmed.startsWith(QLatin1String("http"), Qt::CaseInsensitive)
-        || std::any_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.isSpace(); }))
-        return std::nullopt;
-    const QUrl url(trimmed);
-    const QString scheme = url.scheme(); // In lower case, however it was written.
-    const bool web = scheme == QLatin1String("http") || scheme == QLatin1String("https");
-    return web && url.isValid() && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
+    for (int tries = 0; tries < mostNames; ++tries) {
+        const QByteArray random = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).left(4);
+        const QByteArray path = start + random.toUpper() + '.' + extension.toUtf8();
+        if (NativeFile::writeNew(path, bytes))
+            return path;
+        if (errno != EEXIST)
+            break;
+    }
+    return std::nullopt;
 }
 
 }
@@ -75,26 +81,24 @@ void ShelfStore::addText(const QString &text)
 {
     if (!text.isValidUtf16())
         return;
-    if (const auto url = webAddress(text)) {
-        addLink(*url);
+    if (const auto address = WebAddress::typed(text)) {
+        addLink(*address);
         return;
     }
-    const QByteArray path
-        = newFilePath(m_texts.text(QStringLiteral("dropped_text")), QStringLiteral("txt"));
-    if (NativeFile::writeNew(path, text.toUtf8()))
-        insertDropped(path, previewOf(text));
+    if (const auto path = writeManaged(fileStart(QStringLiteral("dropped_text")),
+                                       QStringLiteral("txt"), text.toUtf8()))
+        insertDropped(*path, previewOf(text));
 }
 
-void ShelfStore::addLink(const QUrl &url)
+void ShelfStore::addLink(const WebAddress &address)
 {
     const auto &list = items.value();
     if (std::any_of(list.begin(), list.end(),
-                    [&](const ShelfItem &item) { return item.link == url; }))
+                    [&](const ShelfItem &item) { return item.link == address; }))
         return;
-    const QByteArray path
-        = newFilePath(m_texts.text(QStringLiteral("dropped_link")), QStringLiteral("webloc"));
-    if (NativeFile::writeNew(path, WebLocation::encode(url)))
-        insertDropped(path, linkTitle(url), url);
+    if (const auto path = writeManaged(fileStart(QStringLiteral("dropped_link")),
+                                       QStringLiteral("webloc"), WebLocation::encode(address)))
+        insertDropped(*path, linkTitle(address.url()), address);
 }
 
 QString ShelfStore::linkTitle(const QUrl &url)
@@ -129,14 +133,15 @@ void ShelfStore::addImageData(const QByteArray &data, const QMimeType &type)
 /// The entry lands on whichever shelf is current when the file is there.
 void ShelfStore::addFromWorker(const QString &extension, Bytes bytes)
 {
-    const QByteArray path = newFilePath(m_texts.text(QStringLiteral("dropped_image")), extension);
     m_workers.run(
         WorkerPriority::UserInitiated,
-        [this, &queue = m_queue, alive = std::weak_ptr(m_alive), path, bytes = std::move(bytes)] {
+        [this, &queue = m_queue, alive = std::weak_ptr(m_alive),
+         start = fileStart(QStringLiteral("dropped_image")), extension, bytes = std::move(bytes)] {
             const auto content = bytes();
-            if (!content || !NativeFile::writeNew(path, *content))
+            const auto path = content ? writeManaged(start, extension, *content) : std::nullopt;
+            if (!path)
                 return;
-            queue.post([this, alive, path] {
+            queue.post([this, alive, path = *path] {
                 if (alive.lock())
                     insertDropped(path);
             });
@@ -147,28 +152,21 @@ QUrl ShelfStore::makeDemoFile()
 {
     const QString name = m_texts.text(QStringLiteral("demo_file_name")) + QStringLiteral(".txt");
     const QByteArray path = droppedDir() + '/' + name.toUtf8();
-    if (!FilePath::exists(path))
-        NativeFile::writeNew(path, m_texts.text(QStringLiteral("demo_file_content")).toUtf8());
+    // One that is there stays as it is.
+    NativeFile::writeNew(path, m_texts.text(QStringLiteral("demo_file_content")).toUtf8());
     return FilePath::toUrl(path);
 }
 
-/// Two files of one kind and second differ by the random part. A name that is
-/// taken would replace the file of another entry.
-QByteArray ShelfStore::newFilePath(const QString &base, const QString &extension) const
+/// Of the path of a new file of this kind, up to its random part.
+QByteArray ShelfStore::fileStart(const QString &key) const
 {
     const auto seconds = static_cast<qint64>(m_queue.now() + unixAtReference);
-    const QByteArray start
-        = droppedDir() + '/' + base.toUtf8() + '-' + QByteArray::number(seconds) + '-';
-    QByteArray path;
-    do {
-        const QByteArray random = QUuid::createUuid().toByteArray(QUuid::WithoutBraces).left(4);
-        path = start + random.toUpper() + '.' + extension.toUtf8();
-    } while (FilePath::exists(path));
-    return path;
+    return droppedDir() + '/' + m_texts.text(key).toUtf8() + '-' + QByteArray::number(seconds)
+        + '-';
 }
 
 void ShelfStore::insertDropped(const QByteArray &path, const std::optional<QString> &preview,
-                               const std::optional<QUrl> &link)
+                               const std::optional<WebAddress> &link)
 {
     const QUrl url = FilePath::toUrl(path);
     auto next = items.value();

@@ -51,7 +51,7 @@ void ShelfStore::removeUrls(const QList<QUrl> &urls)
     QSet<QUuid> ids;
     for (const ShelfItem &item : items.value()) {
         if (wanted.contains(Addresses::key(item.url))
-            || (item.link && wanted.contains(Addresses::key(*item.link))))
+            || (item.link && wanted.contains(Addresses::key(item.link->url()))))
             ids.insert(item.id);
     }
     removeIds(ids);

@@ -89,6 +89,6 @@ std::optional<QList<QUrl>> ShelfStore::dragURLs() const
         return std::nullopt;
     QList<QUrl> urls;
     for (const ShelfItem &item : targets(items.value().at(pressed)))
-        urls.append(item.link.value_or(item.url));
+        urls.append(item.target());
     return urls;
 }

@@ -102,7 +102,8 @@ QString ShelfStore::nextShelfName() const
 
 void ShelfStore::renameShelf(const QUuid &id, const QString &text)
 {
-    const QString trimmed = text.trimmed();
+    // Half a character of two parts could not be written.
+    const QString trimmed = QString::fromUtf8(text.toUtf8()).trimmed();
     const qsizetype index = shelfIndex(id);
     if (trimmed.isEmpty() || index < 0)
         return;

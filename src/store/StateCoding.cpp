@@ -42,8 +42,12 @@ std::optional<QUuid> toId(const QJsonValue &value)
 
 std::optional<QUrl> toUrl(const QJsonValue &value)
 {
-    const QUrl url(toText(value).value_or(QString())); // Empty, which is not valid, for no text.
-    return url.isValid() ? std::optional(url) : std::nullopt;
+    return StateCoding::address(value.toString());
+}
+
+std::optional<WebAddress> toLink(const QJsonValue &value)
+{
+    return WebAddress::stored(value.toString());
 }
 
 std::optional<QByteArray> toBytes(const QJsonValue &value)
@@ -120,7 +124,7 @@ std::optional<ShelfItem> toItem(const QJsonValue &value)
     reader.optional("driveLink", item.driveLink, toText);
     reader.optional("preview", item.preview, toText);
     reader.optional("bookmark", item.bookmark, toBytes);
-    reader.optional("link", item.link, toUrl);
+    reader.optional("link", item.link, toLink);
     return reader.isGood() ? std::optional(std::move(item)) : std::nullopt;
 }
 
@@ -169,6 +173,14 @@ void makeDistinct(ShelfState &state)
     }
 }
 
+}
+
+std::optional<QUrl> StateCoding::address(const QString &text)
+{
+    if (text.isEmpty() || !text.isValidUtf16())
+        return std::nullopt;
+    const QUrl url(text);
+    return url.isValid() ? std::optional(url) : std::nullopt;
 }
 
 QByteArray StateCoding::encode(const ShelfState &state)

@@ -11,6 +11,11 @@
 /// since 2001-01-01 UTC, bytes as Base64, and absent fields left out.
 namespace StateCoding {
 
+/// The address of a file that this text of the state file is; none for what would
+/// spoil the file. The encoder asks it too, so that nothing is written that cannot be
+/// read.
+std::optional<QUrl> address(const QString &text);
+
 QByteArray encode(const ShelfState &state);
 std::optional<ShelfState> decodeState(const QByteArray &json);
 

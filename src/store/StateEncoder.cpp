@@ -1,5 +1,7 @@
 #include "store/StateEncoder.h"
 
+#include "store/StateCoding.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -58,10 +60,12 @@ void appendString(QByteArray &out, const QByteArray &utf8)
     out += '"';
 }
 
-/// The fewest digits that read back as the same number, never with an exponent.
+/// The fewest digits that read back as the same number, never with an exponent. What
+/// is no number has no form in JSON, and would spoil the file: it becomes the start of 2001.
 void appendNumber(QByteArray &out, double number)
 {
-    Q_ASSERT(std::isfinite(number));
+    if (!std::isfinite(number))
+        number = 0;
     char buffer[400]; // The smallest double has 343 characters.
     const auto end
         = std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed);
@@ -89,11 +93,23 @@ void appendId(QByteArray &out, const char *key, const QUuid &id)
     appendText(out, key, id.toByteArray(QUuid::WithoutBraces).toUpper());
 }
 
+/// QUrl makes addresses that it refuses to read. Those of files never are among them.
+bool isReadAgain(const QByteArray &address)
+{
+    return address.startsWith("file:///") || StateCoding::address(QString::fromLatin1(address));
+}
+
+/// Nothing for an entry that would spoil the whole file.
 void appendItem(QByteArray &out, const ShelfItem &item)
 {
+    const QByteArray address = item.url.toEncoded();
+    if (!isReadAgain(address))
+        return;
+    if (!out.isEmpty())
+        out += ',';
     out += '{';
     appendId(out, "id", item.id);
-    appendText(out, "url", item.url.toEncoded());
+    appendText(out, "url", address);
     appendKey(out, "addedAt");
     appendNumber(out, item.addedAt);
     if (item.driveFileId)
@@ -105,7 +121,7 @@ void appendItem(QByteArray &out, const ShelfItem &item)
     if (item.bookmark)
         appendText(out, "bookmark", item.bookmark->toBase64());
     if (item.link)
-        appendText(out, "link", item.link->toEncoded());
+        appendText(out, "link", item.link->text().toUtf8());
     out += '}';
 }
 
@@ -210,12 +226,14 @@ StateEncoder::Written StateEncoder::write(const Shelf &shelf) const
     now.ends.reserve(shelf.items.size());
     Reuse reuse(old.items);
     for (const ShelfItem &item : shelf.items) {
-        if (!now.ends.isEmpty())
-            now.bytes += ',';
-        if (const qsizetype found = reuse.find(item); found >= 0)
-            now.bytes += old.bytesOf(found);
-        else
+        const QByteArrayView before = old.bytesOf(reuse.find(item));
+        if (before.isEmpty()) {
             appendItem(now.bytes, item);
+        } else {
+            if (!now.bytes.isEmpty())
+                now.bytes += ',';
+            now.bytes += before;
+        }
         now.ends.append(now.bytes.size());
     }
     return now;
@@ -223,6 +241,10 @@ StateEncoder::Written StateEncoder::write(const Shelf &shelf) const
 
 QByteArrayView StateEncoder::Written::bytesOf(qsizetype index) const
 {
-    const qsizetype start = index == 0 ? 0 : ends.at(index - 1) + 1; // After the comma.
+    if (index < 0)
+        return {};
+    qsizetype start = index == 0 ? 0 : ends.at(index - 1);
+    if (start > 0 && start < ends.at(index))
+        ++start; // The comma.
     return QByteArrayView(bytes).sliced(start, ends.at(index) - start);
 }

@@ -21,7 +21,7 @@ private:
         QByteArray bytes; // Of the entries, with commas.
         QList<qsizetype> ends; // Of each entry's bytes.
 
-        QByteArrayView bytesOf(qsizetype index) const;
+        QByteArrayView bytesOf(qsizetype index) const; // Empty for none.
     };
 
     Written write(const Shelf &shelf) const;

@@ -122,13 +122,13 @@ std::optional<QString> addressInXml(const QByteArray &bytes)
 
 }
 
-QByteArray WebLocation::encode(const QUrl &url)
+QByteArray WebLocation::encode(const WebAddress &address)
 {
     return QByteArrayLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
                              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
                              "<plist version=\"1.0\">\n<dict>\n\t<key>URL</key>\n\t<string>")
-        + QString::fromLatin1(url.toEncoded()).toHtmlEscaped().toUtf8()
+        + address.text().toHtmlEscaped().toUtf8()
         + QByteArrayLiteral("</string>\n</dict>\n</plist>\n");
 }
 

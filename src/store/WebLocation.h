@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/WebAddress.h"
+
 #include <QByteArray>
 #include <QUrl>
 
@@ -9,7 +11,7 @@
 namespace WebLocation {
 
 /// As XML.
-QByteArray encode(const QUrl &url);
+QByteArray encode(const WebAddress &address);
 
 /// The absolute address under "URL" in the root dictionary, of the XML form or
 /// the binary one; none for anything else.

@@ -14,7 +14,7 @@ QString itemTitle(const ShelfItem &item)
 QString itemSubtitle(const ShelfItem &item)
 {
     if (item.link)
-        return item.link->toString(QUrl::FullyEncoded);
+        return item.link->text();
     return FilePath::display(FilePath::parent(FilePath::fromUrl(item.url)));
 }
 

@@ -195,7 +195,7 @@ void RowMenu::copy(const QList<ShelfItem> &targets) const
 {
     QList<QUrl> urls;
     for (const ShelfItem &item : targets)
-        urls.append(item.link.value_or(item.url));
+        urls.append(item.target());
     m_actions.copyText(urls);
     onToast(std::ranges::all_of(targets, isWebLink) ? m_texts.text(QStringLiteral("link_copied"))
                                                     : m_texts.text(QStringLiteral("copied")));

@@ -79,7 +79,7 @@ void ShelfView::connectHeader()
     m_header->drag().urls = [this] {
         QList<QUrl> urls;
         for (const auto &item : dragOutItems())
-            urls.append(item.link.value_or(item.url));
+            urls.append(item.target());
         return urls;
     };
     m_header->drag().onDraggedOut = [this](const QList<QUrl> &urls) {
@@ -136,8 +136,10 @@ void ShelfView::rename(const ShelfItem &item)
         [this, id = item.id, alive = std::weak_ptr(m_alive)](const QString &name) {
             if (!alive.lock())
                 return;
-            if (const auto reason = m_store.rename(id, name))
-                showToast(m_texts.text(QStringLiteral("rename_failed"), { *reason }));
+            m_store.rename(id, name, [this, alive](const QString &reason) {
+                if (alive.lock())
+                    showToast(m_texts.text(QStringLiteral("rename_failed"), { reason }));
+            });
         });
 }
 
@@ -146,7 +148,7 @@ void ShelfView::activate(const ShelfItem &item)
     const QString &action = m_settings.doubleClickAction.value();
     if (item.link || action == QLatin1String("open")) {
         if (actions.open)
-            actions.open({ item.link.value_or(item.url) }, {});
+            actions.open({ item.target() }, {});
     } else if (action == QLatin1String("reveal")) {
         if (actions.reveal)
             actions.reveal({ item.url });

@@ -127,6 +127,11 @@ TEST(AtomicFileTest, AFailureLeavesTheOldFileAndNothingElse)
     ASSERT_EQ(::symlink("circle", w.path("circle").constData()), 0);
     const auto before = w.names();
 
+    // More than can be read.
+    const QByteArrayList huge(257, QByteArray(1 << 20, 'x'));
+    EXPECT_FALSE(AtomicFile::write(w.path("a"), huge));
+    EXPECT_EQ(w.names(), before);
+
     for (const char *name : { "folder", "pipe", "circle", "missing/b", "a/b" }) {
         SCOPED_TRACE(name);
         errno = 0;

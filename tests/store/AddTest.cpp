@@ -95,7 +95,19 @@ TEST(AddTest, TextBecomesASnippetOrALink)
     } cases[] = {
         { "an address between blanks", q(" \n https://www.a.org/b/?q=1 \t"), q("a.org/b"),
           "https://www.a.org/b/?q=1" },
-        { "a scheme in capitals", q("HTTP://a.org"), q("a.org"), "http://a.org" },
+        { "escapes of every kind", q("http://a.org/%7eu%c3%a9?x=%2f"), q("a.org/~ué"),
+          "http://a.org/%7eu%c3%a9?x=%2f" },
+        { "a percent sign", q("http://a.org/b?x=%26&y=100%"), q("a.org/b"),
+          "http://a.org/b?x=%26&y=100%25" },
+        { "letters", q("http://dé.org/Köln"), q("dé.org/Köln"), "http://xn--d-bga.org/K%C3%B6ln" },
+        { "a host of numbers", q("http://1.2.3/"), q("1.2.0.3"), "http://1.2.3/" },
+        { "what cannot be read again", q("http://[::1%25a]%3a]"), q("http://[::1%25a]%3a]"),
+          nullptr },
+        { "another address when read again", q("http://a.org/#b#c"), q("http://a.org/#b#c"),
+          nullptr },
+        { "too long for an address", q("http://a.org/") + QString(40000, u'x'),
+          q("http://a.org/") + many.left(47), nullptr },
+        { "a scheme in capitals", q("HTTP://a.org"), q("a.org"), "HTTP://a.org" },
         { "a word and an address", q("see https://a.org"), q("see https://a.org"), nullptr },
         { "an address and a line", q("https://a.org\nx"), q("https://a.org"), nullptr },
         { "an odd space", q("https://a.org/\u3000x"), q("https://a.org/\u3000x"), nullptr },
@@ -115,12 +127,52 @@ TEST(AddTest, TextBecomesASnippetOrALink)
         ASSERT_EQ(w.store().items.value().size(), 1);
         const ShelfItem item = w.store().items.value().first();
         EXPECT_EQ(item.preview, c.preview);
-        EXPECT_EQ(item.link, c.link ? std::optional(QUrl(q(c.link))) : std::nullopt);
+        EXPECT_EQ(item.link ? item.link->text() : QString(), q(c.link));
         EXPECT_TRUE(w.store().isManaged(item.url));
         EXPECT_TRUE(c.link || w.read(FilePath::fromUrl(item.url)) == c.text.toUtf8());
         EXPECT_EQ(w.sounds.played, std::vector { Sound::Pop });
         EXPECT_EQ(w.savedState()->shelves.first().items, QList { item });
+        EXPECT_EQ(w.restart().items.value(), QList { item });
+        EXPECT_EQ(item.link ? item.link->url().isValid() : true, true);
     }
+}
+
+/// Whatever "dropped" is, the main thread comes back, and nothing is lost.
+TEST(AddTest, WhereNoFileCanBeMadeNothingHappens)
+{
+    for (const char *what : { "a file", "a circle", "no such folder" }) {
+        SCOPED_TRACE(what);
+        World w;
+        w.store();
+        const QByteArray dropped = w.data("dropped");
+        if (q(what) == q("a file"))
+            w.write(dropped, "");
+        else
+            ASSERT_EQ(
+                symlink(q(what) == q("a circle") ? "dropped" : "/proc/none", dropped.constData()),
+                0);
+        w.store().addText(q("text"));
+        w.store().addText(q("https://a.org/"));
+        w.store().addImage(QImage(2, 2, QImage::Format_RGB32));
+        w.store().makeDemoFile();
+        w.queue.settle();
+        EXPECT_TRUE(w.urls().isEmpty());
+    }
+}
+
+TEST(AddTest, ImagesOfOneSecondNeverShareAFile)
+{
+    World w;
+    // By chance alone, two of so many have one name in 7 runs of 10.
+    for (int i = 0; i < 400; ++i)
+        w.store().addImageData(QByteArray::number(i), {});
+    w.queue.settle();
+    EXPECT_EQ(w.urls().size(), 400);
+    EXPECT_EQ(w.droppedNames().size(), 400);
+    QSet<QByteArray> contents;
+    for (const QUrl &url : w.urls())
+        contents.insert(w.read(FilePath::fromUrl(url)));
+    EXPECT_EQ(contents.size(), 400);
 }
 
 TEST(AddTest, TheSameTextTwiceIsTwoEntriesTheSameAddressOneAndBrokenTextNone)

@@ -3,6 +3,7 @@
 #include "platform/fake/FakePreferences.h"
 #include "store/LegacyMigration.h"
 
+#include <sys/resource.h>
 #include <sys/sysmacros.h>
 
 TEST(LoadTest, AFirstLaunchHasOneEmptyShelfAndWritesNothing)
@@ -40,22 +41,71 @@ TEST(LoadTest, ASavedStateComesBackWithoutTheFilesThatAreGone)
     }
 }
 
-TEST(LoadTest, ADamagedStateLosesNoManagedFile)
+TEST(LoadTest, WhatCannotBeReadIsSetAsideAndNothingIsSwept)
 {
+    const QByteArray noShelf
+        = R"({"current":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","shelves":[],"closed":[]})";
     for (const QByteArray &damage :
-         { QByteArray(), QByteArray("{\"current\":"), QByteArray("[]") }) {
-        SCOPED_TRACE(damage.constData());
-        World w;
-        w.write(w.data("shelves.json"), damage);
-        w.write(w.dropped("Text.txt"), "text");
-        w.write(w.dropped(".hidden"), "");
-        EXPECT_TRUE(w.store().items.value().isEmpty());
-        EXPECT_EQ(w.saved(), damage);
-        EXPECT_EQ(w.droppedNames().size(), 2);
-        // The next change replaces it.
-        w.store().add({ w.file("a") });
-        EXPECT_TRUE(w.savedState());
+         { QByteArray(), QByteArray("{\"current\":"), QByteArray("[]"), noShelf }) {
+        for (const bool isLink : { false, true }) {
+            SCOPED_TRACE(damage.toStdString() + (isLink ? " by a link" : ""));
+            World w;
+            const QByteArray folder = isLink ? w.home() + "/elsewhere" : w.paths().dataDir;
+            w.write(folder + "/shelves.json", damage);
+            w.write(w.dropped("Text.txt"), "text");
+            w.write(w.dropped(".hidden"), "");
+            if (isLink) {
+                ASSERT_EQ(symlink("../elsewhere/shelves.json", w.data("shelves.json").constData()),
+                          0);
+            }
+            EXPECT_TRUE(w.store().items.value().isEmpty());
+            EXPECT_EQ(w.saved(), damage); // Until a change replaces it.
+            w.store().add({ w.file("a") });
+            w.store().add({ w.file("b") });
+            EXPECT_EQ(w.read(folder + "/shelves-damaged.json"), damage);
+            EXPECT_TRUE(w.savedState());
+            // The next start finds a good state, and still no reason to delete anything.
+            EXPECT_EQ(w.restart().items.value().size(), 2);
+            EXPECT_EQ(w.droppedNames().size(), 2);
+            NativeFile::remove(folder + "/shelves-damaged.json");
+            w.restart();
+            EXPECT_TRUE(w.droppedNames().isEmpty());
+        }
     }
+}
+
+TEST(LoadTest, WhatCannotBeOpenedIsNotMissing)
+{
+    World w;
+    w.store().addText(QStringLiteral("kept"));
+    const auto saved = w.saved();
+    {
+        // No handle is left, as when a program leaks them.
+        rlimit before {};
+        ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+        const rlimit none { 0, before.rlim_max };
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+        w.restart();
+        setrlimit(RLIMIT_NOFILE, &before);
+    }
+    EXPECT_TRUE(w.urls().isEmpty());
+    w.store().add({ w.file("a") });
+    EXPECT_EQ(w.read(w.data("shelves-damaged.json")), saved);
+    EXPECT_EQ(w.restart().items.value().size(), 1);
+    EXPECT_EQ(w.droppedNames().size(), 1);
+}
+
+TEST(LoadTest, TheSweepLeavesTheFolderByNoLink)
+{
+    World w;
+    w.write(w.home() + "/documents/precious", "");
+    w.store().add({ w.file("a") });
+    ASSERT_EQ(symlink("../documents", w.data("dropped").constData()), 0);
+    w.store().addText(QStringLiteral("kept there"));
+    w.store().clear();
+    w.queue.advance(61);
+    w.restart();
+    EXPECT_TRUE(FilePath::exists(w.home() + "/documents/precious"));
 }
 
 TEST(LoadTest, TheOlderFileIsReadOnce)

@@ -53,6 +53,8 @@ struct ModelState
     Numbers uploading, selection;
     std::optional<int> focus, anchor, pressed;
     std::optional<std::tuple<int, Shelves, Shelves>> stateFile;
+    bool isUnreadable = false; // The file on disk, which the next save sets aside.
+    bool hasSetAside = false; // While that stands, nothing is swept.
     int notices = 0;
     std::string notice;
     struct
@@ -118,6 +120,7 @@ struct ModelState
     {
         stateFile = { current, shelves, closed };
         effects.saved = true;
+        hasSetAside = hasSetAside || std::exchange(isUnreadable, false);
     }
 
     void saveWithSound(char sound)
@@ -235,6 +238,8 @@ struct ModelState
             }
         }
         save();
+        if (hasSetAside)
+            return;
         std::erase_if(disk.present,
                       [&](int place) { return place >= userPlaces && !used.count(place); });
     }

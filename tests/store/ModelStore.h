@@ -248,14 +248,16 @@ public:
     }
 
     /// As after a kill.
-    enum class StateFile { Whole, Unreadable };
+    enum class StateFile { Whole, Unreadable, Cleared };
     void restart(StateFile file)
     {
         ModelStore next;
         std::tie(next.now, next.uptime, next.disk) = std::tie(now, uptime, disk);
         std::tie(next.entryCount, next.shelfCount, next.placeCount)
             = std::tie(entryCount, shelfCount, placeCount);
-        if (file == StateFile::Whole)
+        next.isUnreadable = isUnreadable || file == StateFile::Unreadable;
+        next.hasSetAside = hasSetAside && file != StateFile::Cleared;
+        if (file != StateFile::Unreadable)
             next.stateFile = stateFile;
         *this = next;
         load();

@@ -196,7 +196,8 @@ const std::array kinds {
     Kind { "Advance", 3, { 5 }, [](const Call &x) { passTime(x, pauses[x.a]); } },
     Kind { "Disk", 12, { 12, ModelState::userPlaces, 6 }, changeDisk },
     Kind { "Restart", 2, { 8 }, [](const Call &x) {
-        x.pair.restart(x.a == 7 ? ModelStore::StateFile::Unreadable : ModelStore::StateFile::Whole); } },
+        using enum ModelStore::StateFile;
+        x.pair.restart(x.a == 7 ? Unreadable : x.a == 6 ? Cleared : Whole); } },
 };
 // clang-format on
 

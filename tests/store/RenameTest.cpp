@@ -2,6 +2,19 @@
 
 #include <sys/stat.h>
 
+namespace {
+
+/// The reason for which it failed; empty if it did not.
+QString renamed(World &w, const QUuid &id, const QString &name)
+{
+    QString reason;
+    w.store().rename(id, name, [&](const QString &why) { reason = why; });
+    w.queue.settle();
+    return reason;
+}
+
+}
+
 TEST(RenameTest, TheEntryFollowsItsFile)
 {
     World w;
@@ -9,9 +22,9 @@ TEST(RenameTest, TheEntryFollowsItsFile)
     ASSERT_EQ(mkdir(folder.constData(), 0700), 0);
     w.store().add({ w.file("n\xE4me.txt"), FilePath::toUrl(folder, FilePath::Kind::Directory) });
     const auto before = w.store().items.value();
-    EXPECT_EQ(w.store().rename(w.id(0), QStringLiteral("näme.txt")), std::nullopt);
-    EXPECT_EQ(w.store().rename(w.id(1), QStringLiteral("new")), std::nullopt);
-    EXPECT_EQ(w.store().rename(QUuid::createUuid(), QStringLiteral("x")), std::nullopt);
+    EXPECT_EQ(renamed(w, w.id(0), QStringLiteral("näme.txt")), QString());
+    EXPECT_EQ(renamed(w, w.id(1), QStringLiteral("new")), QString());
+    EXPECT_EQ(renamed(w, QUuid::createUuid(), QStringLiteral("x")), QString());
 
     const QByteArray file = w.home() + "/n\xC3\xA4me.txt";
     auto expected = before;
@@ -23,6 +36,38 @@ TEST(RenameTest, TheEntryFollowsItsFile)
     EXPECT_EQ(w.savedState()->shelves.first().items, expected);
     EXPECT_EQ(World::read(file), "content");
     EXPECT_FALSE(FilePath::exists(w.home() + "/n\xE4me.txt"));
+}
+
+TEST(RenameTest, TheEntryIsFoundWhereverItIsByThen)
+{
+    const std::pair<const char *, void (*)(World &)> cases[] = {
+        { "on its shelf, which was left", [](World &w) { w.store().newShelf(); } },
+        { "on another shelf", [](World &w) { w.store().move({ w.id(0) }, std::nullopt); } },
+        { "on a closed shelf",
+          [](World &w) {
+              w.store().newShelf();
+              w.store().closeShelf(w.store().shelves.value().first().id);
+          } },
+        { "in the stash", [](World &w) { w.store().clear(); } },
+    };
+    for (const auto &[what, leave] : cases) {
+        SCOPED_TRACE(what);
+        World w;
+        w.store().add({ w.file("a") });
+        w.store().rename(w.id(0), QStringLiteral("b"), nullptr);
+        EXPECT_TRUE(FilePath::exists(w.home() + "/a")); // Not on the main thread.
+        leave(w);
+        w.queue.settle();
+        EXPECT_TRUE(FilePath::exists(w.home() + "/b"));
+        w.store().undoRemove();
+        QList<QUrl> urls;
+        const auto state = *w.savedState();
+        for (const Shelf &shelf : state.shelves + state.closed) {
+            for (const ShelfItem &item : shelf.items)
+                urls.append(item.url);
+        }
+        EXPECT_EQ(urls, QList { w.file("b") });
+    }
 }
 
 TEST(RenameTest, AFailureChangesNothingAndSaysWhy)
@@ -43,10 +88,10 @@ TEST(RenameTest, AFailureChangesNothingAndSaysWhy)
         { QString(300, u'x'), qt_error_string(ENAMETOOLONG) },
     };
     for (const auto &c : cases)
-        EXPECT_EQ(w.store().rename(w.id(0), c.name), c.reason);
+        EXPECT_EQ(renamed(w, w.id(0), c.name), c.reason);
     EXPECT_EQ(w.store().items.value(), before);
     EXPECT_EQ(w.saved(), saved);
     EXPECT_EQ(World::read(w.home() + "/a"), "content");
     NativeFile::remove(w.home() + "/a");
-    EXPECT_EQ(w.store().rename(w.id(0), QStringLiteral("c")), qt_error_string(ENOENT));
+    EXPECT_EQ(renamed(w, w.id(0), QStringLiteral("c")), qt_error_string(ENOENT));
 }

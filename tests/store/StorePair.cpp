@@ -24,7 +24,7 @@ std::string firstBroken(std::initializer_list<Check> checks)
 StorePair::StorePair(World &home)
     : world(home)
 {
-    for (const char *name : { "shelves.json", "dropped" })
+    for (const char *name : { "shelves.json", "shelves-damaged.json", "dropped" })
         NativeFile::remove(world.data(name));
     for (int place = 0; place < ModelState::userPlaces; ++place) {
         addPlace(world.home() + "/user" + QByteArray::number(place));
@@ -46,6 +46,8 @@ void StorePair::restart(ModelStore::StateFile file)
     world.sounds.played.clear();
     if (file == ModelStore::StateFile::Unreadable)
         std::ofstream(m_statePath.constData()) << "{";
+    if (file == ModelStore::StateFile::Cleared)
+        NativeFile::remove(world.data("shelves-damaged.json"));
     m_file = fileIdentity();
     store.emplace(world.paths(), world.queue, m_workers, world.bookmarks, world.sounds, m_texts);
     const auto count = [this](const auto &) { ++m_changes; };
@@ -194,7 +196,7 @@ ShelfItem StorePair::item(const ModelState::Entry &entry) const
     if (!entry.preview.empty())
         item.preview = QString::fromStdString(entry.preview);
     if (!entry.link.empty())
-        item.link = QUrl(QString::fromStdString(entry.link));
+        item.link = WebAddress::typed(QString::fromStdString(entry.link));
     return item;
 }
 
@@ -273,7 +275,7 @@ std::string StorePair::differenceOfSelection()
     const auto dragged = model.dragged();
     QList<QUrl> urls;
     for (const auto &entry : dragged.value_or(ModelState::Entries()))
-        urls.append(item(entry).link.value_or(url(entry.place)));
+        urls.append(item(entry).target());
     const auto focus = store->focus.value();
     return firstBroken(
         { { "selection", store->selection.value() == ids(model.selection) },

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/settings/Localizer.h"
+#include "base/AtomicFile.h"
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
 #include "platform/fake/FakeBookmarks.h"
@@ -89,7 +90,8 @@ public:
 
     static void write(const QByteArray &path, const QByteArray &bytes)
     {
-        EXPECT_TRUE(NativeFile::writeNew(path, bytes)) << path.constData();
+        NativeFile::makeFolder(FilePath::parent(path));
+        EXPECT_TRUE(AtomicFile::write(path, bytes)) << path.constData();
     }
 
     void writeState(const ShelfState &state) const
