@@ -1,7 +1,7 @@
 // Drags from a place again and again and watches, on its own connection, how long after the
-// source's announcement the panel is mapped and first painted.
+// source's announcement the panel is shown and first painted.
 //   bench_drag_latency PANEL_WINDOW FROM_X FROM_Y TO_X TO_Y COUNT
-// One line a drag, in milliseconds from the announcement: panel mapped, panel painted, painted by
+// One line a drag, in milliseconds from the announcement: panel shown, panel painted, painted by
 // the X server's clock, and whether that first picture was the final one (1) or not (0).
 #include "PanelWatch.h"
 
@@ -56,9 +56,9 @@ public:
         }
         m_watch.input(XCB_BUTTON_RELEASE, 1);
         m_watch.watch(3s, [&course] { return course.gone.has_value(); });
-        if (!m_announced || !course.mapped || !course.painted || !course.gone)
+        if (!m_announced || !course.shown || !course.painted || !course.gone)
             return false;
-        std::printf("%.3f %.3f %u %d\n", since(*course.mapped), since(*course.painted),
+        std::printf("%.3f %.3f %u %d\n", since(*course.shown), since(*course.painted),
                     course.paintedTime - m_announcedTime, complete ? 1 : 0);
         return true;
     }

@@ -1,8 +1,8 @@
 // Presses the hot key again and again and watches, on its own connection, how long after the
-// press the panel is mapped and first painted, or gone.
+// press the panel is shown and first painted, or gone.
 //   bench_hot_key_latency PANEL_WINDOW COUNT KEYCODE…
 // The last of the key codes is the key, the others are the modifiers that are held. One line for
-// each two presses, in milliseconds: panel mapped, panel painted, whether that first picture was
+// each two presses, in milliseconds: panel shown, panel painted, whether that first picture was
 // the final one (1) or not (0); panel gone after the second press.
 #include "PanelWatch.h"
 
@@ -27,16 +27,16 @@ public:
     {
         const auto &course = m_watch.course();
         const auto shown = press([&course] { return course.painted.has_value(); });
-        if (!course.mapped || !course.painted)
+        if (!course.shown || !course.painted)
             return false;
         m_watch.watch(300ms);
         const bool complete = m_watch.picture() == course.picture;
-        const double mapped = PanelWatch::Milliseconds(*course.mapped - shown).count();
+        const double shownAt = PanelWatch::Milliseconds(*course.shown - shown).count();
         const double painted = PanelWatch::Milliseconds(*course.painted - shown).count();
         const auto hidden = press([&course] { return course.gone.has_value(); });
         if (!course.gone)
             return false;
-        std::printf("%.3f %.3f %d %.3f\n", mapped, painted, complete ? 1 : 0,
+        std::printf("%.3f %.3f %d %.3f\n", shownAt, painted, complete ? 1 : 0,
                     PanelWatch::Milliseconds(*course.gone - hidden).count());
         return true;
     }

@@ -4,6 +4,7 @@
 
 #include <poll.h>
 #include <xcb/damage.h>
+#include <xcb/shape.h>
 #include <xcb/xfixes.h>
 #include <xcb/xtest.h>
 
@@ -12,7 +13,8 @@
 #include <optional>
 #include <vector>
 
-/// Watches the panel's window from a connection of its own, and presses keys and
+/// Watches the window of the panel, which is always mapped but has no shape while it is hidden,
+/// or another from a connection of its own, and presses keys and
 /// buttons on it. Times are those at which the X server's notices came.
 class PanelWatch
 {
@@ -23,7 +25,7 @@ public:
     /// What an input brought about.
     struct Course
     {
-        std::optional<Clock::time_point> mapped;
+        std::optional<Clock::time_point> shown; // Mapped, or given its shape back.
         std::optional<Clock::time_point> painted;
         std::optional<Clock::time_point> gone;
         quint32 paintedTime = 0; // Of the X server, in milliseconds.
@@ -41,6 +43,8 @@ public:
         m_damageEvent = xcb_get_extension_data(connection, &xcb_damage_id)->first_event;
         const quint32 mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(connection, panel, XCB_CW_EVENT_MASK, &mask);
+        m_shapeEvent = xcb_get_extension_data(connection, &xcb_shape_id)->first_event;
+        xcb_shape_select_input(connection, panel, 1);
         xcb_damage_create(connection, m_damage, panel, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
         xcb_flush(connection);
     }
@@ -100,15 +104,17 @@ private:
     void note(const xcb_generic_event_t &event, Clock::time_point now)
     {
         const int type = event.response_type & 0x7f;
-        if (type == XCB_MAP_NOTIFY && !m_course.mapped) {
-            m_course.mapped = now;
+        if (type == XCB_MAP_NOTIFY && !m_course.shown) {
+            m_course.shown = now;
         } else if (type == XCB_UNMAP_NOTIFY) {
             m_course.gone = now;
+        } else if (type == m_shapeEvent + XCB_SHAPE_NOTIFY) {
+            noteShape(reinterpret_cast<const xcb_shape_notify_event_t &>(event), now);
         } else if (type == m_damageEvent + XCB_DAMAGE_NOTIFY) {
             const auto &notify = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
             xcb_damage_subtract(m_connection, m_damage, Xcb::none, Xcb::none);
             xcb_flush(m_connection);
-            if (m_course.mapped && !m_course.painted) {
+            if (m_course.shown && !m_course.painted) {
                 m_course.painted = now;
                 m_course.paintedTime = notify.timestamp;
                 m_course.picture = picture();
@@ -118,10 +124,21 @@ private:
         }
     }
 
+    void noteShape(const xcb_shape_notify_event_t &event, Clock::time_point now)
+    {
+        if (event.shape_kind != XCB_SHAPE_SK_BOUNDING)
+            return;
+        if (event.shaped && event.extents_width == 0)
+            m_course.gone = now;
+        else if (!m_course.shown)
+            m_course.shown = now;
+    }
+
     xcb_connection_t *m_connection;
     xcb_window_t m_root;
     xcb_window_t m_panel;
     xcb_damage_damage_t m_damage;
     int m_damageEvent = 0;
+    int m_shapeEvent = 0;
     Course m_course;
 };

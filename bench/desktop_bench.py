@@ -133,8 +133,8 @@ def drag():
         source = file_source(desktop)
         panel = panel_window(desktop, program.process.pid)
         rows = bench(desktop, "drag_latency", panel.id, *source.centre, 700, 600, DRAGS)
-    mapped, painted, server, complete = zip(*rows)
-    for name, values in (("panel mapped", mapped), ("first painted", painted),
+    shown, painted, server, complete = zip(*rows)
+    for name, values in (("panel shown", shown), ("first painted", painted),
                          ("first painted, by the X server's clock", server)):
         cells = [f"{statistics.median(values):.1f}", *(f"{rank(values, share):.1f}" for share in (0.95, 0.99, 1))]
         yield (f"Drag announced to {name} (ms), {len(values)} drags",
@@ -155,8 +155,8 @@ def key():
         desktop.move(*editor.text_place)  # Off the panel, where a row would light up.
         rows = bench(desktop, "hot_key_latency", panel_window(desktop, program.process.pid).id, PRESSES, *HOT_KEY)
         assert desktop.active_window() == editor.window.id, "the panel took the keyboard"
-    mapped, painted, complete, gone = zip(*rows)
-    for name, values, limit in (("panel mapped", mapped, 50), ("first painted", painted, 50), ("panel gone", gone, None)):
+    shown, painted, complete, gone = zip(*rows)
+    for name, values, limit in (("panel shown", shown, 50), ("first painted", painted, 50), ("panel gone", gone, None)):
         cells = [f"{statistics.median(values):.1f}", *(f"{rank(values, share):.1f}" for share in (0.95, 0.99, 1))]
         yield (f"Hot key pressed to {name} (ms), {len(values)} presses",
                "median {}, 95th {}, 99th {}, largest {}; first press {:.1f}".format(*cells, values[0]), "", None,
@@ -313,7 +313,7 @@ def preview():
             virtual.wait_for(lambda: not desktop.windows(file.name), 3, "the preview to close")
             virtual.wait_for(lambda: desktop.active_window() == program.panel().id, 3, "the panel to have the keyboard")
             rows = bench(desktop, "hot_key_latency", window.id, PRESSES, SPACE)
-            mapped, painted, complete, gone = zip(*rows)
+            shown, painted, complete, gone = zip(*rows)
             cells = [f"{statistics.median(painted):.1f}", *(f"{rank(painted, share):.1f}" for share in (0.95, 0.99, 1))]
             yield (f"Space to first painted, {kind} (ms), {len(painted)} presses",
                    "median {}, 95th {}, 99th {}, largest {}".format(*cells), "", None, "99 of 100 < 50",

@@ -199,7 +199,7 @@ class Desktop:
 
     def start_window_manager(self):
         name = self.window_manager
-        self.start(name, *WINDOW_MANAGERS[name])
+        self.manager = self.start(name, *WINDOW_MANAGERS[name])
         wait_for(lambda: self.cardinal(self.root, "_NET_SUPPORTING_WM_CHECK"), what=name)
 
     def start(self, log, *command, environment=None, cwd=None):
@@ -325,8 +325,9 @@ class Desktop:
             value = self.property(window, "WM_NAME") or b""
         return value.decode("utf-8", "replace") if isinstance(value, bytes) else str(value)
 
-    def windows(self, title=None, pid=None):
-        """Mapped application windows, those unknown to the window manager included."""
+    def windows(self, title=None, pid=None, hidden=False):
+        """Application windows that show, those unknown to the window manager included. One that is mapped
+        but has no shape does not, and belongs to the hidden ones."""
         ids = dict.fromkeys(self.property(self.root, "_NET_CLIENT_LIST") or ())
         try:
             ids.update(dict.fromkeys(child.id for child in self.root.query_tree().children))
@@ -335,7 +336,7 @@ class Desktop:
         found = []
         for window in (self.display.create_resource_object("window", i) for i in ids):
             try:
-                if window.get_attributes().map_state != X.IsViewable:
+                if window.get_attributes().map_state != X.IsViewable or self.has_shape(window) == hidden:
                     continue
             except (error.BadWindow, error.BadDrawable):
                 continue
@@ -346,6 +347,12 @@ class Desktop:
             found.append(window)
         return found
 
+    @staticmethod
+    def has_shape(window):
+        """Whether any of it can be seen."""
+        shape = window.shape_query_extents()
+        return not shape.bounding_shaped or shape.bounding_shape_extents_width > 0
+
     def window(self, title=None, pid=None, timeout=15):
         return wait_for(lambda: next(iter(self.windows(title, pid)), None), timeout,
                         f"a window {title or ''} of process {pid or 'any'}")
@@ -354,6 +361,13 @@ class Desktop:
         size = window.get_geometry()
         place = self.root.translate_coords(window, 0, 0)
         return Rect((place.x, place.y, size.width, size.height))
+
+    def is_on_top(self, window):
+        """At its centre."""
+        rect, frame = self.rect(window), window
+        while (parent := frame.query_tree().parent) != self.root:
+            frame = parent
+        return self.root.translate_coords(self.root, *rect.centre).child == frame
 
     def active_window(self):
         return self.cardinal(self.root, "_NET_ACTIVE_WINDOW")

@@ -216,6 +216,11 @@ def test_the_tab_stands_above_a_full_screen_window_and_takes_no_focus(desktop, p
     desktop.move(rect.x + 5, rect.y + 5)
     wait_for_panel(program)
     assert desktop.active_window() == film.window.id
+    lock = desktop.root.create_window(0, 0, *desktop.size, 0, X.CopyFromParent, override_redirect=True)
+    lock.map()
+    desktop.move(*FAR)
+    wait_for_tab(program)
+    assert not on_top(), "the tab stands above a screen lock"
 
 
 @any_wm

@@ -4,7 +4,7 @@ import time
 import pytest
 
 from desktop import wait_for
-from peers import Editor, FileManager, source, uri_list
+from peers import IMAGE_COLOUR, LINK_COLOUR, Chromium, Editor, FileManager, source, uri_list
 from program import CLOSE
 
 main = pytest.mark.main
@@ -168,3 +168,87 @@ def test_it_stands_on_every_desktop_and_above(desktop, shelf):
     desktop.activate(thunar.window)
     order = list(desktop.property(desktop.root, "_NET_CLIENT_LIST_STACKING"))
     assert order.index(panel.id) > order.index(thunar.window.id)
+
+
+@main
+def test_chromium_finds_the_panel_and_its_tab_whenever_they_show(desktop, program):
+    """It remembers the windows on the screen while the pointer is busy, and for seconds after that."""
+    program.prefer(dockToEdge=True)
+    program.start()
+    browser = Chromium(desktop)
+    link, picture = browser.find(LINK_COLOUR), browser.find(IMAGE_COLOUR)
+
+    def hide():
+        program.summon()
+        desktop.keys("Control_L", "a")
+        desktop.keys("BackSpace")
+        program.wait_for_items(0)
+        desktop.keys("Escape")
+        program.wait_until_hidden()
+    for shown in ("before", "again", "in mid-drag"):
+        if shown == "in mid-drag":
+            desktop.begin_drag(*link)
+        program.desktop.run(program.binary)
+        wait_for(program.panel_is_up, 3, "the panel")
+        if shown != "in mid-drag":
+            desktop.begin_drag(*link)
+        program.drop()
+        program.wait_for_items(1, 3)
+        if shown != "in mid-drag":
+            hide()
+    desktop.move(640, 780)
+    tab = wait_for(lambda: next(iter(desktop.windows("Vantle Tab")), None), 8, "the tab")
+    desktop.begin_drag(*picture)
+    desktop.glide(*desktop.rect(tab).centre)
+    wait_for(program.panel_is_up, 3, "the panel")
+    program.drop()
+    program.wait_for_items(2, 3)
+
+
+def test_hidden_it_takes_part_in_nothing(desktop, shelf):
+    """Its window is mapped all the time."""
+    hidden = next(w for w in desktop.windows("Vantle", shelf.process.pid, hidden=True) if desktop.title(w) == "Vantle")
+    assert "WM_TAKE_FOCUS" not in map(desktop.display.get_atom_name, desktop.property(hidden, "WM_PROTOCOLS"))
+    assert desktop.cardinal(hidden, "_NET_WM_WINDOW_OPACITY") == 0
+    assert hidden.get_wm_hints().input == 0
+    first = file_source(desktop)
+    second = file_source(desktop, place=(500, 420, 300, 300))
+    for former in (second, first):
+        desktop.activate(former.window)
+        time.sleep(0.5)  # mutter and the window have not settled it between them yet.
+        shelf.summon()
+        desktop.keys("Escape")
+        shelf.wait_until_hidden()
+        wait_for(lambda: desktop.active_window() == former.window.id, 2, "the keyboard where it was")
+    shelf.summon()
+    desktop.end(first.process)
+    desktop.keys("Escape")
+    shelf.wait_until_hidden()
+    wait_for(lambda: desktop.active_window() != hidden.id, 2, "the keyboard elsewhere")
+    desktop.end(second.process)
+    third = file_source(desktop)
+    desktop.activate(third.window)
+    desktop.end(third.process)
+    time.sleep(0.3)
+    assert desktop.active_window() != hidden.id, "the last window gave the keyboard to it"
+    file_source(desktop)
+    desktop.message(desktop.root, "_NET_SHOWING_DESKTOP", 1)
+    wait_for(lambda: not desktop.windows("source") or desktop.window_manager == "mutter", 3, "the bare desktop")
+    desktop.run(shelf.binary, desktop.home / "file.txt")
+    wait_for(lambda: shelf.panel_is_up() and desktop.is_on_top(hidden), 3, "the panel on the bare desktop")
+
+
+@pytest.mark.any_wm
+def test_it_survives_another_window_manager(desktop, shelf):
+    shelf.summon()
+    before = shelf.panel_rect()
+    for name in ("xfwm4", "mutter", "openbox"):
+        desktop.end(desktop.manager)
+        desktop.window_manager = name
+        desktop.start_window_manager()
+        panel = wait_for(shelf.panel, 5, "the panel")
+        wait_for(lambda: desktop.cardinal(panel, "_NET_WM_DESKTOP") == 0xFFFFFFFF, 3, "it on every desktop")
+        states = set(map(desktop.display.get_atom_name, desktop.property(panel, "_NET_WM_STATE")))
+        assert {"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"} <= states, (name, states)
+        assert shelf.panel_rect() == before
+        shelf.summon()

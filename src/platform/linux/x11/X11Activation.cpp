@@ -25,9 +25,18 @@ X11Activation::X11Activation(QWidget &window, xcb_connection_t *connection, xcb_
 
 void X11Activation::request()
 {
+    m_target = native();
     m_wanted = true;
     if (m_mapped)
         askTime();
+}
+
+void X11Activation::handOver(xcb_window_t other)
+{
+    cancel();
+    m_target = other;
+    m_wanted = true;
+    askTime();
 }
 
 void X11Activation::cancel()
@@ -69,15 +78,23 @@ void X11Activation::askTime()
 void X11Activation::activate(xcb_timestamp_t time)
 {
     m_wanted = false;
-    X11Root::send(m_connection, m_root, native(), m_activeWindow, { pagerSource, time, 0 });
+    if (m_target == Xcb::none) {
+        // Window managers do not leave the keyboard to the pointer.
+        setFocus(XCB_INPUT_FOCUS_POINTER_ROOT, time);
+        return;
+    }
+    X11Root::send(m_connection, m_root, m_target, m_activeWindow, { pagerSource, time, 0 });
     // Where no window manager answers. One that gave the keyboard to somebody
     // else meanwhile is not overruled: the server ignores an older time.
-    m_fallback = m_queue.after(answerTime, [this, time] {
-        if (!m_mapped || m_window.isActiveWindow())
-            return;
-        const auto cookie
-            = xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_PARENT, native(), time);
-        xcb_discard_reply(m_connection, cookie.sequence);
-        xcb_flush(m_connection);
+    m_fallback = m_queue.after(answerTime, [this, time, target = m_target] {
+        if (m_mapped && m_window.isActiveWindow() != (target == native()))
+            setFocus(target, time);
     });
+}
+
+void X11Activation::setFocus(xcb_window_t to, xcb_timestamp_t time)
+{
+    const auto cookie = xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_PARENT, to, time);
+    xcb_discard_reply(m_connection, cookie.sequence);
+    xcb_flush(m_connection);
 }

@@ -17,6 +17,9 @@ public:
 
     /// For a window that is shown; waits until the window manager has mapped it.
     void request();
+    /// Gives the keyboard to that window instead, which may be anybody's; with none, to whom the
+    /// window manager finds.
+    void handOver(xcb_window_t other);
     void cancel();
     /// Each native event of the window.
     void handleEvent(const xcb_generic_event_t &event);
@@ -25,6 +28,7 @@ private:
     xcb_window_t native() const { return static_cast<xcb_window_t>(m_window.internalWinId()); }
     void askTime();
     void activate(xcb_timestamp_t time);
+    void setFocus(xcb_window_t to, xcb_timestamp_t time);
 
     QWidget &m_window;
     xcb_connection_t *m_connection;
@@ -32,6 +36,7 @@ private:
     MainQueue &m_queue;
     xcb_atom_t m_timeProperty;
     xcb_atom_t m_activeWindow;
+    xcb_window_t m_target = XCB_WINDOW_NONE; // None: to nobody of ours.
     bool m_mapped = false;
     bool m_wanted = false;
     Ticket m_fallback;

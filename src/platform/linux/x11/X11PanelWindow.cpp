@@ -17,6 +17,10 @@ constexpr int borderWidth = 1;
 constexpr double borderOpacity = 0.22; // Of the text's colour: seen on light and on dark.
 constexpr double settleTime = 0.5; // Seconds.
 constexpr quint32 allDesktops = 0xffffffff;
+// Of WM_HINTS: https://x.org/releases/X11R7.6/doc/xorg-docs/specs/ICCCM/icccm.html
+constexpr quint32 wmHintsSize = 9;
+constexpr quint32 inputHint = 1;
+constexpr quint32 mostProtocols = 32;
 
 }
 
@@ -27,20 +31,35 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     , m_root(X11Root::of(m_connection, createNative()))
     , m_atoms(m_connection)
     , m_compositor(m_connection, m_root)
+    , m_presence(*this, m_connection)
     , m_activation(*this, m_connection, m_root, queue)
+    , m_manager(m_connection, m_root, native())
     , m_grip(*this, queue)
     , m_keys(*this)
 {
     m_atoms.fetch({ "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_STICKY",
                     "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_DESKTOP",
-                    "_MOTIF_WM_HINTS" });
+                    "_NET_SHOWING_DESKTOP", "_NET_RESTACK_WINDOW", "_NET_SUPPORTING_WM_CHECK",
+                    "_MOTIF_WM_HINTS", "WM_HINTS", "WM_PROTOCOLS", "WM_TAKE_FOCUS" });
+    m_wmHints = Xcb::property32(m_connection, native(), m_atoms("WM_HINTS"), XCB_ATOM_WM_HINTS,
+                                wmHintsSize);
+    m_protocols = Xcb::property32(m_connection, native(), m_atoms("WM_PROTOCOLS"), XCB_ATOM_ATOM,
+                                  mostProtocols);
     m_compositor.onChange = [this] {
         applyShape();
         update();
     };
-    m_keys.onKey = [this](const KeyEvent &event) { return onKey && onKey(event); };
+    m_manager.onManagerChanged = [this] {
+        askForPlace();
+        if (isVisible())
+            moveToTop();
+    };
+    // A hidden one may still have the keyboard for a moment.
+    m_keys.onKey
+        = [this](const KeyEvent &event) { return !isVisible() || (onKey && onKey(event)); };
     windowHandle()->installEventFilter(this);
-    applyShape();
+    QMetaObject::invokeMethod(
+        this, [this] { map(); }, Qt::QueuedConnection);
 }
 
 X11PanelWindow::~X11PanelWindow()
@@ -71,6 +90,8 @@ void X11PanelWindow::setRootView(QWidget *view)
     // Else it is shown, laid out and given its fonts together with the panel.
     if (isVisible())
         view->show();
+    else
+        view->hide();
 }
 
 QRectF X11PanelWindow::frame() const
@@ -86,22 +107,102 @@ void X11PanelWindow::setFrame(const QRectF &frame)
     m_knownGeometry = geometry();
 }
 
+/// Once, when the program has started.
+void X11PanelWindow::map()
+{
+    if (QWidget::isVisible())
+        return;
+    writeHints();
+    acceptKeyboard(false);
+    m_presence.map();
+    askForPlace();
+}
+
 void X11PanelWindow::orderFront()
 {
     m_settledAt = m_queue.uptime() + settleTime;
-    if (!isVisible()) {
-        writeHints();
-        show();
-        askForPlace();
+    const bool wasHidden = !isVisible();
+    if (wasHidden) {
+        map();
+        m_manager.beginFocusWatch();
+        if (m_rootView)
+            m_rootView->show();
+        if (m_focused)
+            m_focused->setFocus();
+        applyShape();
+        m_presence.show();
     }
-    raise();
+    acceptKeyboard(true);
+    moveToTop();
+    if (wasHidden && rootProperty("_NET_SHOWING_DESKTOP", XCB_ATOM_CARDINAL) != 0)
+        m_activation.handOver(native()); // It is hidden with the others until it is active.
+}
+
+/// Above the others of its kind, too. xfwm4 gives a window that asks to be raised the keyboard,
+/// and knows no other way than a change of state.
+void X11PanelWindow::moveToTop()
+{
+    const quint32 application = 1;
+    const quint32 pager = 2;
+    for (const quint32 isAbove : { 0, 1 })
+        X11Root::send(m_connection, m_root, native(), m_atoms("_NET_WM_STATE"),
+                      { isAbove, m_atoms("_NET_WM_STATE_ABOVE"), Xcb::none, application });
+    X11Root::send(m_connection, m_root, native(), m_atoms("_NET_RESTACK_WINDOW"),
+                  { pager, Xcb::none, XCB_STACK_MODE_ABOVE });
+    if (rootProperty("_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW) == Xcb::none)
+        raise();
+}
+
+quint32 X11PanelWindow::rootProperty(const char *name, xcb_atom_t type)
+{
+    return Xcb::property32(m_connection, m_root, m_atoms(name), type, 1).value(0);
 }
 
 void X11PanelWindow::orderOut()
 {
     m_activation.cancel();
     m_grip.release();
-    QWidget::hide();
+    if (!isVisible())
+        return;
+    m_presence.hide();
+    acceptKeyboard(false);
+    giveKeyboardBack();
+    m_manager.endFocusWatch();
+    m_focused = focusWidget();
+    if (m_rootView)
+        m_rootView->hide();
+}
+
+/// A hidden panel is still mapped, and a window manager that looks for somebody to give the
+/// keyboard to would find it.
+void X11PanelWindow::acceptKeyboard(bool accept)
+{
+    auto hints = m_wmHints;
+    hints.resize(wmHintsSize);
+    hints[0] |= inputHint;
+    hints[1] = accept ? 1 : 0;
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, native(), m_atoms("WM_HINTS"),
+                        XCB_ATOM_WM_HINTS, 32, wmHintsSize, hints.constData());
+    auto protocols = m_protocols;
+    if (!accept)
+        protocols.removeAll(m_atoms("WM_TAKE_FOCUS"));
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, native(), m_atoms("WM_PROTOCOLS"),
+                        XCB_ATOM_ATOM, 32, static_cast<uint32_t>(protocols.size()),
+                        protocols.constData());
+}
+
+void X11PanelWindow::giveKeyboardBack()
+{
+    if (isActiveWindow())
+        m_activation.handOver(m_manager.formerWindow());
+}
+
+/// The window manager may grant the keyboard after the panel has gone.
+void X11PanelWindow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && !isVisible())
+        giveKeyboardBack();
 }
 
 void X11PanelWindow::focus()
@@ -116,8 +217,7 @@ bool X11PanelWindow::canFade() const
 
 void X11PanelWindow::setOpacity(double opacity)
 {
-    setWindowOpacity(canFade() ? opacity : 1);
-    xcb_flush(m_connection); // The toolkit waits for something to paint.
+    m_presence.setOpacity(canFade() ? opacity : 1);
 }
 
 void X11PanelWindow::setSlide(const QPointF &offset)
@@ -134,9 +234,8 @@ void X11PanelWindow::performDrag()
     m_grip.move();
 }
 
-/// What the window manager reads when it maps the window. It forgets the states
-/// when the window goes, so they are written for every show; the toolkit adds
-/// "above" to them, and a user time of 0, by which nobody asks for the keyboard.
+/// What the window manager reads when it maps the window; the toolkit adds "above"
+/// to the states, and a user time of 0, by which nobody asks for the keyboard.
 /// A window that cannot be maximised is not tiled either when it is moved to an
 /// edge of the screen.
 void X11PanelWindow::writeHints()
@@ -154,31 +253,23 @@ void X11PanelWindow::writeHints()
                         motifHints.size(), motifHints.data());
 }
 
-/// What has to be asked for after mapping. The desktop, because by a property
-/// before that xfwm4 puts the window on one that does not exist. The states once
-/// more, because a window manager that is still busy with the last hide takes
-/// away what was written for this show.
+/// What has to be asked for after mapping: by a property before that xfwm4 puts the
+/// window on a desktop that does not exist.
 void X11PanelWindow::askForPlace()
 {
-    const quint32 add = 1;
     const quint32 application = 1; // The source of the request.
     X11Root::send(m_connection, m_root, native(), m_atoms("_NET_WM_DESKTOP"),
                   { allDesktops, application });
-    X11Root::send(
-        m_connection, m_root, native(), m_atoms("_NET_WM_STATE"),
-        { add, m_atoms("_NET_WM_STATE_ABOVE"), m_atoms("_NET_WM_STATE_STICKY"), application });
-    X11Root::send(m_connection, m_root, native(), m_atoms("_NET_WM_STATE"),
-                  { add, m_atoms("_NET_WM_STATE_SKIP_TASKBAR"), m_atoms("_NET_WM_STATE_SKIP_PAGER"),
-                    application });
 }
 
 /// Without a compositor what is translucent would be black: the corners are cut.
 void X11PanelWindow::applyShape()
 {
-    if (canFade())
-        clearMask();
-    else
-        setMask(roundedRegion(rect(), cornerRadius));
+    const double ratio = devicePixelRatio();
+    m_shapedSize = QSize(qRound(width() * ratio), qRound(height() * ratio));
+    m_presence.setShape(
+        canFade() ? QRegion()
+                  : roundedRegion(QRect(QPoint(), m_shapedSize), qRound(cornerRadius * ratio)));
 }
 
 /// Inside the border, and cut to its corners, which a view's own background
@@ -270,7 +361,12 @@ bool X11PanelWindow::filterMouse(const QMouseEvent &event)
 
 bool X11PanelWindow::nativeEvent(const QByteArray &type, void *message, qintptr *result)
 {
-    m_activation.handleEvent(*static_cast<const xcb_generic_event_t *>(message));
+    const auto &event = *static_cast<const xcb_generic_event_t *>(message);
+    m_activation.handleEvent(event);
+    // Also of the same size in points, when the dots per inch change.
+    if ((event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY
+        && m_shapedSize != QSizeF(QSizeF(size()) * devicePixelRatio()).toSize())
+        applyShape();
     return QWidget::nativeEvent(type, message, result);
 }
 

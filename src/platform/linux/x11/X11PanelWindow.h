@@ -5,6 +5,8 @@
 #include "platform/linux/x11/KeyRouter.h"
 #include "platform/linux/x11/X11Activation.h"
 #include "platform/linux/x11/X11Compositor.h"
+#include "platform/linux/x11/X11ManagerWatch.h"
+#include "platform/linux/x11/X11Presence.h"
 #include "platform/linux/x11/Xcb.h"
 
 #include <QPointer>
@@ -24,7 +26,7 @@ public:
     void setRootView(QWidget *view) override;
     QRectF frame() const override;
     void setFrame(const QRectF &frame) override;
-    bool isVisible() const override { return QWidget::isVisible(); }
+    bool isVisible() const override { return m_presence.isShown(); }
     void orderFront() override;
     void orderOut() override;
     void focus() override;
@@ -40,12 +42,18 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void moveEvent(QMoveEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     xcb_window_t native() const { return static_cast<xcb_window_t>(internalWinId()); }
     xcb_window_t createNative();
+    void map();
     void writeHints();
     void askForPlace();
+    void moveToTop();
+    quint32 rootProperty(const char *name, xcb_atom_t type);
+    void acceptKeyboard(bool accept);
+    void giveKeyboardBack();
     void applyShape();
     void layoutRootView();
     void noteFrame();
@@ -56,10 +64,16 @@ private:
     xcb_window_t m_root;
     Xcb::Atoms m_atoms;
     X11Compositor m_compositor;
+    X11Presence m_presence;
     X11Activation m_activation;
+    X11ManagerWatch m_manager;
     WindowGrip m_grip;
     KeyRouter m_keys;
     QPointer<QWidget> m_rootView;
+    QPointer<QWidget> m_focused; // In the root view, while that is hidden.
+    QList<quint32> m_wmHints; // As the toolkit wrote them.
+    QList<quint32> m_protocols;
+    QSize m_shapedSize; // Pixels.
     QPointF m_slide;
     QRect m_knownGeometry; // The last that was set or reported.
     double m_settledAt = 0; // Uptime until which the desktop may still answer a frame that we set.

@@ -2,6 +2,8 @@
 
 #include "platform/linux/x11/Xcb.h"
 
+#include <vector>
+
 xcb_window_t X11Root::of(xcb_connection_t *connection, xcb_window_t window)
 {
     const Xcb::Owned<xcb_get_geometry_reply_t> reply(
@@ -26,6 +28,53 @@ int X11Root::screenNumber(xcb_connection_t *connection, xcb_window_t root)
             return number;
     }
     return 0;
+}
+
+xcb_window_t X11Root::lock(xcb_connection_t *connection, xcb_window_t root)
+{
+    constexpr size_t mostLooked = 16; // From the top; a lock keeps itself there.
+    const auto sizeAsked = xcb_get_geometry(connection, root);
+    const auto treeAsked = xcb_query_tree(connection, root);
+    Xcb::Atoms atoms(connection);
+    const xcb_window_t manager
+        = Xcb::property32(connection, root, atoms("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 1)
+              .value(0);
+    const Xcb::Owned<xcb_get_geometry_reply_t> size(
+        xcb_get_geometry_reply(connection, sizeAsked, nullptr));
+    const Xcb::Owned<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(connection, treeAsked, nullptr));
+    if (!size || !tree)
+        return Xcb::none;
+    const uint32_t mask = ~xcb_get_setup(connection)->resource_id_mask;
+    struct Asked
+    {
+        xcb_window_t window;
+        xcb_get_window_attributes_cookie_t attributes;
+        xcb_get_geometry_cookie_t geometry;
+    };
+    std::vector<Asked> asked;
+    const xcb_window_t *windows = xcb_query_tree_children(tree.get());
+    for (int i = xcb_query_tree_children_length(tree.get()); i > 0 && asked.size() < mostLooked;) {
+        const xcb_window_t window = windows[--i];
+        if (!Xcb::isOwn(connection, window) && (window & mask) != (manager & mask))
+            asked.push_back({ window, xcb_get_window_attributes(connection, window),
+                              xcb_get_geometry(connection, window) });
+    }
+    xcb_window_t found = Xcb::none;
+    for (const Asked &each : asked) {
+        const Xcb::Owned<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(connection, each.attributes, nullptr));
+        const Xcb::Owned<xcb_get_geometry_reply_t> geometry(
+            xcb_get_geometry_reply(connection, each.geometry, nullptr));
+        // The lowest of several, for a lock may have one on top of another.
+        if (attributes && geometry && attributes->override_redirect != 0
+            && attributes->map_state == XCB_MAP_STATE_VIEWABLE
+            && attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT && geometry->x <= 0
+            && geometry->y <= 0 && geometry->x + geometry->width >= size->width
+            && geometry->y + geometry->height >= size->height)
+            found = each.window;
+    }
+    return found;
 }
 
 void X11Root::send(xcb_connection_t *connection, xcb_window_t root, xcb_window_t about,

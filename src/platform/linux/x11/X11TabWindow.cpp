@@ -7,21 +7,30 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <array>
 #include <utility>
 
 X11TabWindow::X11TabWindow(MainQueue &queue)
     : QWidget(nullptr,
               Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint
                   | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus)
-    , m_queue(queue)
     , m_connection(Xcb::toolkitConnection())
+    , m_root(X11Root::of(m_connection, createNative()))
+    , m_compositor(m_connection, m_root)
+    , m_presence(*this, m_connection)
+    , m_drags(queue)
 {
-    setAttribute(Qt::WA_TranslucentBackground);
-    setAttribute(Qt::WA_ShowWithoutActivating);
-    setAttribute(Qt::WA_QuitOnClose, false);
-    setMouseTracking(true);
-    setWindowTitle(QStringLiteral("Vantle Tab"));
-    setWindowRole(QStringLiteral("tab"));
+    m_compositor.onChange = [this] {
+        applyShape();
+        update();
+    };
+    m_drags.attach(winId());
+    m_drags.onTargeted = [this](bool targeted) {
+        if (targeted && onDragEntered)
+            onDragEntered();
+    };
+    QMetaObject::invokeMethod(
+        this, [this] { m_presence.map(); }, Qt::QueuedConnection);
 }
 
 X11TabWindow::~X11TabWindow()
@@ -32,20 +41,16 @@ X11TabWindow::~X11TabWindow()
 }
 
 /// A window of 32 bits in any case: a compositor may come later.
-void X11TabWindow::createNative()
+xcb_window_t X11TabWindow::createNative()
 {
-    m_compositor.emplace(m_connection,
-                         X11Root::of(m_connection, static_cast<xcb_window_t>(winId())));
-    m_compositor->onChange = [this] {
-        applyShape();
-        update();
-    };
-    m_drags.emplace(m_queue);
-    m_drags->attach(winId());
-    m_drags->onTargeted = [this](bool targeted) {
-        if (targeted && onDragEntered)
-            onDragEntered();
-    };
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setMouseTracking(true);
+    setWindowTitle(QStringLiteral("Vantle Tab"));
+    setWindowRole(QStringLiteral("tab"));
+    setGeometry(QRect(QPoint(), TabWindow::size.toSize()));
+    return static_cast<xcb_window_t>(winId());
 }
 
 void X11TabWindow::setRootView(QWidget *view)
@@ -54,12 +59,11 @@ void X11TabWindow::setRootView(QWidget *view)
     view->setAttribute(Qt::WA_TransparentForMouseEvents);
     view->setParent(this);
     view->setGeometry(rect());
+    view->setVisible(isVisible());
 }
 
 void X11TabWindow::place(const QRectF &frame, DockEdge edge)
 {
-    if (!m_compositor)
-        createNative();
     m_edge = edge;
     setGeometry(frame.toRect());
     applyShape();
@@ -67,34 +71,68 @@ void X11TabWindow::place(const QRectF &frame, DockEdge edge)
 
 void X11TabWindow::orderFront()
 {
-    show();
-    raise();
+    if (m_rootView)
+        m_rootView->show();
+    applyShape();
+    m_presence.show();
+    raiseBelowLock();
 }
 
 void X11TabWindow::orderOut()
 {
-    QWidget::hide();
+    m_presence.hide();
+    if (m_rootView)
+        m_rootView->hide();
     m_pointerInside = false;
 }
 
 void X11TabWindow::setOpacity(double opacity)
 {
-    setWindowOpacity(canFade() ? opacity : 1);
-    xcb_flush(m_connection); // The toolkit waits for something to paint.
+    m_presence.setOpacity(canFade() ? opacity : 1);
 }
 
 /// Without a compositor what is translucent would be black: the corners are cut,
 /// but for those that lie against the edge.
 void X11TabWindow::applyShape()
 {
+    const double ratio = devicePixelRatio();
+    m_shapedSize = QSizeF(QSizeF(QWidget::size()) * ratio).toSize();
     if (canFade()) {
-        clearMask();
+        m_presence.setShape({});
         return;
     }
+    const QRect whole(QPoint(), m_shapedSize);
+    const int radius = qRound(cornerRadius * ratio);
     const bool isRight = m_edge == DockEdge::Right;
-    const QRect beyond = rect().adjusted(isRight ? 0 : -cornerRadius, 0, //
-                                         isRight ? cornerRadius : 0, 0);
-    setMask(roundedRegion(beyond, cornerRadius) & rect());
+    const QRect beyond = whole.adjusted(isRight ? 0 : -radius, 0, isRight ? radius : 0, 0);
+    m_presence.setShape(roundedRegion(beyond, radius) & whole);
+}
+
+/// Screen locks are windows that no manager manages, as this one is. What covers the whole
+/// root window without being the window manager's own is taken for one.
+void X11TabWindow::raiseBelowLock()
+{
+    const xcb_window_t lock = X11Root::lock(m_connection, m_root);
+    if (lock == Xcb::none) {
+        raise();
+        return;
+    }
+    const std::array<uint32_t, 2> order { lock, XCB_STACK_MODE_BELOW };
+    const auto cookie = xcb_configure_window_checked(
+        m_connection, static_cast<xcb_window_t>(internalWinId()),
+        XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE, order.data());
+    xcb_discard_reply(m_connection, cookie.sequence); // It may have gone.
+    xcb_flush(m_connection);
+}
+
+bool X11TabWindow::nativeEvent(const QByteArray &type, void *message, qintptr *result)
+{
+    // Also of the same size in points, when the dots per inch change.
+    if ((static_cast<const xcb_generic_event_t *>(message)->response_type & 0x7f)
+            == XCB_CONFIGURE_NOTIFY
+        && m_shapedSize != QSizeF(QSizeF(QWidget::size()) * devicePixelRatio()).toSize())
+        applyShape();
+    return QWidget::nativeEvent(type, message, result);
 }
 
 void X11TabWindow::paintEvent(QPaintEvent *)

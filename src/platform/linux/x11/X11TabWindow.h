@@ -2,12 +2,11 @@
 
 #include "platform/TabWindow.h"
 #include "platform/linux/x11/X11Compositor.h"
+#include "platform/linux/x11/X11Presence.h"
 #include "platform/linux/x11/XdndTarget.h"
 
 #include <QPointer>
 #include <QWidget>
-
-#include <optional>
 
 class MainQueue;
 
@@ -23,13 +22,14 @@ public:
 
     void setRootView(QWidget *view) override;
     void place(const QRectF &frame, DockEdge edge) override;
-    bool isVisible() const override { return QWidget::isVisible(); }
+    bool isVisible() const override { return m_presence.isShown(); }
     void orderFront() override;
     void orderOut() override;
-    bool canFade() const override { return m_compositor && m_compositor->isRunning(); }
+    bool canFade() const override { return m_compositor.isRunning(); }
     void setOpacity(double opacity) override;
 
 protected:
+    bool nativeEvent(const QByteArray &type, void *message, qintptr *result) override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
@@ -38,15 +38,17 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void createNative();
+    xcb_window_t createNative();
     void applyShape();
+    void raiseBelowLock();
 
-    MainQueue &m_queue;
     xcb_connection_t *m_connection;
-    // Made when the panel first docks: most starts of the program never see it.
-    std::optional<X11Compositor> m_compositor;
-    std::optional<XdndTarget> m_drags;
+    xcb_window_t m_root;
+    X11Compositor m_compositor;
+    X11Presence m_presence;
+    XdndTarget m_drags;
     QPointer<QWidget> m_rootView;
     DockEdge m_edge = DockEdge::Right;
+    QSize m_shapedSize; // Pixels.
     bool m_pointerInside = false;
 };
