@@ -260,25 +260,6 @@ Operations without(const Operations &operations, size_t start, size_t count)
     return rest;
 }
 
-/// Without one or two of them, where a later one then means what lay one further.
-Operations shifted(const Operations &operations, const Fails &fails)
-{
-    for (size_t i = 0; i < operations.size() * 6; ++i) {
-        const size_t count = 1 + i % 2;
-        const size_t start = i / 6;
-        if (start + count >= operations.size())
-            break;
-        Operations smaller = without(operations, start, count);
-        for (size_t later = start; later < smaller.size(); ++later) {
-            int &number = smaller[later].numbers[i / 2 % 3];
-            if (number-- > 0 && fails(smaller))
-                return smaller;
-            ++number;
-        }
-    }
-    return operations;
-}
-
 /// Smaller by one step; empty where nothing smaller fails.
 Operations smallerOf(const Operations &operations, const Fails &fails)
 {
@@ -288,8 +269,6 @@ Operations smallerOf(const Operations &operations, const Fails &fails)
                 return smaller;
         }
     }
-    if (auto smaller = shifted(operations, fails); smaller.size() < operations.size())
-        return smaller;
     for (size_t i = 0; i < operations.size() * 3; ++i) {
         Operations smaller = operations;
         int &number = smaller[i / 3].numbers[i % 3];
@@ -348,20 +327,4 @@ TEST(PropertyTest, WhateverIsDoneTheStoreIsLikeItsModel)
                << " operations, of which " << shortest.size() << " are enough:\n"
                << toSource(shortest) << firstDifference(world, shortest);
     }
-}
-
-TEST(PropertyTest, WhatFailsIsMadeShort)
-{
-    const auto fails = [](const Operations &operations) {
-        const auto add = std::find_if(operations.begin(), operations.end(), [](const auto &each) {
-            return each.name == "Add" && each.numbers[1] > 4;
-        });
-        return std::any_of(add, operations.end(),
-                           [](const auto &each) { return each.name == "Undo"; });
-    };
-    Operations operations(40, { "Clear", { 1, 2, 3 } });
-    operations[7] = { "Add", { 9, 8, 7 } };
-    operations[31] = { "Undo", { 5 } };
-    EXPECT_EQ(toSource(shrink(operations, fails)),
-              toSource({ { "Add", { 0, 5, 0 } }, { "Undo" } }));
 }

@@ -77,55 +77,6 @@ TEST(RemoveTest, UndoRestoresTheOldOrder)
     }
 }
 
-TEST(RemoveTest, PositionsPastTheEndAreTheEnd)
-{
-    World w;
-    const auto files = w.files(6);
-    w.store().add(files.first(4));
-    w.store().removeIds({ w.id(1), w.id(3) }); // Leaves 0 and 2.
-    // An entry that stays may leave without a stash: it expires.
-    w.store().uploading.set({ w.id(1) });
-    w.queue.advance(10);
-    w.store().pruneExpired(5);
-    ASSERT_EQ(w.urls(), QList { files.at(2) });
-    EXPECT_TRUE(w.store().undoRemove());
-    EXPECT_EQ(w.urls(), (QList { files.at(2), files.at(1), files.at(3) }));
-}
-
-TEST(RemoveTest, OnlyTheLastRemovalCanBeUndone)
-{
-    World w;
-    const QByteArray first = addSnippet(w);
-    const QByteArray second = addSnippet(w);
-    w.store().removeIds({ w.id(0) });
-    w.queue.advance(50);
-    w.store().removeIds({ w.id(0) });
-    EXPECT_FALSE(FilePath::exists(first));
-    // The first removal's minute is over; the second's is not.
-    w.queue.advance(30);
-    EXPECT_TRUE(FilePath::exists(second));
-    EXPECT_TRUE(w.store().undoRemove());
-    EXPECT_EQ(w.urls(), QList { FilePath::toUrl(second) });
-    // Nor does a timer come back for it.
-    w.queue.advance(100);
-    EXPECT_TRUE(FilePath::exists(second));
-}
-
-TEST(RemoveTest, WhatRemovesNothingLeavesTheStash)
-{
-    World w;
-    w.store().add(w.files(1));
-    w.store().clear();
-    const auto notice = w.store().notice.value();
-    const QUuid unknown = QUuid::createUuid();
-    w.store().uploadCancels.insert(unknown, [] { ADD_FAILURE() << "cancelled"; });
-    w.store().removeIds({ unknown });
-    w.store().removeUrls({ w.file("other"), QUrl() });
-    w.store().clear();
-    EXPECT_EQ(w.store().notice.value(), notice);
-    EXPECT_TRUE(w.store().undoRemove());
-}
-
 TEST(RemoveTest, AFileThatIsGoneOrBackDoesNotReturn)
 {
     World w;
@@ -145,25 +96,6 @@ TEST(RemoveTest, AFileThatIsGoneOrBackDoesNotReturn)
     const auto notice = w.store().notice.value();
     EXPECT_FALSE(w.store().undoRemove());
     EXPECT_EQ(w.store().notice.value(), notice);
-}
-
-TEST(RemoveTest, UndoTravelsToTheShelfOfTheRemoval)
-{
-    World w;
-    const Shelf a = World::shelf({ World::item(w.file("a")) });
-    const Shelf b = World::shelf({ World::item(w.file("b")) });
-    w.writeState({ a.id, { a, b }, {} });
-    w.store().clear();
-    w.store().switchTo(b.id);
-    EXPECT_TRUE(w.store().undoRemove());
-    EXPECT_EQ(w.savedState(), (ShelfState { a.id, { a, b }, {} }));
-
-    // Closed in the meantime: into the current one.
-    w.store().clear();
-    w.store().switchTo(b.id);
-    w.store().shelves.set({ w.store().shelves.value().last() });
-    EXPECT_TRUE(w.store().undoRemove());
-    EXPECT_EQ(w.urls(), (QList { a.items.first().url, b.items.first().url }));
 }
 
 TEST(RemoveTest, AddressesMatchFilesAndLinks)
@@ -202,18 +134,6 @@ TEST(RemoveTest, TransfersAndSelectionGoWithTheEntry)
     w.store().clear();
     EXPECT_EQ(cancelled, (QList { 0, 1, 2 }));
     EXPECT_TRUE(w.store().uploading.value().isEmpty() && w.store().progress.value().isEmpty());
-}
-
-TEST(RemoveTest, AStashAtTheEndOfTheProgramIsSwept)
-{
-    World w;
-    const QByteArray snippet = addSnippet(w);
-    w.store().clear();
-    w.end();
-    w.queue.advance(100);
-    EXPECT_TRUE(FilePath::exists(snippet));
-    w.store();
-    EXPECT_FALSE(FilePath::exists(snippet));
 }
 
 TEST(RemoveTest, OnlyFilesInTheStoresOwnFolderAreDeleted)
