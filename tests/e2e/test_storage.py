@@ -75,6 +75,8 @@ def test_a_damaged_state_file_loses_no_files(desktop, program, damage):
     assert snippet.read_text() == "mine"
     path = drop_file(desktop, program)
     assert program.wait_for_items(1) and program.paths() == [path]
+    assert (program.data / "shelves-damaged.json").read_bytes() == (bad if isinstance(bad, bytes) else bad.encode())
+    program.restart()  # A good state, but what the damaged one named may be all that is left of it.
     assert snippet.read_text() == "mine"
 
 

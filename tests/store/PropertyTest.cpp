@@ -1,5 +1,6 @@
 #include "StorePair.h"
 
+#include <iterator>
 #include <random>
 #include <sstream>
 #include <string_view>
@@ -84,6 +85,8 @@ struct Kind
 };
 
 const std::array links { "https://a.org/x", "https://b.org", "https://c.org/y" };
+/// What an address may end in; with some of them it is no address.
+const std::array tails { "", "%7e", "/%C3%a9", "?x=%2f", "#b", "#", "[::1", "/100%" };
 const std::array names { "Work", "  Home \n", "Shelf 3", " \t",
                          "1234567890123456789012345678901234567890 and more" };
 const std::array trimmed { "Work", "Home", "Shelf 3", "",
@@ -114,6 +117,8 @@ void toggleUpload(const Call &x)
 void changeDisk(const Call &x)
 {
     auto &disk = x.m.disk;
+    const Numbers before = disk.silent;
+    const Numbers volume { 2, 3, 4 };
     const auto toggle = [&x](Numbers &places) {
         if (!places.erase(x.place))
             places.insert(x.place);
@@ -126,8 +131,11 @@ void changeDisk(const Call &x)
         x.pair.deleteFile(x.place);
     else if (x.c == 3)
         x.pair.createFile(x.place);
-    else
+    else if (x.c < 6)
         toggle(x.c == 4 ? disk.trash : disk.silent);
+    else // A volume is away or back.
+        std::set_symmetric_difference(before.begin(), before.end(), volume.begin(), volume.end(),
+                                      std::inserter(disk.silent = {}, disk.silent.end()));
     if (x.c == 2)
         toggle(disk.searching); // Only what is missing is searched for.
     x.pair.tellBookmarks();
@@ -139,8 +147,14 @@ const std::array kinds {
         x.s.add({ x.url(0), x.url(1), x.url(2) }); x.m.add(x.places); } },
     Kind { "Text", 6, {}, [](const Call &x) {
         x.s.addText(q("\n  some \nwords")); x.m.addText("some"); } },
-    Kind { "Link", 2, { 3 }, [](const Call &x) {
-        x.s.addText(q(links[x.a]) + u' '); x.m.addLink(links[x.a], links[x.a] + 8); } },
+    Kind { "Link", 3, { 3, 8, 8 }, [](const Call &x) {
+        const auto text = links[x.a] + std::string(tails[x.b]) + tails[x.c];
+        x.s.addText(q(text.c_str()));
+        if (const auto address = WebAddress::typed(q(text.c_str())))
+            x.m.addLink(address->text().toStdString(),
+                        ShelfStore::linkTitle(address->url()).toStdString());
+        else
+            x.m.addText(text); } },
     Kind { "Image", 2, {}, [](const Call &x) { // Two files on their way cannot have one name.
         passTime(x, 1); x.s.addImageData("bytes", {}); x.m.addImage(); } },
     Kind { "Remove", 5, { 24, 24, 24 }, [](const Call &x) {
@@ -194,7 +208,7 @@ const std::array kinds {
     Kind { "Work", 7, { 3 }, [](const Call &x) { x.pair.runJob(x.a); } },
     Kind { "Deliver", 4, {}, [](const Call &x) { passTime(x, 0); } },
     Kind { "Advance", 3, { 5 }, [](const Call &x) { passTime(x, pauses[x.a]); } },
-    Kind { "Disk", 12, { 12, ModelState::userPlaces, 6 }, changeDisk },
+    Kind { "Disk", 12, { 12, ModelState::userPlaces, 7 }, changeDisk },
     Kind { "Restart", 2, { 8 }, [](const Call &x) {
         using enum ModelStore::StateFile;
         x.pair.restart(x.a == 7 ? Unreadable : x.a == 6 ? Cleared : Whole); } },
