@@ -237,6 +237,7 @@ void AppDelegate::followLook(const DesktopLook &look)
     m_style.apply(look);
     m_view->setMotion(look.motion);
     m_panel->setMotion(look.motion);
+    m_panel->setTextScale(look.textScale);
     m_dockTab->setMotion(look.motion);
     if (m_preview)
         m_preview->setMotion(look.motion);

@@ -43,6 +43,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -169,6 +170,20 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     return application.exec();
 }
 
+/// The toolkit aborts where it finds none.
+bool hasServer()
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(nullptr, nullptr), xcb_disconnect);
+    return xcb_connection_has_error(connection.get()) == 0;
+}
+
+int endWithoutServer()
+{
+    std::fputs("Vantle needs an X server: it does not run on this platform.\n", stderr);
+    return 1;
+}
+
 }
 
 int main(int argc, char **argv)
@@ -178,6 +193,8 @@ int main(int argc, char **argv)
     const bool isChosen = !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
     if (!isChosen)
         qputenv("QT_QPA_PLATFORM", "xcb");
+    if (qgetenv("QT_QPA_PLATFORM").startsWith("xcb") && !hasServer())
+        return endWithoutServer();
     QApplication application(argc, argv);
     if (!isChosen)
         qunsetenv("QT_QPA_PLATFORM"); // What is started from here chooses for itself.
@@ -187,10 +204,8 @@ int main(int argc, char **argv)
     QApplication::setQuitOnLastWindowClosed(false);
     // The toolkit's 128 refuse what cameras make today.
     QImageReader::setAllocationLimit(512); // Megabytes.
-    if (!Xcb::toolkitConnection()) {
-        std::fputs("Vantle needs an X server: it does not run on this platform.\n", stderr);
-        return 1;
-    }
+    if (!Xcb::toolkitConnection())
+        return endWithoutServer();
     const Directories directories = XdgDirectories::fromEnvironment();
     SingleInstance instance(directories.state);
     // The toolkit has taken its own arguments out by now.

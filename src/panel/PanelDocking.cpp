@@ -71,6 +71,12 @@ void PanelDocking::startTimer()
         pollingPeriod, [this] { check(); }, MainQueue::Precision::Coarse);
 }
 
+void PanelDocking::stopTimer()
+{
+    m_timer.reset();
+    m_look.reset();
+}
+
 void PanelDocking::hold(double seconds)
 {
     m_lastActive = m_queue.uptime();
@@ -85,12 +91,17 @@ void PanelDocking::menuClosed()
 
 void PanelDocking::check()
 {
-    if (!m_enabled || !m_motion.isShown() || m_docked) {
+    if (!m_enabled || !m_motion.isShown() || m_docked)
         stopTimer();
-        return;
-    }
+    else
+        m_look = m_pointer.look([this](const PointerMonitor::Look &look) { judge(look); });
+}
+
+void PanelDocking::judge(const PointerMonitor::Look &pointer)
+{
     const double now = m_queue.uptime();
-    if (isBusy() || isPointerNear()) {
+    const bool isNear = pointer.location && activeZone().contains(*pointer.location);
+    if (isNear || isBusy(pointer)) {
         m_lastActive = now;
         return;
     }
@@ -100,16 +111,10 @@ void PanelDocking::check()
         dock();
 }
 
-bool PanelDocking::isBusy() const
+bool PanelDocking::isBusy(const PointerMonitor::Look &pointer) const
 {
-    return m_menuOpen || m_pointer.pressedButtons() != 0 || (hasModalWindow && hasModalWindow())
+    return m_menuOpen || pointer.pressedButtons != 0 || (hasModalWindow && hasModalWindow())
         || (isPreviewVisible && isPreviewVisible());
-}
-
-bool PanelDocking::isPointerNear() const
-{
-    const auto location = m_pointer.location();
-    return location && activeZone().contains(*location);
 }
 
 /// The panel with a margin. Where it lies against a side of the screen, a pointer

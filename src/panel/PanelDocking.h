@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/MainQueue.h"
+#include "platform/PointerMonitor.h"
 #include "platform/Screens.h"
 #include "platform/TabWindow.h"
 
@@ -12,7 +13,6 @@
 class DockTab;
 class PanelMotion;
 class PanelWindow;
-class PointerMonitor;
 
 /// Puts an untouched panel away to the nearest screen edge, where a tab stands
 /// for it, and brings it back. It watches while the panel is up and undocked;
@@ -49,15 +49,15 @@ public:
     void hold(double seconds);
     /// Watches a panel that is up.
     void startTimer();
-    void stopTimer() { m_timer.reset(); }
+    void stopTimer();
     /// While a menu of ours is open the panel counts as used.
     void menuOpened() { m_menuOpen = true; }
     void menuClosed();
 
 private:
     void check();
-    bool isBusy() const;
-    bool isPointerNear() const;
+    void judge(const PointerMonitor::Look &pointer);
+    bool isBusy(const PointerMonitor::Look &pointer) const;
     QRectF activeZone() const;
     std::optional<Screen> screen() const;
     QRectF homeOn(const Screen &screen, const QRectF &frame) const;
@@ -76,6 +76,7 @@ private:
     DockEdge m_edge = DockEdge::Right;
     std::optional<QRectF> m_home;
     Ticket m_timer; // The idle watch.
+    Ticket m_look; // What it asked.
     double m_lastActive = 0; // Uptime at which the panel last counted as used.
     double m_holdUntil = 0; // Uptime before which it does not dock by itself.
     bool m_menuOpen = false;

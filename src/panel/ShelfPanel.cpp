@@ -212,6 +212,20 @@ void ShelfPanel::hide()
         onWillHide();
 }
 
+void ShelfPanel::setTextScale(double scale)
+{
+    if (scale == m_textScale)
+        return;
+    m_textScale = scale;
+    const QSizeF smallest = PanelWindow::smallestSize * scale;
+    const bool isChosen = storedFrame(m_preferences.value(frameKey())).has_value();
+    const QRectF frame = m_window.frame();
+    const QSizeF size = isChosen ? frame.size().expandedTo(smallest) : defaultSize * scale;
+    m_window.setSmallestSize(smallest);
+    // It grows to where there is room: it mostly stands at the right.
+    m_window.setFrame(QRectF(QPointF(frame.right() - size.width(), frame.top()), size));
+}
+
 void ShelfPanel::moveTo(const QPointF &origin)
 {
     m_window.setFrame(QRectF(origin, m_window.frame().size()));

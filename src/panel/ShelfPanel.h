@@ -64,6 +64,8 @@ public:
     /// Whether only its tab is up.
     bool isDocked() const { return m_docking.isDocked(); }
 
+    /// Its smallest size grows with the text, and so does its size until the user has chosen one.
+    void setTextScale(double scale);
     void setMotion(Motion motion) { m_motion.setMotion(motion); }
 
     /// The tab outlives the panel. Without one the panel never docks.
@@ -98,6 +100,7 @@ private:
     QuickLookController &m_ql;
     RowDrag m_rowDrag;
 
+    double m_textScale = 1;
     PanelMotion m_motion;
     PanelDocking m_docking;
     Ticket m_pendingStore;

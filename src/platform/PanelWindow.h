@@ -19,7 +19,9 @@ class PanelWindow
 public:
     virtual ~PanelWindow() = default;
 
-    static constexpr QSizeF smallestSize { 210, 240 }; // The user cannot make it smaller.
+    static constexpr QSizeF smallestSize { 210, 240 }; // At plain text.
+    /// The user cannot make it smaller, and it does not stay smaller.
+    virtual void setSmallestSize(const QSizeF &size) = 0;
 
     /// What the window shows; it fills the frame and stays its owner's.
     virtual void setRootView(QWidget *view) = 0;

@@ -29,4 +29,12 @@ public:
     virtual Modifiers modifiers() const = 0;
     /// Bit 0 is the left button.
     virtual unsigned pressedButtons() const = 0;
+
+    struct Look
+    {
+        std::optional<QPointF> location;
+        unsigned pressedButtons = 0;
+    };
+    /// The same two, without waiting: they follow in a moment, unless the ticket is dropped.
+    [[nodiscard]] virtual Ticket look(std::function<void(const Look &)> done) = 0;
 };

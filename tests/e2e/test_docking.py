@@ -192,6 +192,10 @@ def test_the_tab_follows_what_the_desktops_panels_take(desktop, program):
     bar.destroy()
     desktop.display.sync()
     wait_for(lambda: tab(program)[0] == 1280 - TAB[0], 5, "the tab to go back to the edge")
+    for areas, edge in (([0, 0, 640, 700, 640, 100, 610, 700], 1250), ([], 1280)):  # As shells with bars of their own do.
+        desktop.root.change_property(desktop.atom("_GTK_WORKAREAS_D0"), Xatom.CARDINAL, 32, areas)
+        desktop.display.sync()
+        wait_for(lambda: tab(program)[0] == edge - TAB[0], 5, "the tab to stay in the work area")
 
 
 def test_the_tab_stands_above_a_full_screen_window_and_takes_no_focus(desktop, program):

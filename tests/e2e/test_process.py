@@ -34,6 +34,12 @@ def test_many_starts_at_once_leave_one(desktop, shelf):
 
 
 @pytest.mark.any_wm
+def test_without_an_x_server_it_says_so(desktop, program):
+    ended = subprocess.run([program.binary], env=desktop.environment | {"DISPLAY": ":9999"}, capture_output=True, timeout=10)
+    assert (ended.returncode, ended.stderr) == (1, b"Vantle needs an X server: it does not run on this platform.\n")
+
+
+@pytest.mark.any_wm
 def test_without_a_bus(desktop, program):
     program.process = desktop.start("vantle", program.binary, environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/x"})
     path = desktop.write(desktop.home / "a.txt", "x")

@@ -330,6 +330,22 @@ TEST(ShelfPanelTest, TheUsersFrameIsStoredOnceItRests)
     EXPECT_EQ(restarted.window.currentFrame, QRectF(686, 104, 240, 300));
 }
 
+TEST(ShelfPanelTest, ItGrowsWithTheTextUnlessTheUserHasChosenASize)
+{
+    const std::pair<QJsonValue, QRectF> cases[] = {
+        { QJsonValue::Undefined, { 496, 54, 480, 600 } },
+        { QJsonArray { 500, 100, 300, 700 }, { 380, 100, 420, 700 } },
+    };
+    for (const auto &[stored, grown] : cases) {
+        World w(stored);
+        const QRectF before = w.window.currentFrame;
+        w.panel->setTextScale(1);
+        EXPECT_EQ(w.window.currentFrame, before);
+        w.panel->setTextScale(2);
+        EXPECT_EQ(w.window.currentFrame, grown);
+    }
+}
+
 TEST(ShelfPanelTest, AStoredFrameIsRestoredWhereItCanBeUsed)
 {
     const QRectF fresh(736, 54, 240, 300);

@@ -64,6 +64,13 @@ TEST(X11ScreensTest, AStrutCutsTheMonitorThatItStandsOn)
     }
 }
 
+TEST(X11ScreensTest, AWorkAreaCountsForTheMonitorThatHoldsIt)
+{
+    const QRect under(600, 130, 680, 670);
+    EXPECT_EQ(workArea(right, { left, under }), under);
+    EXPECT_EQ(workArea(left, { under, QRect(0, 0, 1280, 800), QRect() }), std::nullopt);
+}
+
 TEST(X11ScreensTest, PointsAndPixelsMeetInEachScreensCorner)
 {
     using namespace NativeGeometry;

@@ -12,6 +12,10 @@ public:
     void setRootView(QWidget *view) override { rootView = view; }
     QRectF frame() const override { return currentFrame; }
     void setFrame(const QRectF &frame) override { currentFrame = frame; }
+    void setSmallestSize(const QSizeF &size) override
+    {
+        currentFrame.setSize(currentFrame.size().expandedTo(size));
+    }
     bool isVisible() const override { return visible; }
     void orderFront() override
     {

@@ -19,6 +19,11 @@ public:
     std::optional<QPointF> location() const override { return at; }
     Modifiers modifiers() const override { return held; }
     unsigned pressedButtons() const override { return buttons; }
+    [[nodiscard]] Ticket look(std::function<void(const Look &)> done) override
+    {
+        done({ at, buttons });
+        return nullptr;
+    }
 
     bool isWatched() const { return !m_handler.expired(); }
     void send(PointerEvent event)

@@ -26,6 +26,7 @@ public:
     void setRootView(QWidget *view) override;
     QRectF frame() const override;
     void setFrame(const QRectF &frame) override;
+    void setSmallestSize(const QSizeF &size) override { setMinimumSize(size.toSize()); }
     bool isVisible() const override { return m_presence.isShown(); }
     void orderFront() override;
     void orderOut() override;

@@ -21,6 +21,12 @@ QPointF inPoints(const QPoint &native)
     return NativeGeometry::toPoints(QPointF(native), NativeGeometry::screenScales());
 }
 
+/// The server's order is left, middle, right.
+unsigned pressed(uint16_t mask)
+{
+    return (mask / XCB_BUTTON_MASK_1) & 0x1fU;
+}
+
 }
 
 X11PointerMonitor::X11PointerMonitor(WatchConnection &connection, MainQueue &queue)
@@ -66,8 +72,23 @@ Modifiers X11PointerMonitor::modifiers() const
 unsigned X11PointerMonitor::pressedButtons() const
 {
     const auto reply = queryPointer();
-    // The server's order is left, middle, right.
-    return reply ? (reply->mask / XCB_BUTTON_MASK_1) & 0x1fU : 0;
+    return reply ? pressed(reply->mask) : 0;
+}
+
+Ticket X11PointerMonitor::look(std::function<void(const Look &)> done)
+{
+    const auto ticket = std::make_shared<std::function<void(const Look &)>>(std::move(done));
+    if (!m_connection.isUsable())
+        return ticket;
+    m_connection.whenAnswered<xcb_query_pointer_reply_t>(
+        xcb_query_pointer(m_connection.xcb(), m_connection.root()),
+        [weak = std::weak_ptr(ticket)](const auto *reply) {
+            const auto handler = weak.lock();
+            if (handler && reply)
+                (*handler)({ inPoints({ reply->root_x, reply->root_y }), pressed(reply->mask) });
+        });
+    xcb_flush(m_connection.xcb());
+    return ticket;
 }
 
 void X11PointerMonitor::releaseGateOpened()

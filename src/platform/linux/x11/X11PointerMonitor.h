@@ -31,6 +31,7 @@ public:
     std::optional<QPointF> location() const override;
     Modifiers modifiers() const override;
     unsigned pressedButtons() const override;
+    [[nodiscard]] Ticket look(std::function<void(const Look &)> done) override;
 
     /// The gate is asked at each release whether another program's drag hovers
     /// over a window of ours, and may therefore be dropping on it.

@@ -44,17 +44,6 @@ void appendStruts(const QList<quint32> &property, QList<Strut> &struts)
     }
 }
 
-/// From now on the X server tells when a property of that window changes.
-void watchProperties(xcb_connection_t *connection, xcb_window_t window)
-{
-    if (Xcb::isOwn(connection, window))
-        return; // The toolkit's own choice stands.
-    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    const auto cookie
-        = xcb_change_window_attributes_checked(connection, window, XCB_CW_EVENT_MASK, &events);
-    xcb_discard_reply(connection, cookie.sequence); // It may have gone.
-}
-
 /// Of all windows that the window manager knows; panels, and whoever else has
 /// struts, are watched. Waits for the X server.
 QList<Strut> readStruts(xcb_connection_t *connection, xcb_window_t root)
@@ -89,9 +78,30 @@ QList<Strut> readStruts(xcb_connection_t *connection, xcb_window_t root)
         appendStruts(partial.isEmpty() ? whole : partial, struts);
         if (!partial.isEmpty() || !whole.isEmpty()
             || types.contains(atoms("_NET_WM_WINDOW_TYPE_DOCK")))
-            watchProperties(connection, each.window);
+            Xcb::listenTo(connection, each.window,
+                          XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     }
     return struts;
+}
+
+/// What a shell that draws its own bars, which are no windows, leaves of each monitor on the
+/// desktop that shows. Waits for the X server.
+QList<QRect> readWorkAreas(xcb_connection_t *connection, xcb_window_t root)
+{
+    constexpr quint32 mostNumbers = 4 * 64;
+    Xcb::Atoms atoms(connection);
+    const auto desktop
+        = Xcb::property32(connection, root, atoms("_NET_CURRENT_DESKTOP"), XCB_ATOM_CARDINAL, 1)
+              .value(0);
+    const auto values
+        = Xcb::property32(connection, root, atoms("_GTK_WORKAREAS_D" + QByteArray::number(desktop)),
+                          XCB_ATOM_CARDINAL, mostNumbers);
+    QList<QRect> areas;
+    for (qsizetype i = 0; i + 4 <= values.size(); i += 4) {
+        const auto number = [&](qsizetype at) { return static_cast<int>(values.at(i + at)); };
+        areas.append({ number(0), number(1), number(2), number(3) });
+    }
+    return areas;
 }
 
 QSize sizeOf(xcb_connection_t *connection, xcb_window_t window)
@@ -114,15 +124,27 @@ QList<Screen> readScreens()
     const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
     const QSize size = sizeOf(connection, root);
     const auto struts = readStruts(connection, root);
+    const auto areas = readWorkAreas(connection, root);
     const auto scales = NativeGeometry::screenScales();
     for (qsizetype i = 0; i < screens.size(); ++i) {
-        const QRect visible = withoutStruts(scales.at(i).native, size, struts);
+        const QRect &monitor = scales.at(i).native;
+        const QRect visible
+            = workArea(monitor, areas).value_or(withoutStruts(monitor, size, struts));
         result.append(
             { screens.at(i)->geometry(), NativeGeometry::toPoints(QRectF(visible), scales.at(i)) });
     }
     return result;
 }
 
+}
+
+std::optional<QRect> workArea(const QRect &monitor, const QList<QRect> &areas)
+{
+    for (const QRect &area : areas) {
+        if (!area.isEmpty() && monitor.contains(area))
+            return area;
+    }
+    return std::nullopt;
 }
 
 QRect withoutStruts(const QRect &monitor, const QSize &root, const QList<Strut> &struts)
@@ -175,6 +197,8 @@ X11Screens::X11Screens()
         m_clientList = atoms("_NET_CLIENT_LIST");
         m_strut = atoms("_NET_WM_STRUT");
         m_partialStrut = atoms("_NET_WM_STRUT_PARTIAL");
+        m_desktop = atoms("_NET_CURRENT_DESKTOP");
+        m_workAreas = atoms("_GTK_WORKAREAS_D0"); // All of them change together.
         qApp->installNativeEventFilter(this);
     }
     m_told = current();
@@ -200,7 +224,8 @@ bool X11Screens::nativeEventFilter(const QByteArray &, void *message, qintptr *)
     if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
         return false;
     const auto atom = reinterpret_cast<const xcb_property_notify_event_t *>(event)->atom;
-    if ((atom == m_clientList || atom == m_strut || atom == m_partialStrut)
+    if ((atom == m_clientList || atom == m_strut || atom == m_partialStrut || atom == m_desktop
+         || atom == m_workAreas)
         && QGuiApplication::screens().size() > 1)
         forget();
     return false;

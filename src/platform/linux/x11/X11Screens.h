@@ -6,6 +6,8 @@
 #include <QAbstractNativeEventFilter>
 #include <QObject>
 
+#include <optional>
+
 class QScreen;
 
 /// What a panel or dock keeps for itself along one edge of the whole root window.
@@ -22,9 +24,13 @@ struct Strut
 /// monitors reaches through all of the outer one, which it does not mean.
 QRect withoutStruts(const QRect &monitor, const QSize &root, const QList<Strut> &struts);
 
+/// The work area that lies on that monitor, if there is one.
+std::optional<QRect> workArea(const QRect &monitor, const QList<QRect> &areas);
+
 /// The toolkit's screens. On several, its available geometry is of no use: it
 /// is what one rectangle for the whole desktop, _NET_WORKAREA, leaves of each. So
-/// there the struts of all windows are read, and those that have some are watched.
+/// there the work areas are read that some shells tell of each monitor, else the struts of all
+/// windows, and those that have some are watched.
 class X11Screens final : public Screens, private QAbstractNativeEventFilter
 {
 public:
@@ -46,5 +52,7 @@ private:
     quint32 m_clientList = 0;
     quint32 m_strut = 0;
     quint32 m_partialStrut = 0;
+    quint32 m_desktop = 0;
+    quint32 m_workAreas = 0;
     QObject m_context; // Ends the connections to the toolkit with us.
 };

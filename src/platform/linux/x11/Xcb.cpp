@@ -55,6 +55,19 @@ void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t 
     xcb_flush(connection);
 }
 
+bool Xcb::listenTo(xcb_connection_t *connection, xcb_window_t window, quint32 events)
+{
+    const Owned<xcb_get_window_attributes_reply_t> known(xcb_get_window_attributes_reply(
+        connection, xcb_get_window_attributes(connection, window), nullptr));
+    if (!known)
+        return false;
+    const quint32 all = known->your_event_mask | events;
+    const Owned<xcb_generic_error_t> error(xcb_request_check(
+        connection,
+        xcb_change_window_attributes_checked(connection, window, XCB_CW_EVENT_MASK, &all)));
+    return !error;
+}
+
 bool Xcb::isOwn(xcb_connection_t *connection, xcb_window_t window)
 {
     const auto *setup = xcb_get_setup(connection);

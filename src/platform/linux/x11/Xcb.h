@@ -41,6 +41,11 @@ xcb_client_message_event_t clientMessage(xcb_window_t about, xcb_atom_t type,
 void sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
                  std::initializer_list<quint32> data, xcb_window_t about);
 
+/// Lets the connection hear of these events of a window too, beside those that it hears of
+/// already: of one window several parts of the program may want to know something. Whether the
+/// window is there. Waits for the X server.
+bool listenTo(xcb_connection_t *connection, xcb_window_t window, quint32 events);
+
 /// Whether that connection made the window: the X server gives each client a range
 /// of numbers.
 bool isOwn(xcb_connection_t *connection, xcb_window_t window);

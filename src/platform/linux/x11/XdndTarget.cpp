@@ -227,11 +227,7 @@ void XdndTarget::sourceGone(xcb_window_t source)
 /// Has the X server tell when that window goes; whether it is there at all.
 bool XdndTarget::watch(xcb_window_t source)
 {
-    const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    const auto cookie
-        = xcb_change_window_attributes_checked(m_connection, source, XCB_CW_EVENT_MASK, &events);
-    const Xcb::Owned<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie));
-    return !error;
+    return Xcb::listenTo(m_connection, source, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
 }
 
 void XdndTarget::setTargeted(bool targeted)
