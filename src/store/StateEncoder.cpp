@@ -120,7 +120,7 @@ void appendItem(QByteArray &out, const ShelfItem &item)
         appendText(out, "preview", item.preview->toUtf8());
     if (item.bookmark)
         appendText(out, "bookmark", item.bookmark->toBase64());
-    if (item.link)
+    if (item.link && WebAddress::stored(item.link->text()))
         appendText(out, "link", item.link->text().toUtf8());
     out += '}';
 }

@@ -9,7 +9,7 @@
 /// The address of a web link as it was typed or read. QUrl alone would not do:
 /// it changes escapes and the numbers of a host, and what it makes of some
 /// addresses it refuses to read again. The text is what is stored, compared and
-/// shown; it is never empty and always comes back from the state file.
+/// shown.
 class WebAddress
 {
 public:
