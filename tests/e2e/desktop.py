@@ -453,6 +453,13 @@ class Desktop:
         with self.held(*names):
             pass
 
+    def tap(self, code):
+        """Presses a key by its number."""
+        for kind in (X.KeyPress, X.KeyRelease):
+            xtest.fake_input(self.display, kind, code)
+            self.display.sync()
+            time.sleep(0.03)
+
     @contextlib.contextmanager
     def held(self, *names):
         codes = [self.display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]

@@ -1,6 +1,7 @@
 """Every key of the panel, which has got the keyboard by D-Bus alone."""
 import pytest
 from gi.repository import GLib
+from Xlib import XK
 
 from desktop import wait_for
 from peers import uri
@@ -145,3 +146,23 @@ def test_what_is_opened_comes_to_the_front(desktop, program):
         desktop.keys("Up")
         desktop.keys("Return")
         wait_for(lambda: path.name in desktop.focused_title(), 15, f"the keyboard in the window of {path.name}")
+
+
+@pytest.mark.any_wm
+def test_a_named_key_is_where_the_map_puts_it(desktop, program):
+    """Not every X server numbers its keys as the kernel does."""
+    back_space, f9, number = XK.string_to_keysym("BackSpace"), XK.string_to_keysym("F9"), 248
+    desktop.display.change_keyboard_mapping(number, [[back_space] * 2, [f9] * 2])
+    desktop.display.change_keyboard_mapping(desktop.display.keysym_to_keycode(f9), [[0] * 2])
+    desktop.display.sync()
+    program.prefer(hotKeyCode=101, hotKeyModifiers=4096, hotKeyLabel="F9")
+    program.start()
+    desktop.run(program.binary, desktop.write(desktop.home / "one.txt", "one"))
+    program.wait_for_items(1)
+    program.summon()
+    desktop.keys("Control_L", "a")
+    desktop.tap(number)
+    program.wait_for_items(0)
+    with desktop.held("Super_L"):
+        desktop.tap(number + 1)
+    program.wait_until_hidden()

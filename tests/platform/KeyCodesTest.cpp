@@ -54,6 +54,10 @@ TEST(KeyCodesTest, EveryVirtualCodeIsOneKeyAndBack)
     }
     EXPECT_GT(seen.size(), 100U);
     EXPECT_EQ(KeyCodes::fromEvdev(KEY_SYSRQ), KeyCodes::none);
+    for (const int code : { 36, 48, 49, 51, 53, 115, 117, 122, 111, 126 })
+        EXPECT_EQ(KeyCodes::fromSymbol(KeyCodes::toSymbol(code)), code);
+    EXPECT_EQ(KeyCodes::toSymbol(1), 0U); // A letter is where it is printed.
+    EXPECT_EQ(KeyCodes::fromSymbol('s'), KeyCodes::none);
 }
 
 TEST(KeyCodesTest, ACharacterIsWhatTheFirstLatinLayoutTypes)

@@ -79,6 +79,26 @@ constexpr std::array keys {
     Key { KEY_UP, 126, "" },
 };
 
+struct NamedKey
+{
+    uint32_t symbol;
+    int keyCode;
+};
+
+// A key code's first symbol is the one that it is bound by.
+constexpr std::array namedKeys {
+    NamedKey { 0xff0d, 36 },  NamedKey { 0xff09, 48 },  NamedKey { 0xfe20, 48 },
+    NamedKey { 0x0020, 49 },  NamedKey { 0xff08, 51 },  NamedKey { 0xff1b, 53 },
+    NamedKey { 0xff8d, 76 },  NamedKey { 0xff50, 115 }, NamedKey { 0xff55, 116 },
+    NamedKey { 0xffff, 117 }, NamedKey { 0xff57, 119 }, NamedKey { 0xff56, 121 },
+    NamedKey { 0xff51, 123 }, NamedKey { 0xff53, 124 }, NamedKey { 0xff54, 125 },
+    NamedKey { 0xff52, 126 }, NamedKey { 0xffbe, 122 }, NamedKey { 0xffbf, 120 },
+    NamedKey { 0xffc0, 99 },  NamedKey { 0xffc1, 118 }, NamedKey { 0xffc2, 96 },
+    NamedKey { 0xffc3, 97 },  NamedKey { 0xffc4, 98 },  NamedKey { 0xffc5, 100 },
+    NamedKey { 0xffc6, 101 }, NamedKey { 0xffc7, 109 }, NamedKey { 0xffc8, 103 },
+    NamedKey { 0xffc9, 111 },
+};
+
 const Key *find(int Key::*member, int value)
 {
     for (const Key &key : keys) {
@@ -155,6 +175,24 @@ int toEvdev(int keyCode)
 {
     const Key *key = find(&Key::keyCode, keyCode);
     return key ? key->evdev : none;
+}
+
+int fromSymbol(uint32_t symbol)
+{
+    for (const NamedKey &key : namedKeys) {
+        if (key.symbol == symbol)
+            return key.keyCode;
+    }
+    return none;
+}
+
+uint32_t toSymbol(int keyCode)
+{
+    for (const NamedKey &key : namedKeys) {
+        if (key.keyCode == keyCode)
+            return key.symbol;
+    }
+    return 0;
 }
 
 QString characters(int evdevCode, ShiftKey shift, const SymbolTable &table)

@@ -19,6 +19,11 @@ inline constexpr int x11Offset = 8;
 int fromEvdev(int evdevCode); // none for a key without a virtual code.
 int toEvdev(int keyCode);
 
+// The same for X key symbols, of the keys that do not type: these are where the keyboard's map
+// puts them, also on servers whose numbers of keys are not the kernel's. none for all others.
+int fromSymbol(uint32_t symbol);
+uint32_t toSymbol(int keyCode); // 0 for all others.
+
 /// What the keyboard types: one row a key, `width` columns with the X key symbols
 /// of its layouts' shift levels. An unshifted column is followed by its shifted one.
 struct SymbolTable

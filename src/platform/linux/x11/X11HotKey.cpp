@@ -2,6 +2,7 @@
 
 #include "platform/linux/KeyCodes.h"
 #include "platform/linux/x11/ModifierBits.h"
+#include "platform/linux/x11/X11Keyboard.h"
 
 #include <QtGlobal>
 
@@ -28,13 +29,26 @@ X11HotKey::X11HotKey(WatchConnection &connection)
 bool X11HotKey::bind(int keyCode, int modifiers)
 {
     Q_ASSERT(!m_bound);
-    const int evdevCode = KeyCodes::toEvdev(keyCode);
-    if (evdevCode == KeyCodes::none || !m_connection.isUsable())
+    const int evdevCode = m_connection.isUsable() ? evdevCodeOf(keyCode) : KeyCodes::none;
+    if (evdevCode == KeyCodes::none)
         return false;
     m_bound = { static_cast<xcb_keycode_t>(evdevCode + KeyCodes::x11Offset), modifiers };
     if (!grab(wantedStates()))
         m_bound.reset();
     return m_bound.has_value();
+}
+
+/// By the keyboard's map, where that has the key.
+int X11HotKey::evdevCodeOf(int keyCode) const
+{
+    if (const uint32_t symbol = KeyCodes::toSymbol(keyCode)) {
+        const auto table = X11Keyboard::symbolTable(m_connection.xcb());
+        for (size_t at = 0; at < table.symbols.size(); at += static_cast<size_t>(table.width)) {
+            if (table.symbols[at] == symbol)
+                return table.firstEvdevCode + static_cast<int>(at) / table.width;
+        }
+    }
+    return KeyCodes::toEvdev(keyCode);
 }
 
 void X11HotKey::unbind()

@@ -30,6 +30,7 @@ private:
         int modifiers; // HotKeyModifier bits.
     };
 
+    int evdevCodeOf(int keyCode) const;
     void handleEvent(const xcb_generic_event_t &event);
     void handleKey(const xcb_key_press_event_t &event); // A release as well.
     void remake();

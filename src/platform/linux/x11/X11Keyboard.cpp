@@ -1,25 +1,10 @@
 #include "platform/linux/x11/X11Keyboard.h"
 
-#include "platform/linux/KeyCodes.h"
 #include "platform/linux/x11/Xcb.h"
 
 #include <QKeyEvent>
 
 namespace {
-
-KeyCodes::SymbolTable symbolTable(xcb_connection_t *connection)
-{
-    const auto *setup = xcb_get_setup(connection);
-    const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const Xcb::Owned<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
-        connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr));
-    if (!reply)
-        return {};
-    const auto *symbols = xcb_get_keyboard_mapping_keysyms(reply.get());
-    return { setup->min_keycode - KeyCodes::x11Offset,
-             reply->keysyms_per_keycode,
-             { symbols, symbols + xcb_get_keyboard_mapping_keysyms_length(reply.get()) } };
-}
 
 Modifiers modifiersOf(Qt::KeyboardModifiers held)
 {
@@ -37,6 +22,20 @@ Modifiers modifiersOf(Qt::KeyboardModifiers held)
 
 }
 
+KeyCodes::SymbolTable X11Keyboard::symbolTable(xcb_connection_t *connection)
+{
+    const auto *setup = xcb_get_setup(connection);
+    const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    const Xcb::Owned<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
+        connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr));
+    if (!reply)
+        return {};
+    const auto *symbols = xcb_get_keyboard_mapping_keysyms(reply.get());
+    return { setup->min_keycode - KeyCodes::x11Offset,
+             reply->keysyms_per_keycode,
+             { symbols, symbols + xcb_get_keyboard_mapping_keysyms_length(reply.get()) } };
+}
+
 KeyEvent X11Keyboard::keyEvent(const QKeyEvent &event)
 {
     const int evdev = static_cast<int>(event.nativeScanCode()) - KeyCodes::x11Offset;
@@ -44,6 +43,7 @@ KeyEvent X11Keyboard::keyEvent(const QKeyEvent &event)
                                                                      : KeyCodes::ShiftKey::Up;
     auto *connection = Xcb::toolkitConnection();
     const auto table = connection ? symbolTable(connection) : KeyCodes::SymbolTable();
-    return { KeyCodes::fromEvdev(evdev), modifiersOf(event.modifiers()),
-             KeyCodes::characters(evdev, shift, table) };
+    const int named = KeyCodes::fromSymbol(event.nativeVirtualKey());
+    return { named == KeyCodes::none ? KeyCodes::fromEvdev(evdev) : named,
+             modifiersOf(event.modifiers()), KeyCodes::characters(evdev, shift, table) };
 }

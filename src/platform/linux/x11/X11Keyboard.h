@@ -1,6 +1,9 @@
 #pragma once
 
 #include "platform/KeyEvent.h"
+#include "platform/linux/KeyCodes.h"
+
+#include <xcb/xcb.h>
 
 class QKeyEvent;
 
@@ -10,5 +13,7 @@ namespace X11Keyboard {
 /// read from the X server for each press: that takes 0.03 ms and is never out of
 /// date.
 KeyEvent keyEvent(const QKeyEvent &event);
+/// What the keyboard types. Waits for the X server.
+KeyCodes::SymbolTable symbolTable(xcb_connection_t *connection);
 
 }
