@@ -42,257 +42,125 @@ struct World
     SummonMonitor monitor { pointer, selection, front, screens, queue };
 };
 
-struct Case
+/// One word of a story: p presses in the middle, a announces a drag of files and answers,
+/// n announces alone, y and t answer that it holds files or text, d and c drag to that many points
+/// beside the middle or the corner, q presses there, m reports a move with those buttons, u a drag
+/// to a place that is not told, r releases; f is "p a d"; in front of a story stand settings.
+void play(World &w, const QString &word)
 {
-    const char *what;
-    void (*play)(World &);
-    const char *story;
-};
-
-void run(const std::vector<Case> &cases)
-{
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
-        World w;
-        c.play(w);
-        EXPECT_TRUE(w.story.isEmpty()) << "a callback came from within an event";
-        w.queue.settle();
-        EXPECT_EQ(w.story.toStdString(), c.story);
+    const QChar verb = word.front();
+    const QStringList numbers = word.mid(1).split(QLatin1Char(','));
+    const QPointF by(numbers.value(0).toDouble(), numbers.value(1).toDouble());
+    switch (verb.unicode()) {
+    case 'p':
+        return w.pointer.press(middle);
+    case 'q':
+        return w.pointer.press(corner + by);
+    case 'a':
+        return w.announceFiles();
+    case 'n':
+        return w.selection.announce();
+    case 'y':
+        return w.selection.answer(true);
+    case 't':
+        return w.selection.answer(false);
+    case 'd':
+        return w.pointer.drag(middle + by);
+    case 'c':
+        return w.pointer.drag(corner + by);
+    case 'f':
+        return w.dragFiles(by);
+    case 'r':
+        return w.pointer.release();
+    case 'm':
+        w.pointer.buttons = numbers.value(0).toUInt();
+        w.pointer.at = middle + QPointF(50, 0);
+        return w.pointer.send(PointerEvent::Moved);
+    case 'u':
+        w.pointer.at.reset();
+        return w.pointer.send(PointerEvent::LeftDragged);
+    case '!': // Settings, and what the desktop is like.
+        if (word == QLatin1String("!drag"))
+            w.monitor.dragEnabled = false;
+        else if (word == QLatin1String("!corner"))
+            w.monitor.cornerEnabled = false;
+        else if (word == QLatin1String("!screens"))
+            w.screens.screens.clear();
+        else if (word == QLatin1String("!option"))
+            w.monitor.requiredModifier = EventModifier::Option;
+        else if (word == QLatin1String("!ignored"))
+            w.monitor.ignoredBundleIDs = { QStringLiteral("thunar"), QString() };
+        else
+            ADD_FAILURE() << word.toStdString();
+        return;
+    case '+':
+        w.pointer.held = word == QLatin1String("+command")
+            ? EventModifier::Command
+            : EventModifier::Option | EventModifier::Shift;
+        return;
+    case '=':
+        w.front.current = word.mid(1);
+        return;
+    default:
+        ADD_FAILURE() << word.toStdString();
     }
 }
 
-TEST(SummonMonitorTest, TheDragGestureNeedsFourPointsAndFreshFiles)
+TEST(SummonMonitorTest, TheGesturesTellTheBeginningAndTheEndOfADragOfFiles)
 {
-    run({
-        { "3.9 points",
-          [](World &w) {
-              w.dragFiles({ 3.9, 0 });
-          },
-          "" },
-        { "4 points",
-          [](World &w) {
-              w.dragFiles({ 4, 0 });
-          },
-          "s" },
-        { "more than 4 points aslant",
-          [](World &w) {
-              w.dragFiles({ -3, 3 });
-          },
-          "s" },
-        { "less than 4 points aslant",
-          [](World &w) {
-              w.dragFiles({ -2, 3 });
-          },
-          "" },
-        { "further moves are the same drag",
-          [](World &w) {
-              w.dragFiles({ 4, 0 });
-              w.pointer.drag(middle + QPointF(90, 0));
-              w.pointer.drag(corner);
-          },
-          "s" },
-        { "files of an earlier drag",
-          [](World &w) {
-              w.pointer.press(middle);
-              w.pointer.drag(middle + QPointF(100, 0));
-          },
-          "" },
-        { "announced before the press",
-          [](World &w) {
-              w.announceFiles();
-              w.pointer.press(middle);
-              w.pointer.drag(middle + QPointF(100, 0));
-          },
-          "" },
-        { "text",
-          [](World &w) {
-              w.pointer.press(middle);
-              w.selection.announce();
-              w.selection.answer(false);
-              w.pointer.drag(middle + QPointF(100, 0));
-          },
-          "" },
-        { "the answer comes when the pointer rests already",
-          [](World &w) {
-              w.pointer.press(middle);
-              w.selection.announce();
-              w.pointer.drag(middle + QPointF(100, 0));
-              w.selection.answer(true);
-          },
-          "s" },
-        { "the answer comes after the release",
-          [](World &w) {
-              w.pointer.press(middle);
-              w.selection.announce();
-              w.pointer.drag(middle + QPointF(100, 0));
-              w.pointer.release();
-              w.selection.answer(true);
-          },
-          "" },
-        { "no press",
-          [](World &w) {
-              w.announceFiles();
-              w.pointer.drag(middle);
-          },
-          "" },
-        { "moved without a button",
-          [](World &w) {
-              w.dragFiles({ 0, 0 });
-              w.pointer.buttons = 2;
-              w.pointer.at = middle + QPointF(50, 0);
-              w.pointer.send(PointerEvent::Moved);
-          },
-          "" },
-        { "moved with the left button",
-          [](World &w) {
-              w.dragFiles({ 0, 0 });
-              w.pointer.buttons = 3;
-              w.pointer.at = middle + QPointF(50, 0);
-              w.pointer.send(PointerEvent::Moved);
-          },
-          "s" },
-        { "a desktop that does not tell the place",
-          [](World &w) {
-              w.dragFiles({ 0, 0 });
-              w.pointer.at.reset();
-              w.pointer.send(PointerEvent::LeftDragged);
-          },
-          "" },
-        { "switched off",
-          [](World &w) {
-              w.monitor.dragEnabled = false;
-              w.dragFiles({ 50, 0 });
-          },
-          "" },
-    });
-}
+    struct Case
+    {
+        const char *what;
+        const char *story;
+        const char *calls; // s for a start, e for an end.
+    };
+    const Case cases[] = {
+        { "3.9 points", "f3.9,0", "" },
+        { "4 points", "f4,0", "s" },
+        { "more than 4 points aslant", "f-3,3", "s" },
+        { "less than 4 points aslant", "f-2,3", "" },
+        { "further moves are the same drag", "f4,0 d90,0 c", "s" },
+        { "files of an earlier drag", "p d100,0", "" },
+        { "announced before the press", "a p d100,0", "" },
+        { "text", "p n t d100,0", "" },
+        { "the answer comes when the pointer rests already", "p n d100,0 y", "s" },
+        { "the answer comes after the release", "p n d100,0 r y", "" },
+        { "no press", "a d0,0", "" },
+        { "moved without the left button", "f0,0 m2", "" },
+        { "moved with it", "f0,0 m3", "s" },
+        { "a desktop that does not tell the place", "f0,0 u", "" },
+        { "switched off", "!drag f50,0", "" },
 
-TEST(SummonMonitorTest, EveryRecognisedDragEndsOnce)
-{
-    run({
-        { "release",
-          [](World &w) {
-              w.dragFiles({ 4, 0 });
-              w.pointer.release();
-              w.pointer.release();
-          },
-          "se" },
-        { "release of a press that was no drag",
-          [](World &w) {
-              w.dragFiles({ 3, 0 });
-              w.pointer.release();
-          },
-          "" },
-        { "release without a press", [](World &w) { w.pointer.release(); }, "" },
-        { "and closes the press",
-          [](World &w) {
-              w.dragFiles({ 0, 0 });
-              w.pointer.release();
-              w.pointer.drag(middle + QPointF(50, 0));
-          },
-          "" },
-        { "a press whose predecessor was never released",
-          [](World &w) {
-              w.dragFiles({ 4, 0 });
-              w.pointer.press(middle);
-              w.pointer.drag(middle + QPointF(50, 0)); // Nothing fresh since this press.
-          },
-          "se" },
-        { "and its own drag",
-          [](World &w) {
-              w.dragFiles({ 4, 0 });
-              w.dragFiles({ 4, 0 });
-              w.pointer.release();
-          },
-          "sese" },
-    });
-}
+        { "release", "f4,0 r r", "se" },
+        { "release of a press that was no drag", "f3,0 r", "" },
+        { "release without a press", "r", "" },
+        { "a release closes the press", "f0,0 r d50,0", "" },
+        { "a press whose predecessor was never released", "f4,0 p d50,0", "se" },
+        { "and its own drag", "f4,0 f4,0 r", "sese" },
 
-TEST(SummonMonitorTest, TheModifierMayComeLateButAnIgnoredApplicationStaysIgnored)
-{
-    run({
-        { "without the modifier",
-          [](World &w) {
-              w.monitor.requiredModifier = EventModifier::Option;
-              w.pointer.held = EventModifier::Command;
-              w.dragFiles({ 50, 0 });
-          },
+        { "without the modifier", "!option +command f50,0", "" },
+        { "pressed during the drag, another held besides", "!option f50,0 +both d51,0", "s" },
+        { "the front application changes during the press", "!ignored =thunar f50,0 =firefox d90,0",
           "" },
-        { "pressed during the drag, another one held besides",
-          [](World &w) {
-              w.monitor.requiredModifier = EventModifier::Option;
-              w.dragFiles({ 50, 0 });
-              w.pointer.held = EventModifier::Option | EventModifier::Shift;
-              w.pointer.drag(middle + QPointF(51, 0));
-          },
-          "s" },
-        { "the front application changes during the press",
-          [](World &w) {
-              w.monitor.ignoredBundleIDs = { QStringLiteral("thunar") };
-              w.front.current = QStringLiteral("thunar");
-              w.dragFiles({ 50, 0 });
-              w.front.current = QStringLiteral("firefox");
-              w.pointer.drag(middle + QPointF(90, 0));
-          },
-          "" },
-        { "the next press is free again",
-          [](World &w) {
-              w.monitor.ignoredBundleIDs = { QStringLiteral("thunar") };
-              w.front.current = QStringLiteral("thunar");
-              w.dragFiles({ 50, 0 });
-              w.front.current = QStringLiteral("firefox");
-              w.dragFiles({ 50, 0 });
-          },
-          "s" },
-        { "no front application",
-          [](World &w) {
-              w.monitor.ignoredBundleIDs = { QStringLiteral("thunar"), QString() };
-              w.dragFiles({ 50, 0 });
-          },
-          "s" },
-    });
-}
+        { "the next press is free again", "!ignored =thunar f50,0 =firefox f50,0", "s" },
+        { "no front application", "!ignored f50,0", "s" },
 
-TEST(SummonMonitorTest, TheCornerGestureAsksForNothingButTheCorner)
-{
-    run({
-        { "at once, with everything against the drag gesture",
-          [](World &w) {
-              w.monitor.dragEnabled = false;
-              w.monitor.requiredModifier = EventModifier::Option;
-              w.pointer.press(corner - QPointF(7, 0));
-              w.announceFiles();
-              w.pointer.drag(corner - QPointF(3.9, 0));
-          },
-          "s" },
-        { "in an ignored press",
-          [](World &w) {
-              w.monitor.ignoredBundleIDs = { QStringLiteral("thunar") };
-              w.front.current = QStringLiteral("thunar");
-              w.dragFiles({ 50, 0 });
-              w.pointer.drag(corner);
-          },
-          "s" },
-        { "switched off",
-          [](World &w) {
-              w.monitor.dragEnabled = w.monitor.cornerEnabled = false;
-              w.dragFiles(corner - middle);
-          },
-          "" },
-        { "without files, then the drag gesture is tried too",
-          [](World &w) {
-              w.pointer.press(middle);
-              w.pointer.drag(corner);
-          },
-          "" },
-        { "no screen there",
-          [](World &w) {
-              w.monitor.dragEnabled = false;
-              w.screens.screens.clear();
-              w.dragFiles(corner - middle);
-          },
-          "" },
-    });
+        { "in the corner at once, whatever is against the drag gesture",
+          "!drag !option q-7,0 a c-3.9,0", "s" },
+        { "in the corner, in an ignored press", "!ignored =thunar f50,0 c", "s" },
+        { "both switched off", "!drag !corner f499,-399", "" },
+        { "in the corner without files", "p c", "" },
+        { "no screen there", "!drag !screens f499,-399", "" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        World w;
+        for (const QString &word : QString::fromLatin1(c.story).split(QLatin1Char(' ')))
+            play(w, word);
+        EXPECT_TRUE(w.story.isEmpty()) << "a callback came from within an event";
+        w.queue.settle();
+        EXPECT_EQ(w.story.toStdString(), c.calls);
+    }
 }
 
 TEST(SummonMonitorTest, TheCornerIsSixPointsWideOnEveryScreen)
