@@ -78,8 +78,10 @@ def test_first_start_leads_by_pointer_to_a_real_drag_and_the_second_shows_nothin
     tour = first_start(desktop, program)
     assert (tour.rect.width, tour.rect.height) == (640, 640)
     assert tour.moves()
-    for page in (1, 2, 3):
-        tour.next()
+    tour.next()
+    tour.wait_for_page(1)
+    for page, key in ((2, "Right"), (3, "Return")):
+        desktop.keys(key)
         tour.wait_for_page(page)
     tour.click(LEFT)
     tour.wait_for_page(2)
@@ -108,26 +110,3 @@ def test_first_start_leads_by_pointer_to_a_real_drag_and_the_second_shows_nothin
     program.restart()
     time.sleep(0.5)
     assert not tour.is_open()
-
-
-@main
-def test_the_tour_by_keyboard_alone(desktop, program):
-    tour = first_start(desktop, program)
-    for page in (1, 2, 3):
-        desktop.keys("Right")
-        tour.wait_for_page(page)
-    desktop.keys("Left")
-    tour.wait_for_page(2)
-    for page in (3, 4):
-        desktop.keys("Return")
-        tour.wait_for_page(page)
-    desktop.keys("Tab")
-    desktop.keys("space")
-    program.wait_for_items(1)
-    assert program.panel_is_up()
-    wait_for(lambda: not tour.moves(), 3, "the page to say that it is done")
-    desktop.keys("Shift_L", "Tab")
-    desktop.keys("Return")
-    wait_for(lambda: not tour.is_open(), 3, "the tour to close")
-    time.sleep(0.6)
-    assert program.panel_is_up()

@@ -10,48 +10,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-QAccessibleInterface *listOf(const ViewWorld &w)
-{
-    return QAccessible::queryAccessibleInterface(&w.list());
-}
-
-}
-
-TEST(AccessibilityTest, RowsAreFoundAndWorked)
-{
-    ViewWorld w(3);
-    auto *list = listOf(w);
-    ASSERT_EQ(list->role(), QAccessible::List);
-    ASSERT_EQ(list->childCount(), 3);
-    auto *second = list->child(1);
-    const QString name = w.item(1).url.fileName();
-    EXPECT_EQ(second->text(QAccessible::Name), name);
-    EXPECT_EQ(list->child(1), second);
-    EXPECT_EQ(list->indexOfChild(second), 1);
-    const QPoint middle = w.view->mapToGlobal(w.row(1));
-    EXPECT_TRUE(second->rect().contains(middle));
-    EXPECT_EQ(list->childAt(middle.x(), middle.y()), second);
-
-    const auto act = [&](const QString &action) {
-        second->actionInterface()->doAction(action);
-        w.settle();
-    };
-    act(QAccessibleActionInterface::pressAction());
-    EXPECT_EQ(w.selectedRows(), QList<int> { 1 });
-    EXPECT_TRUE(second->state().selected);
-    EXPECT_TRUE(second->state().focused);
-    EXPECT_FALSE(list->child(0)->state().focused);
-
-    act(QStringLiteral("remove"));
-    EXPECT_EQ(list->childCount(), 2);
-    EXPECT_FALSE(second->isValid());
-    w.store().undoRemove();
-    w.settle();
-    EXPECT_EQ(list->child(1)->text(QAccessible::Name), name);
-}
-
 TEST(AccessibilityTest, ButtonsOfOurOwnTellTheirTextStateAndMenu)
 {
     ViewWorld w;

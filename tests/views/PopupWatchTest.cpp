@@ -16,14 +16,10 @@ TEST(PopupWatchTest, TellsOfTheFirstPopupThatOpensAndTheLastThatCloses)
     watch.onOpened = [&] { told += 'o'; };
     watch.onClosed = [&] { told += 'c'; };
     // Shown by hand: a real popup grabs the keyboard, which needs a display.
-    const auto show = [](QWidget &widget) {
-        QShowEvent event;
-        QApplication::sendEvent(&widget, &event);
-    };
-    const auto hide = [](QWidget &widget) {
-        QHideEvent event;
-        QApplication::sendEvent(&widget, &event);
-    };
+    const auto send
+        = [](QWidget &widget, QEvent &&event) { QApplication::sendEvent(&widget, &event); };
+    const auto show = [&](QWidget &widget) { send(widget, QShowEvent()); };
+    const auto hide = [&](QWidget &widget) { send(widget, QHideEvent()); };
     QWidget menu(nullptr, Qt::Popup);
     QWidget submenu(nullptr, Qt::Popup);
     QWidget window;

