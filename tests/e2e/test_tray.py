@@ -61,6 +61,10 @@ class Tray:
         return [(number, None if of.get("type") == "separator" else of["label"]) for number, of, _ in children
                 if of.get("visible", True)]
 
+    def keys(self):
+        _, (_, _, children) = self._call(self._menu(), MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))
+        return [of["shortcut"] for _, of, _ in children if "shortcut" in of]
+
     def labels(self):
         return [label for _, label in self.entries()]
 
@@ -80,6 +84,7 @@ def test_every_entry(desktop, program):
     tray.wait_for(lambda: tray.item, "the item")
     program.wait_until_idle()
     assert tray.labels() == ENGLISH
+    assert tray.keys() == [[["Control", ","]], [["Control", "Q"]]]
 
     def comes_to_front(title):
         wait_for(lambda: desktop.focused_title() == title, 5, f"{title} to have the keyboard")
