@@ -2,8 +2,8 @@
 
 #include "app/Feedback.h"
 #include "fileops/FileOps.h"
+#include "platform/Applications.h"
 #include "platform/OwnFile.h"
-#include "platform/linux/InstalledApplications.h"
 #include "platform/linux/ScreenshotFolder.h"
 #include "platform/linux/x11/X11Keyboard.h"
 #include "views/AboutView.h"
@@ -48,11 +48,13 @@ void AppDelegate::openSettings()
         const auto desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
         m_settingsWindow = std::make_unique<SettingsView>(
             m_settings, m_texts,
-            SettingsDesktop { m_desktop.queue, m_desktop.workers, m_desktop.sounds, m_desktop.icons,
-                              m_desktop.resources, X11Keyboard::keyEvent, installedApplications,
-                              [directories = m_desktop.directories, desktops] {
-                                  return screenshotFolder(directories, desktops);
-                              } });
+            SettingsDesktop {
+                m_desktop.queue, m_desktop.workers, m_desktop.sounds, m_desktop.icons,
+                m_desktop.resources, X11Keyboard::keyEvent,
+                [&applications = m_desktop.applications] { return applications.all(); },
+                [directories = m_desktop.directories, desktops] {
+                    return screenshotFolder(directories, desktops);
+                } });
         dress(*m_settingsWindow);
         m_settingsWindow->setFixedSize(m_settingsWindow->sizeHint());
         centre(*m_settingsWindow);

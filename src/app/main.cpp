@@ -8,9 +8,9 @@
 #include "platform/linux/DecoderPool.h"
 #include "platform/linux/DesktopThumbnails.h"
 #include "platform/linux/FileLanes.h"
-#include "platform/linux/GioApplications.h"
 #include "platform/linux/InotifyFolders.h"
 #include "platform/linux/JsonPreferences.h"
+#include "platform/linux/LateApplications.h"
 #include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/LinuxLook.h"
 #include "platform/linux/SingleInstance.h"
@@ -110,7 +110,7 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     QtMainQueue queue;
     // Work may run to the last moment: what it uses stands before the workers.
     LinuxBookmarks bookmarks(LinuxBookmarks::placesOf(directories));
-    GioApplications applications(X11Time::now);
+    LateApplications applications(X11Time::now);
     InotifyFolders folderEvents(queue);
     ThreadWorkers workers;
     JsonPreferences preferences(directories.config);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/InstalledApplication.h"
+
 #include <QList>
 #include <QString>
 #include <QUrl>
@@ -27,6 +29,8 @@ public:
     virtual void open(const QList<QUrl> &urls, const QString &application) = 0;
     /// Those that can open it, the default one first; at most that many.
     virtual QList<OpenWithApp> thatOpen(const QUrl &url, int limit) = 0;
+    /// All that have a desktop entry, in no order.
+    virtual QList<InstalledApplication> all() = 0;
     /// Shows the files in the file manager, selected where it can do that.
     virtual void reveal(const QList<QUrl> &urls) = 0;
 };

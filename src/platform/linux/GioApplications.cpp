@@ -163,6 +163,21 @@ QList<OpenWithApp> GioApplications::thatOpen(const QUrl &url, int limit)
     return found.mid(0, limit);
 }
 
+QList<InstalledApplication> GioApplications::all()
+{
+    QList<InstalledApplication> result;
+    const AppInfos all(g_app_info_get_all());
+    for (const GList *link = all.get(); link != nullptr; link = link->next) {
+        auto *info = static_cast<GAppInfo *>(link->data);
+        const OpenWithApp application = described(info);
+        if (!application.identifier.endsWith(QLatin1String(".desktop")))
+            continue;
+        result.append({ application.identifier.chopped(8), application.name, application.icon,
+                        g_app_info_should_show(info) != FALSE });
+    }
+    return result;
+}
+
 void GioApplications::reveal(const QList<QUrl> &urls)
 {
     QStringList addresses;
@@ -182,4 +197,12 @@ void GioApplications::reveal(const QList<QUrl> &urls)
     const auto reply = QDBusConnection::sessionBus().call(call, QDBus::Block, revealLimit);
     if (reply.type() != QDBusMessage::ReplyMessage)
         open(folders);
+}
+
+/// What the program looks up in the module.
+extern "C" Q_DECL_EXPORT Applications *vantleApplications(const std::function<quint32()> &userTime);
+
+Applications *vantleApplications(const std::function<quint32()> &userTime)
+{
+    return new GioApplications(userTime);
 }

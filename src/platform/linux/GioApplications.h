@@ -7,6 +7,7 @@
 #include <functional>
 
 /// GIO's knowledge of types and applications, and the file manager by its bus name.
+/// In a module of its own, which LateApplications loads.
 class GioApplications final : public Applications
 {
 public:
@@ -17,6 +18,7 @@ public:
     void open(const QList<QUrl> &urls) override;
     void open(const QList<QUrl> &urls, const QString &application) override;
     QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override;
+    QList<InstalledApplication> all() override;
     void reveal(const QList<QUrl> &urls) override;
 
 private:

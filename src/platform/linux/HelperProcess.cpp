@@ -72,7 +72,7 @@ QString HelperProcess::installedProgram(const QString &name)
     for (const QString &place :
          { folder + name, folder + QStringLiteral("../libexec/vantle/") + name,
            QStringLiteral(VANTLE_LIBEXEC_DIR "/") + name }) {
-        if (QFileInfo(place).isExecutable())
+        if (QFileInfo(place).isFile())
             return place;
     }
     return folder + name;
