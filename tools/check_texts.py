@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks the string tables against the program: every key that it uses has a text, every text is
-used, and all languages have the same keys with the same arguments."""
+used, all languages have the same keys with the same arguments, and keep to the glossary."""
 import pathlib
 import re
 import sys
@@ -84,5 +84,11 @@ for language, table in tables.items():
     bad += [f"{language}: the text of {key} is empty" for key, text in table.items() if not text]
     bad += [f"{language}: {key} holds a percent sign that is neither doubled nor an argument"
             for key, text in table.items() if arguments(text) and "%" in CONVERSION.sub("", text)]
+# docs/glossary.md: one word for one thing.
+for row in re.finditer(r"^\| ([a-z]{2}(?:-Han[st])?) \| ([^|]+) \|$", (root / "docs/glossary.md").read_text("utf-8"), re.M):
+    for word in row[2].split(", "):
+        spelled = rf"\b{word}s?\b" if word.isascii() or row[1] in ("de", "es", "fr", "it") else word
+        bad += [f"{row[1]}: {key} says {word}; see docs/glossary.md"
+                for key, text in tables.get(row[1], {}).items() if re.search(spelled, text, re.I)]
 print("\n".join(bad) or f"{len(tables)} language(s), {len(english)} keys")
 sys.exit(bool(bad) or not english)

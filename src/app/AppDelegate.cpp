@@ -90,6 +90,8 @@ void AppDelegate::applicationDidFinishLaunching()
     m_monitor.start();
     welcomeOnce();
     runCleanup();
+    // Nothing of the start shows them.
+    m_desktop.queue.post([this] { m_toolkitTexts.setLanguage(m_texts.currentCode()); });
     m_cleanupTimer = m_desktop.queue.every(
         cleanupPeriod, [this] { runCleanup(); }, MainQueue::Precision::Coarse);
     m_panel->onWillShow = [this] { watchLocations(); };
@@ -225,6 +227,7 @@ void AppDelegate::connectSettings()
         m_settings.language,
         [this](const QString &code) {
             m_texts.setOverride(code);
+            m_toolkitTexts.setLanguage(m_texts.currentCode());
             rebuildMenu();
             titleWindows();
         },
@@ -257,9 +260,14 @@ void AppDelegate::toggle()
         m_panel->summon();
 }
 
+/// Menus that start programs over the bus ask for that right after the first start, which
+/// shows the tour alone.
 void AppDelegate::activate()
 {
-    m_panel->summonWithFocus();
+    if (m_isFirstLaunch && (!m_welcomeWindow || m_welcomeWindow->isVisible()))
+        showWelcome();
+    else
+        m_panel->summonWithFocus();
 }
 
 /// The menu names the key whether the desktop took it or not.

@@ -2,6 +2,7 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/settings/Localizer.h"
+#include "app/settings/ToolkitTexts.h"
 #include "base/MainQueue.h"
 #include "fileops/OpenWithCache.h"
 #include "fileops/ThumbnailLoader.h"
@@ -168,6 +169,7 @@ private:
     AppSettings m_settings;
     QuickLookController m_ql;
     DesktopStyle m_style;
+    ToolkitTexts m_toolkitTexts;
     Thumbnails m_thumbnails; // Before the view.
     PreviewCache m_previewCache;
     std::unique_ptr<ShelfView> m_view; // Before the panel: the panel shows it.
@@ -188,6 +190,7 @@ private:
     Ticket m_trayMenuLimit; // Runs while the tray's menu is open.
     Ticket m_locationTimer; // Runs while the panel is up.
 
+    bool m_isFirstLaunch = false; // The tour has not been gone through yet.
     bool m_autoShown = false; // The panel is up only because a drag summoned it.
     qsizetype m_dropBaseline = 0; // Entries on the shelf when that drag began.
     bool m_restoreDock = false; // The panel was docked when that drag began.

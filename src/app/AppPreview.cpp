@@ -4,6 +4,7 @@
 #include "platform/PanelWindow.h"
 #include "platform/linux/FileLanes.h"
 #include "platform/linux/PlayerProcess.h"
+#include "views/ProgramIcon.h"
 #include "views/preview/PreviewWindow.h"
 
 void AppDelegate::connectPreview()
@@ -37,6 +38,7 @@ void AppDelegate::showPreview()
             m_ql,
             PreviewServices { m_desktop.pictures, m_previewCache, m_desktop.workers,
                               m_desktop.queue, m_desktop.icons, m_texts, play });
+        m_preview->setWindowIcon(programIcon(m_desktop.resources));
         m_preview->bringToFront = m_desktop.bringToFront;
         m_preview->onOpen = [this](const QUrl &url) {
             FileOps::open({ url }, m_desktop.applications, m_desktop.workers);

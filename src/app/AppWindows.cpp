@@ -4,10 +4,12 @@
 #include "fileops/FileOps.h"
 #include "platform/Applications.h"
 #include "platform/OwnFile.h"
+#include "platform/linux/PortalFolder.h"
 #include "platform/linux/ScreenshotFolder.h"
 #include "platform/linux/x11/X11Keyboard.h"
 #include "views/AboutView.h"
 #include "views/AccessibleRole.h"
+#include "views/ProgramIcon.h"
 #include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
 #include "views/preview/PreviewWindow.h"
@@ -29,8 +31,9 @@ void centre(QWidget &window)
 }
 
 /// With a title and a button that closes, and of a size that is its own.
-void dress(QWidget &window)
+void dress(QWidget &window, const QString &resources)
 {
+    window.setWindowIcon(programIcon(resources));
     window.setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint
                           | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
 }
@@ -54,12 +57,16 @@ void AppDelegate::openSettings()
                 [&applications = m_desktop.applications] { return applications.all(); },
                 [directories = m_desktop.directories, desktops] {
                     return screenshotFolder(directories, desktops);
-                } });
-        dress(*m_settingsWindow);
+                },
+                PortalFolder::ask });
+        dress(*m_settingsWindow, m_desktop.resources);
         m_settingsWindow->setFixedSize(m_settingsWindow->sizeHint());
         centre(*m_settingsWindow);
-        auto *close = new QShortcut(QKeySequence::Close, m_settingsWindow.get());
-        QObject::connect(close, &QShortcut::activated, m_settingsWindow.get(), &QWidget::close);
+        for (const auto &key :
+             { QKeySequence(Qt::Key_Escape), QKeySequence(QKeySequence::Close) }) {
+            auto *close = new QShortcut(key, m_settingsWindow.get());
+            QObject::connect(close, &QShortcut::activated, m_settingsWindow.get(), &QWidget::close);
+        }
     }
     titleWindows();
     m_desktop.bringToFront(*m_settingsWindow);
@@ -71,6 +78,7 @@ void AppDelegate::welcomeOnce()
     if (m_settings.onboarded.value())
         return;
     m_settings.onboarded.set(true);
+    m_isFirstLaunch = true;
     m_desktop.queue.post([this] { showWelcome(); });
 }
 
@@ -86,11 +94,12 @@ void AppDelegate::showWelcome()
         m_welcomeWindow->onDemoEnd = [this] { handleDragEnd(); };
         m_welcomeWindow->onDemoPut = [this, demo] { putDemoFile(demo); };
         m_welcomeWindow->onDone = [this] {
+            m_isFirstLaunch = false;
             m_welcomeWindow->close();
             m_panel->summon();
         };
         m_welcomeWindow->setMotion(m_desktop.look.value().motion);
-        dress(*m_welcomeWindow);
+        dress(*m_welcomeWindow, m_desktop.resources);
         m_welcomeWindow->setFixedSize(m_welcomeWindow->sizeHint());
         centre(*m_welcomeWindow);
         titleWindows();
@@ -111,7 +120,7 @@ void AppDelegate::showAbout()
     if (!m_aboutWindow) {
         m_aboutWindow
             = std::make_unique<AboutView>(m_texts, m_desktop.resources, versionAndBuild());
-        dress(*m_aboutWindow);
+        dress(*m_aboutWindow, m_desktop.resources);
     }
     m_aboutWindow->refreshTexts();
     if (!m_aboutWindow->isVisible())

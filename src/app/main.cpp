@@ -5,6 +5,7 @@
 #include "platform/linux/ApplicationService.h"
 #include "platform/linux/ArgumentUrls.h"
 #include "platform/linux/CanberraSounds.h"
+#include "platform/linux/CommandLine.h"
 #include "platform/linux/DecoderPool.h"
 #include "platform/linux/DesktopThumbnails.h"
 #include "platform/linux/FileLanes.h"
@@ -34,14 +35,20 @@
 #include "platform/linux/x11/Xcb.h"
 #include "platform/linux/x11/XdndTarget.h"
 #include "store/LegacyMigration.h"
+#include "views/PlainText.h"
+#include "views/ProgramIcon.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
+#include <QSessionManager>
+#include <QShortcut>
 #include <QStandardPaths>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 
@@ -170,6 +177,37 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     return application.exec();
 }
 
+/// Who starts programs from a menu sees no standard error: a window says it, until it is
+/// closed or a while has passed.
+int endWith(const char *key)
+{
+    constexpr std::chrono::seconds longEnough(15);
+    const auto bundle = Localizer::findBundle(resourcePlaces());
+    if (!bundle)
+        return 1;
+    const Localizer texts(*bundle, SystemLanguages::fromEnvironment());
+    PlainLabel window(texts.text(QLatin1String(key)));
+    window.setWindowTitle(texts.text(QStringLiteral("app_name")));
+    window.setWindowIcon(programIcon(*bundle + QStringLiteral("/..")));
+    window.setMargin(24);
+    const QShortcut close(QKeySequence(Qt::Key_Escape), &window, &window, &QWidget::close);
+    QApplication::setQuitOnLastWindowClosed(true);
+    QTimer::singleShot(longEnough, &window, &QWidget::close);
+    window.show();
+    QApplication::exec();
+    return 1;
+}
+
+/// A session that is restored starts what its user has chosen to start with it, and the
+/// switch in the settings is that choice: the session manager must not start it as well.
+void refuseSessionRestart(const QGuiApplication &application)
+{
+    const auto never
+        = [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); };
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &application, never);
+    QObject::connect(&application, &QGuiApplication::saveStateRequest, &application, never);
+}
+
 /// The toolkit aborts where it finds none.
 bool hasServer()
 {
@@ -188,6 +226,9 @@ int endWithoutServer()
 
 int main(int argc, char **argv)
 {
+    if (const auto status
+        = CommandLine::answered(QByteArrayList(argv + std::min(argc, 1), argv + argc)))
+        return *status;
     // Under Wayland the panel can neither see drags begin nor choose its place, so the program
     // goes through XWayland there.
     const bool isChosen = !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
@@ -202,6 +243,7 @@ int main(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(VANTLE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("app.vantleapp.Vantle"));
     QApplication::setQuitOnLastWindowClosed(false);
+    refuseSessionRestart(application);
     // The toolkit's 128 refuse what cameras make today.
     QImageReader::setAllocationLimit(512); // Megabytes.
     if (!Xcb::toolkitConnection())
@@ -217,7 +259,9 @@ int main(int argc, char **argv)
     case SingleInstance::Result::HandedOver:
         return 0;
     case SingleInstance::Result::HeldElsewhere:
-        return 1;
+        return endWith("running_elsewhere");
+    case SingleInstance::Result::NoAnswer:
+        return endWith("running_silent");
     }
     return 1;
 }

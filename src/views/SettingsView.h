@@ -36,6 +36,11 @@ struct SettingsDesktop
     // Both are called on worker threads.
     std::function<QList<InstalledApplication>()> installedApplications;
     std::function<QByteArray()> screenshotFolder; // It need not exist.
+    // The desktop's question for a folder in front of a window, with its title; the first
+    // callback takes the choice, the second is called where the desktop does not ask.
+    std::function<void(QWidget &, const QString &, std::function<void(const QUrl &)>,
+                       std::function<void()>)>
+        chooseFolder;
 };
 
 /// The content of the settings window: one form, in which each control is bound to

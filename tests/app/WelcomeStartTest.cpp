@@ -29,6 +29,10 @@ TEST(WelcomeStartTest, OnlyTheFirstStartShowsTheTourAndItsMarkIsStoredBefore)
         SCOPED_TRACE(onboarded);
         Application app({ { QStringLiteral("onboarded"), onboarded } });
         EXPECT_EQ(tours().size(), onboarded ? 0 : 1);
+        // A menu that starts programs over the bus asks for that at once.
+        app.delegate.activate();
+        app.queue.advance(1);
+        EXPECT_EQ(app.isUp(), onboarded);
         EXPECT_TRUE(app.preferences.object.value(QStringLiteral("onboarded")).toBool());
     }
 }

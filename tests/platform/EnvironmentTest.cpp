@@ -1,3 +1,4 @@
+#include "platform/linux/CommandLine.h"
 #include "platform/linux/SystemLanguages.h"
 #include "platform/linux/XdgAutostart.h"
 #include "platform/linux/XdgDirectories.h"
@@ -189,4 +190,32 @@ TEST(XdgAutostartTest, ARefusalTellsItsReason)
     XdgAutostart autostart(config.path().toUtf8(), "/usr/bin/vantle");
     EXPECT_TRUE(autostart.setEnabled(true).value_or(QString()).contains(u"directory"_qs));
     EXPECT_TRUE(autostart.setEnabled(false).value_or(QString()).contains(u"directory"_qs));
+}
+
+TEST(CommandLineTest, QuestionsAndMistakesAreAnsweredAndNothingElseIs)
+{
+    const struct
+    {
+        QByteArrayList arguments;
+        std::optional<int> status;
+        const char *said;
+    } cases[] = {
+        { {}, {}, "" },
+        { { "a.txt", "-", "--", "--version" }, {}, "" },
+        { { "-platform", "--version", "--style=fusion", "-reverse" }, {}, "" },
+        { { "a.txt", "--version" }, 0, "vantle " },
+        { { "-h" }, 0, "Usage: vantle" },
+        { { "--verbose", "--help" }, 2, "'--verbose'" },
+        { { "-x" }, 2, "'-x'" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.arguments.join(' ').constData());
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(CommandLine::answered(c.arguments), c.status);
+        const std::string out = testing::internal::GetCapturedStdout();
+        const std::string errors = testing::internal::GetCapturedStderr();
+        EXPECT_NE((c.status == 0 ? out : errors).find(c.said), std::string::npos);
+        EXPECT_TRUE((c.status == 0 ? errors : out).empty());
+    }
 }

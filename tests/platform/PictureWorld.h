@@ -47,6 +47,7 @@ public:
     QByteArray path(const QByteArray &name) const { return m_folder.path().toUtf8() + '/' + name; }
     QByteArray write(const QByteArray &name, const QByteArray &bytes) const
     {
+        NativeFile::remove(path(name));
         EXPECT_TRUE(NativeFile::writeNew(path(name), bytes));
         return path(name);
     }

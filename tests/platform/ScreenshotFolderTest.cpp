@@ -21,6 +21,7 @@ TEST(ScreenshotFolder, IsWhatTheRunningDesktopSays)
         EXPECT_EQ(folder(desktop), fallback) << desktop;
 
     const auto write = [&](const QByteArray &name, const QByteArray &bytes) {
+        NativeFile::remove(directories.config + name);
         EXPECT_TRUE(NativeFile::writeNew(directories.config + name, bytes));
     };
     write("/flameshot/flameshot.ini",

@@ -1,8 +1,13 @@
 #include "app/settings/Localizer.h"
+#include "app/settings/Region.h"
 #include "app/settings/StringTable.h"
+#include "app/settings/ToolkitTexts.h"
 
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -171,4 +176,48 @@ TEST(StringTableTest, ArgumentsGoWhereTheFormatSays)
         SCOPED_TRACE(c.format);
         EXPECT_EQ(StringTable::format(q(c.format), c.arguments), q(c.result));
     }
+}
+
+TEST(RegionTest, TheRegionOrdersTimesAndTheLanguageNamesThem)
+{
+    const QDateTime time(QDate(2026, 3, 5), QTime(14, 30));
+    const struct
+    {
+        const char *region;
+        const char *language;
+        const char *time;
+        const char *size;
+    } cases[] = {
+        { "en_US.UTF-8", "de", "3/5/26 2:30", "1.5 kB" },
+        { "de_DE.UTF-8", "en", "05.03.26 14:30", "1,5 kB" },
+        { "de_AT@euro", "fr", "05.03.26 14:30", "1,5 ko" },
+        { "C.UTF-8", "fr", "05/03/2026 14:30", "1,5 ko" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.region);
+        qputenv("LC_ALL", c.region);
+        const QLocale language(q(c.language));
+        EXPECT_TRUE(Region::dateTime(time, q(c.language)).startsWith(q(c.time)))
+            << qPrintable(Region::dateTime(time, q(c.language)));
+        EXPECT_EQ(Region::withRegionsPoint(
+                      language.formattedDataSize(1500, 1, QLocale::DataSizeSIFormat), language)
+                      .replace(QChar(0xa0), u' ')
+                      .replace(QChar(0x202f), u' '),
+                  q(c.size));
+    }
+    qunsetenv("LC_ALL");
+}
+
+TEST(ToolkitTextsTest, ButtonsAndMenusOfTheToolkitSpeakEachLanguage)
+{
+    ToolkitTexts texts;
+    const auto cancel = [] { return QCoreApplication::translate("QPlatformTheme", "Cancel"); };
+    QSet<QString> seen;
+    for (const char *code : { "en", "zh-Hans", "fr", "es", "de", "it", "ja", "ko" }) {
+        texts.setLanguage(q(code));
+        seen.insert(cancel());
+    }
+    EXPECT_EQ(seen.size(), 8);
+    texts.setLanguage(q("en"));
+    EXPECT_EQ(cancel(), q("Cancel"));
 }

@@ -35,10 +35,15 @@ public:
     SettingsExhibit(const Surroundings &surroundings, Part part)
         : m_stage(surroundings)
         , m_view(m_stage.settings, m_stage.texts,
-                 SettingsDesktop { m_stage.queue, m_stage.workers, m_stage.sounds, m_stage.icons,
+                 SettingsDesktop { m_stage.queue,
+                                   m_stage.workers,
+                                   m_stage.sounds,
+                                   m_stage.icons,
                                    Gallery::resources(),
-                                   [](const QKeyEvent &) { return KeyEvent {}; }, applications,
-                                   [] { return QByteArray("/home/ada/Pictures/Screenshots"); } })
+                                   [](const QKeyEvent &) { return KeyEvent {}; },
+                                   applications,
+                                   [] { return QByteArray("/home/ada/Pictures/Screenshots"); },
+                                   {} })
     {
         auto &settings = m_stage.settings;
         settings.ignoredApps.set({ QStringLiteral("Files"), QStringLiteral("org.example.Gone") });

@@ -72,7 +72,7 @@ SingleInstance::Result SingleInstance::acquire(const QList<QUrl> &files)
                    ? "Vantle is already running, but does not answer.\n"
                    : "Vantle is already running in another session of this user.\n",
                stderr);
-    return Result::HeldElsewhere;
+    return last == HandOver::NoAnswer ? Result::NoAnswer : Result::HeldElsewhere;
 }
 
 /// The name decides where there is no lock, as in a home folder that is read-only.
@@ -90,7 +90,7 @@ SingleInstance::Result SingleInstance::becomeFirst(const QList<QUrl> &files)
         break;
     }
     std::fputs("Vantle is already running, but does not answer.\n", stderr);
-    return Result::HeldElsewhere;
+    return Result::NoAnswer;
 }
 
 void SingleInstance::deliverTo(ServiceRequests requests)

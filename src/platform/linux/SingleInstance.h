@@ -20,7 +20,8 @@ public:
     enum class Result {
         First, // Go on.
         HandedOver, // Another process comes up instead: end, with success.
-        HeldElsewhere, // Another process runs and cannot be asked; standard error says so.
+        HeldElsewhere, // Another session of the user runs it; standard error says so.
+        NoAnswer, // Another process runs and does not answer; standard error says so.
     };
 
     /// `stateFolder` is XDG_STATE_HOME; `connection` names a bus connection that is

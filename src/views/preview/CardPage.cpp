@@ -1,6 +1,7 @@
 #include "views/preview/CardPage.h"
 
 #include "app/settings/Localizer.h"
+#include "app/settings/Region.h"
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "base/Workers.h"
@@ -99,7 +100,8 @@ void CardPage::show(const Facts &facts)
     } else if (facts.status) {
         m_kind->setText(PreviewFiles::typeName(m_url));
         m_kind->setVisible(!m_kind->text().isEmpty());
-        const QString date = locale.toString(facts.status->modified, QLocale::ShortFormat);
+        const QString date
+            = Region::dateTime(facts.status->modified, m_services.texts.currentCode());
         m_facts->setText(facts.status->folder
                              ? date
                              : QStringLiteral("%1 · %2").arg(

@@ -1,6 +1,7 @@
 #include "views/preview/ListingPage.h"
 
 #include "app/settings/Localizer.h"
+#include "app/settings/Region.h"
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "base/Workers.h"
@@ -174,7 +175,7 @@ void ListingPage::show(const PreviewFiles::Listing &listing)
             item->setText(1, PreviewFiles::sizeText(entry.size, locale));
         item->setTextAlignment(1, Qt::AlignTrailing | Qt::AlignVCenter);
         if (entry.modified.isValid())
-            item->setText(2, locale.toString(entry.modified, QLocale::ShortFormat));
+            item->setText(2, Region::dateTime(entry.modified, m_services.texts.currentCode()));
         items.append(item);
     }
     m_list->addTopLevelItems(items);

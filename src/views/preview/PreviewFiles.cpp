@@ -1,5 +1,6 @@
 #include "views/preview/PreviewFiles.h"
 
+#include "app/settings/Region.h"
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
 #include "store/WebLocation.h"
@@ -177,7 +178,8 @@ QString PreviewFiles::typeName(const QUrl &url)
 
 QString PreviewFiles::sizeText(qint64 bytes, const QLocale &locale)
 {
-    return locale.formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+    return Region::withRegionsPoint(locale.formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat),
+                                    locale);
 }
 
 bool PreviewFiles::isCode(const QUrl &url)

@@ -1,6 +1,7 @@
 #include "views/settings/ApplicationPicker.h"
 
 #include "app/settings/Localizer.h"
+#include "views/DialogTitle.h"
 #include "views/settings/AppBadge.h"
 
 #include <QDialogButtonBox>
@@ -26,7 +27,7 @@ ApplicationPicker::ApplicationPicker(const QList<InstalledApplication> &applicat
     , m_list(new QListView(this))
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(texts.text(QStringLiteral("ignored_add")));
+    setWindowTitle(dialogTitle(texts.text(QStringLiteral("ignored_add"))));
     auto *model = new QStandardItemModel(this);
     for (const auto &application : applications) {
         const AppBadge badge(application);

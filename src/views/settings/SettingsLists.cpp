@@ -4,6 +4,7 @@
 #include "base/MainQueue.h"
 #include "base/Workers.h"
 #include "platform/Sounds.h"
+#include "views/DialogTitle.h"
 #include "views/SettingsView.h"
 #include "views/settings/AppBadge.h"
 #include "views/settings/ApplicationPicker.h"
@@ -62,9 +63,12 @@ void SettingsView::showWatched(const QStringList &paths)
     };
     const bool watched = std::any_of(paths.begin(), paths.end(), isScreenshots);
     const bool focused = m_addScreenshots->isAncestorOf(window()->focusWidget());
-    m_addScreenshots->setHidden(m_screenshotFolder.isEmpty() || watched);
-    if (focused && m_addScreenshots->isHidden())
-        m_watched->focusLast(); // Its own work has taken the button away.
+    const bool hidden = m_screenshotFolder.isEmpty() || watched;
+    // Its own work takes the button away. The toolkit would give the keyboard to what comes
+    // next, and scroll there.
+    if (focused && hidden)
+        m_watched->focusLast();
+    m_addScreenshots->setHidden(hidden);
 }
 
 /// Of those that are installed by now.
@@ -98,13 +102,26 @@ void SettingsView::offerApplications()
 
 void SettingsView::pickWatchFolder()
 {
-    auto *dialog = new QFileDialog(this, m_texts.text(QStringLiteral("watch_add")));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(QFileDialog::Directory);
-    dialog->setOption(QFileDialog::ShowDirsOnly);
-    QObject::connect(dialog, &QFileDialog::urlSelected, this,
-                     [this](const QUrl &url) { addWatchedFolder(FilePath::fromUrl(url)); });
-    dialog->open();
+    const QString title = dialogTitle(m_texts.text(QStringLiteral("watch_add")));
+    const auto take = [this, alive = std::weak_ptr(m_alive)](const QUrl &url) {
+        if (alive.lock())
+            addWatchedFolder(FilePath::fromUrl(url));
+    };
+    const auto ask = [this, title, take, alive = std::weak_ptr(m_alive)] {
+        if (!alive.lock())
+            return;
+        auto *dialog = new QFileDialog(this, title);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->setFileMode(QFileDialog::Directory);
+        dialog->setOption(QFileDialog::ShowDirsOnly);
+        // Desktops' dialogs and the toolkit's own tell of the choice by different signals.
+        QObject::connect(dialog, &QDialog::accepted, this, [dialog, take] {
+            const auto urls = dialog->selectedUrls();
+            take(urls.isEmpty() ? QUrl() : urls.first());
+        });
+        dialog->open();
+    };
+    m_desktop.chooseFolder(*window(), title, take, ask);
 }
 
 /// A path that is no text cannot be a setting, and what is elsewhere on the network has none.

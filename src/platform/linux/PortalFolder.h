@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QObject>
+#include <QUrl>
+#include <QVariantMap>
+
+#include <functional>
+
+class QDBusPendingCallWatcher;
+class QWidget;
+
+/// A question for a folder by the desktop's own dialog (org.freedesktop.portal.FileChooser,
+/// with "directory" since version 3). Main thread; nothing waits.
+class PortalFolder final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Asks, in front of that window and no longer than it lives. chosen: not called where
+    /// the user chose nothing. unavailable: where no portal asks.
+    static void ask(QWidget &window, const QString &title, std::function<void(const QUrl &)> chosen,
+                    std::function<void()> unavailable);
+
+private:
+    PortalFolder(QWidget &window, std::function<void(const QUrl &)> chosen,
+                 std::function<void()> unavailable);
+    void call(const QString &window, const QString &title);
+    void answered(QDBusPendingCallWatcher *call);
+    void listenAt(const QString &path);
+    Q_SLOT void respond(uint response, const QVariantMap &results);
+
+    std::function<void(const QUrl &)> m_chosen;
+    std::function<void()> m_unavailable;
+    QString m_path; // Of the portal's object for this question.
+};
