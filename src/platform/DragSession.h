@@ -25,7 +25,7 @@ class DragSession
 public:
     virtual ~DragSession() = default;
     /// Starts the drag for the press that is being handled, at that point of the
-    /// window. Calls onEnd once, with whether a target took it; a target that has
+    /// window, and returns at once. Calls onEnd once, with whether a target took it; a target that has
     /// not said so 10 seconds after the release has not.
     virtual void begin(const QList<DraggingItem> &items, const QPointF &at,
                        std::function<void(bool accepted)> onEnd)

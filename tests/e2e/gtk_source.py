@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """A GTK 3 window that can be dragged and offers what its script says: gtk_source.py SCRIPT.json
 
-{"actions": ["copy", "move"], "offers": {FORMAT: {"data": base64, "times": n, "answers": n, "then": "hang"|"die"}}}
-"times" repeats the data; after that many "answers" the source hangs or dies instead of answering.
+{"actions": ["copy", "move"], "offers": {FORMAT: {"data": base64, "times": n, "answers": n, "then": "hang"|"die", "after": seconds}}}
+"times" repeats the data; an answer takes its time "after" the question; after that many "answers" the source hangs or dies instead of answering.
 Each event is printed as one line of JSON.
 """
 import base64
@@ -34,6 +34,7 @@ def get(_widget, _context, selection, _info, _time):
         if offer["then"] == "die":
             os._exit(3)
         time.sleep(60)
+    time.sleep(offer.get("after", 0))
     answered[name] += 1
     log("answer", format=name)
     selection.set(selection.get_target(), 8, base64.b64decode(offer["data"]) * offer.get("times", 1))

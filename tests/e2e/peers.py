@@ -51,6 +51,8 @@ class FileManager:
         "thunar": ["thunar"],
         "pcmanfm-qt": ["pcmanfm-qt", "--new-window"],
         "nautilus": ["nautilus", "--new-window"],
+        "nemo": ["nemo"],
+        "caja": ["caja", "--no-desktop", "--browser"],
     }
 
     def __init__(self, desktop, name, folder, place=LEFT):

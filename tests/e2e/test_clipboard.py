@@ -160,7 +160,21 @@ def test_everything_can_be_had_in_one_go(desktop, program):
     desktop.run(program.binary, *files)
     program.wait_for_items(1200)
     copy_all(program)
-    assert read(desktop).decode().splitlines() == [str(f) for f in files]
+    lines = [str(f) for f in files]
+    assert read(desktop).decode().splitlines() == lines
+    # Somebody else copies meanwhile: what has begun goes on.
+    window = desktop.root.create_window(0, 0, 1, 1, 0, X.CopyFromParent, event_mask=X.PropertyChangeMask)
+    window.convert_selection(desktop.atom("CLIPBOARD"), desktop.atom("UTF8_STRING"), desktop.atom("TEST"), X.CurrentTime)
+    wait_for(lambda: window.get_full_property(desktop.atom("TEST"), X.AnyPropertyType), 5, "the announcement")
+    other = owner(desktop, {"UTF8_STRING": b"other"})
+    pieces = []
+    while not pieces or pieces[-1]:
+        window.delete_property(desktop.atom("TEST"))
+        pieces.append(wait_for(lambda: window.get_full_property(desktop.atom("TEST"), X.AnyPropertyType), 5, "a piece").value)
+    assert b"".join(pieces).decode().splitlines() == lines and len(pieces) > 2
+    desktop.end(other.process)
+    activate(program)
+    copy_all(program)
     asked = ["application/x-kde-cutselection", "no/such", "TIMESTAMP"]
     assert ask_for_many(desktop, asked) == [b"0", None, b"time"]
 

@@ -118,3 +118,7 @@ def test_lesser_formats(desktop, shelf, offers, expected):
         assert data(drop, "text/plain").decode() == item["link"]
     else:
         assert data(drop, "text/uri-list").decode().strip() == item["url"]
+        if "preview" in item:
+            assert data(drop, "text/plain") == managed(shelf, item).read_bytes()
+        else:
+            assert drop["formats"][1] == "image/png"

@@ -1,5 +1,6 @@
 """Files onto the shelf from file managers, and off it into other programs."""
 import os
+import signal
 
 import pytest
 
@@ -118,12 +119,53 @@ def fill(desktop, shelf, paths):
 
 
 @main
+@pytest.mark.any_wm
+@pytest.mark.parametrize("name", ["nemo", "caja"])
+def test_a_link_becomes_a_file_and_copied_files_are_pasted(desktop, shelf, name):
+    (desktop.home / "to").mkdir()
+    [path] = make_files(desktop.home / "from", [b"copied.txt"])
+    desktop.run(shelf.binary, Firefox.link, path)
+    shelf.wait_for_items(2)
+    manager = FileManager(desktop, name, desktop.home / "to")
+    shelf.summon()
+    shelf.give(1, *manager.empty_place)
+    wait_for(lambda: any(b"example.org" in content(file) for file in (desktop.home / "to").iterdir()), what="the link")
+    shelf.summon()
+    desktop.click(*shelf.row(0))
+    desktop.keys("Control_L", "c")
+    shelf.wait_until_idle()
+    desktop.activate(manager.window)
+    desktop.click(*manager.empty_place)
+    desktop.keys("Control_L", "v")
+    wait_for((desktop.home / "to/copied.txt").exists, what="the copy")
+
+
+@main
 def test_files_go_out_to_a_browser(desktop, shelf):
     paths = make_files(desktop.home / "from", [b"a b.txt", b"two.txt"])
     fill(desktop, shelf, paths)
     browser = Firefox(desktop)
     shelf.give(0, *browser.find(DROP_COLOUR))
     assert browser.dropped() == "got a b.txt:18:content of a b.txt|two.txt:18:content of two.txt"
+
+
+@main
+@pytest.mark.any_wm
+def test_drags_of_a_program_that_is_held_up_arrive(desktop, shelf):
+    """It reads all moves, and the release, at once: the first window has to hear the right forms, and be waited for."""
+    desktop.run(shelf.binary, make_files(desktop.home / "from", [b"a.txt"])[0], Firefox.link)
+    shelf.wait_for_items(2)
+    shelf.summon()
+    receiver = target(desktop)
+    for number, (row, first) in enumerate([(0, "text/uri-list"), (1, "text/x-moz-url")] * 3, 1):
+        desktop.press(*shelf.row(row))
+        os.kill(shelf.process.pid, signal.SIGSTOP)
+        desktop.glide(*receiver.centre, 0.1)
+        desktop.release()
+        os.kill(shelf.process.pid, signal.SIGCONT)
+        wait_for(lambda: len(receiver.events("drop")) == number, what="the drop")
+        drop = receiver.event("drop")
+        assert drop["formats"][0] == first and drop["actions"] == (8 | 2 if row else 2), drop  # Links may be linked.
 
 
 @main

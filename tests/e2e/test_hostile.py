@@ -43,13 +43,20 @@ def test_a_source_that_fails_in_mid_drop(desktop, shelf, then):
     assert_takes_the_next_drop(desktop, shelf, 1)
 
 
-def test_a_source_that_never_answers(desktop, shelf):
+@main
+@pytest.mark.any_wm
+def test_a_source_answers_late_or_never(desktop, shelf):
     mute = source(desktop, {"text/uri-list": {"answers": 0, "then": "hang"}})
     desktop.begin_drag(*mute.centre)
     mute.event("hang")
-    time.sleep(1.0)
-    assert not shelf.panel_is_up()
     desktop.end(mute.process, signal.SIGKILL)
+    desktop.release()
+    assert not shelf.panel_is_up()
+    slow = source(desktop, {"text/uri-list": {"data": uri_list(good_file(desktop)), "after": 2.5}})
+    desktop.begin_drag(*slow.centre)
+    slow.event("answer")
+    wait_for(shelf.panel_is_up, 3, "the panel to come up")
+    desktop.end(slow.process, signal.SIGKILL)
     desktop.release()
     assert_takes_the_next_drop(desktop, shelf)
 

@@ -109,7 +109,7 @@ void DemoDragView::mouseReleaseEvent(QMouseEvent *)
 
 void DemoDragView::beginDrag(const QPointF &at)
 {
-    // The session may run until the release: what it is to bring up comes first.
+    // The session may end at once: what it is to bring up comes first.
     if (onBegin)
         onBegin();
     const QRectF frame(at.x() - draggedSize / 2, at.y() - draggedSize / 2, draggedSize,

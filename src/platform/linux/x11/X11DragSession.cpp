@@ -3,78 +3,32 @@
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "platform/linux/DragFormats.h"
+#include "platform/linux/x11/DragPicture.h"
+#include "platform/linux/x11/NativeGeometry.h"
 #include "platform/linux/x11/X11Root.h"
 
-#include <QBitmap>
 #include <QCoreApplication>
-#include <QDrag>
-#include <QMimeData>
-#include <QPainter>
-#include <QPixmap>
-#include <QWindow>
+#include <QKeyEvent>
+#include <QMouseEvent>
 
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-constexpr double finishLimit = 10; // Seconds for a target to say whether it took the drop.
-constexpr quint32 versionWithAnswer = 5; // Older ones say that they are done, but not how.
-
-/// Names for the toolkit to announce; what stands behind them is answered by the
-/// offer. With no more than three names, targets would be told in the message
-/// itself, where they cannot be corrected any more.
-class AnnouncedTypes final : public QMimeData
+bool isLocalFile(const QUrl &url)
 {
-public:
-    QStringList formats() const override
-    {
-        return { QStringLiteral("text/uri-list"), QStringLiteral("application/x-vantle-drag") };
-    }
-    bool hasFormat(const QString &type) const override { return formats().contains(type); }
-};
-
-struct Picture
-{
-    QPixmap pixmap;
-    QPoint hotSpot;
-};
-
-/// The icons as they fan out, the first on top.
-Picture picture(const QList<DraggingItem> &items, const QPointF &at, qreal ratio)
-{
-    QRectF bounds;
-    for (const DraggingItem &item : items) {
-        if (!item.icon.isNull())
-            bounds |= item.frame;
-    }
-    if (bounds.isEmpty())
-        return {};
-    QPixmap pixmap((bounds.size() * ratio).toSize());
-    pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    for (auto i = items.size(); i-- > 0;) {
-        const DraggingItem &item = items.at(i);
-        if (!item.icon.isNull())
-            item.icon.paint(&painter, item.frame.translated(-bounds.topLeft()).toRect());
-    }
-    return { pixmap, (at - bounds.topLeft()).toPoint() };
+    return url.isLocalFile();
 }
 
-QRegion shapeOf(const QPixmap &pixmap)
+xcb_window_t nativeWindow(const QWidget &widget)
 {
-    if (pixmap.isNull())
-        return {};
-    return pixmap.scaled(pixmap.deviceIndependentSize().toSize()).mask();
+    return static_cast<xcb_window_t>(widget.window()->winId());
 }
 
-QList<QUrl> urlsOf(const QList<DraggingItem> &items)
+QPoint native(const QPointF &at)
 {
-    QList<QUrl> urls;
-    for (const DraggingItem &item : items)
-        urls.append(item.url);
-    return urls;
+    return NativeGeometry::toNative(at, NativeGeometry::screenScales()).toPoint();
 }
 
 /// The paths of a drag that holds nothing but files.
@@ -91,16 +45,19 @@ QByteArrayList portalPaths(const QList<QUrl> &urls)
 
 }
 
-X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &workers)
+X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &workers,
+                               QByteArray textFolder)
     : m_window(&window)
     , m_queue(queue)
     , m_workers(workers)
+    , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
+    , m_root(X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
     , m_atoms(m_connection)
-    , m_compositor(m_connection,
-                   X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
+    , m_transfers(queue, m_atoms)
+    , m_compositor(m_connection, m_root)
 {
-    m_atoms.fetch({ "XdndSelection", "XdndStatus", "XdndFinished", "XdndTypeList", "XdndAware" });
+    m_atoms.fetch({ "XdndSelection", "XdndActionCopy", "XdndActionLink" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -117,130 +74,134 @@ void X11DragSession::begin(const QList<DraggingItem> &items, const QPointF &at,
 void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items, const QPointF &at,
                                std::function<void(bool)> onEnd)
 {
-    if (m_state == State::Starting || m_state == State::Dragging)
-        return onEnd(false);
-    end(false); // A drop before this one that was never answered.
-    const auto urls = urlsOf(items);
-    m_offer = std::make_unique<DragOffer>(
-        m_queue, m_workers, m_atoms, DragFormats::formatsFor(urls),
-        m_portal.isAvailable() ? portalPaths(urls) : QByteArrayList());
-    m_onEnd = std::move(onEnd);
-    m_target = Xcb::none;
-    m_taken.reset();
-    m_state = State::Starting;
+    if (m_drag)
+        m_drag->cancel(); // A drop before this one that was never answered.
+    letPointerGo();
+    QList<QUrl> urls;
+    for (const DraggingItem &item : items)
+        urls.append(item.url);
 
-    // Deletes itself when its target is done with it.
-    const QPointer<QDrag> drag = new QDrag(&source);
-    auto *data = new AnnouncedTypes;
-    data->setUrls(urls); // For windows of ours, which ask nobody else.
-    drag->setMimeData(data);
-    const auto [pixmap, hotSpot] = picture(items, at, source.devicePixelRatioF());
-    drag->setPixmap(pixmap);
-    drag->setHotSpot(hotSpot);
-    m_shape = shapeOf(pixmap);
-    m_windowsBefore = QGuiApplication::allWindows();
-    const std::weak_ptr alive(m_alive);
-    const Qt::DropAction action = drag->exec(Qt::CopyAction);
-    if (!alive.lock())
+    using Backdrop = DragPicture::Backdrop;
+    m_picture = std::make_unique<DragPicture>(items, at, source.devicePixelRatioF(),
+                                              m_compositor.isRunning() ? Backdrop::Translucent
+                                                                       : Backdrop::Opaque);
+    m_picture->follow(source.mapToGlobal(at));
+    m_picture->show();
+    if (!m_picture->setMouseGrabEnabled(true)) {
+        m_picture.reset();
+        return onEnd(false);
+    }
+    m_source = &source;
+    m_offer = std::make_unique<DragOffer>(
+        m_queue, m_workers, m_transfers, DragFormats::formatsFor(urls, m_textFolder),
+        m_portal.isAvailable() ? portalPaths(urls) : QByteArrayList());
+    m_drag = std::make_unique<XdndSource>(m_queue, m_atoms, m_root, offer(urls, source));
+    m_drag->onAction = [this](xcb_atom_t action) { showAction(action); };
+    m_drag->onEnd = std::move(onEnd);
+    showAction(Xcb::none);
+    // The toolkit may have read moves, and the release, before the grab.
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+/// Copies alone, but file managers make a file of a link only where they may link.
+XdndSource::Offer X11DragSession::offer(const QList<QUrl> &urls, QWidget &source)
+{
+    XdndSource::Offer offer { nativeWindow(source),
+                              m_offer->types(),
+                              { m_atoms("XdndActionCopy") } };
+    if (std::none_of(urls.begin(), urls.end(), isLocalFile))
+        offer.actions.append(m_atoms("XdndActionLink"));
+    if (m_window && source.window() != m_window->window())
+        offer.ownTarget = nativeWindow(*m_window);
+    return offer;
+}
+
+bool X11DragSession::eventFilter(QObject *object, QEvent *event)
+{
+    if (!m_picture)
+        return false;
+    switch (event->type()) {
+    case QEvent::MouseMove:
+        return pointerMoved(static_cast<QMouseEvent &>(*event));
+    case QEvent::MouseButtonRelease:
+        return pointerReleased(object, static_cast<QMouseEvent &>(*event));
+    case QEvent::ShortcutOverride:
+    case QEvent::KeyPress:
+        if (static_cast<QKeyEvent *>(event)->key() != Qt::Key_Escape)
+            return false;
+        letPointerGo();
+        m_drag->cancel();
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool X11DragSession::pointerMoved(const QMouseEvent &event)
+{
+    const QPointF at = event.globalPosition();
+    m_picture->follow(at);
+    m_drag->move(native(at), static_cast<xcb_timestamp_t>(event.timestamp()));
+    return true;
+}
+
+/// The window that got the press gets the release as well, or it would wait for it.
+bool X11DragSession::pointerReleased(QObject *receiver, const QMouseEvent &event)
+{
+    if (event.button() != Qt::LeftButton)
+        return true;
+    const QPointF at = event.globalPosition();
+    letPointerGo();
+    auto *window = m_source ? m_source->window()->windowHandle() : nullptr;
+    if (window && receiver != window)
+        QCoreApplication::postEvent(window,
+                                    new QMouseEvent(QEvent::MouseButtonRelease,
+                                                    window->mapFromGlobal(at), at, Qt::LeftButton,
+                                                    event.buttons(), event.modifiers()));
+    m_drag->release(native(at), static_cast<xcb_timestamp_t>(event.timestamp()));
+    return receiver != window;
+}
+
+void X11DragSession::letPointerGo()
+{
+    QCoreApplication::instance()->removeEventFilter(this);
+    if (!m_picture)
         return;
-    m_state = State::Dropped;
-    if (action == Qt::IgnoreAction)
-        end(false);
-    else if (m_taken)
-        end(*m_taken);
-    else if (drag && drag->target()) // A window of ours, which has the drop already.
-        end(true);
-    else
-        m_limit = m_queue.after(finishLimit, [this] { end(false); });
+    m_picture->setMouseGrabEnabled(false);
+    m_picture->hide();
+    m_picture.release()->deleteLater(); // It may be handling the event.
+}
+
+void X11DragSession::showAction(xcb_atom_t action)
+{
+    if (m_picture)
+        m_picture->setCursor(action == Xcb::none                       ? Qt::ForbiddenCursor
+                                 : action == m_atoms("XdndActionLink") ? Qt::DragLinkCursor
+                                                                       : Qt::DragCopyCursor);
 }
 
 bool X11DragSession::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
 {
     if (!m_offer || type != "xcb_generic_event_t")
         return false;
-    if (m_state == State::Starting) {
-        m_state = State::Dragging;
-        announceTypes();
-        shapePicture();
-    }
     switch (static_cast<xcb_generic_event_t *>(message)->response_type & 0x7f) {
-    case XCB_SELECTION_REQUEST:
-        return answerRequest(*static_cast<xcb_selection_request_event_t *>(message));
+    case XCB_SELECTION_REQUEST: {
+        const auto &request = *static_cast<xcb_selection_request_event_t *>(message);
+        if (request.selection != m_atoms("XdndSelection"))
+            return false;
+        m_offer->answer(request);
+        return true;
+    }
     case XCB_CLIENT_MESSAGE:
-        handleMessage(*static_cast<xcb_client_message_event_t *>(message));
+        m_drag->handleMessage(*static_cast<xcb_client_message_event_t *>(message));
         break;
     case XCB_PROPERTY_NOTIFY:
         if (const auto *notify = static_cast<xcb_property_notify_event_t *>(message);
             notify->state == XCB_PROPERTY_DELETE)
-            m_offer->fetched(notify->window, notify->atom);
+            m_transfers.fetched(notify->window, notify->atom);
         break;
     default:
         break;
     }
     return false;
-}
-
-bool X11DragSession::answerRequest(const xcb_selection_request_event_t &request)
-{
-    if (request.selection != m_atoms("XdndSelection"))
-        return false;
-    m_offer->answer(request);
-    return true;
-}
-
-/// The toolkit announces text beside every list of addresses, which targets would
-/// prefer to the files. Its list is corrected before the first event of the drag
-/// reaches it, and so before the first target hears of the drag.
-void X11DragSession::announceTypes()
-{
-    const xcb_window_t owner = Xcb::selectionOwner(m_connection, m_atoms("XdndSelection"));
-    if (!Xcb::isOwn(m_connection, owner))
-        return;
-    const auto types = m_offer->types();
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, owner, m_atoms("XdndTypeList"),
-                        XCB_ATOM_ATOM, 32, static_cast<quint32>(types.size()), types.constData());
-    xcb_flush(m_connection);
-}
-
-/// Without a compositing manager the toolkit shows the picture on a plain
-/// rectangle: the shape it means to give that window has no effect.
-void X11DragSession::shapePicture()
-{
-    const auto windows = QGuiApplication::allWindows();
-    for (QWindow *window : windows) {
-        if (!m_windowsBefore.contains(window) && !m_compositor.isRunning())
-            window->setMask(m_shape);
-    }
-    m_windowsBefore.clear();
-}
-
-void X11DragSession::handleMessage(const xcb_client_message_event_t &message)
-{
-    if (m_state == State::Idle || message.format != 32)
-        return;
-    const quint32 *data = message.data.data32;
-    if (message.type == m_atoms("XdndStatus") && m_state == State::Dragging) {
-        m_target = data[0];
-    } else if (message.type == m_atoms("XdndFinished") && data[0] == m_target) {
-        m_taken = isTaken(data);
-        if (m_state == State::Dropped)
-            end(*m_taken);
-    }
-}
-
-bool X11DragSession::isTaken(const quint32 *data)
-{
-    if (data[1] & 1)
-        return true;
-    const auto version
-        = Xcb::property32(m_connection, data[0], m_atoms("XdndAware"), XCB_ATOM_ATOM, 1);
-    return !version.isEmpty() && version.first() < versionWithAnswer;
-}
-
-void X11DragSession::end(bool accepted)
-{
-    m_state = State::Idle;
-    m_limit.reset();
-    if (const auto onEnd = std::exchange(m_onEnd, nullptr))
-        onEnd(accepted);
 }

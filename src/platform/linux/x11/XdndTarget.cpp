@@ -24,14 +24,6 @@ XdndTarget::XdndTarget(MainQueue &queue)
     m_atoms.fetch({ "XdndAware", "XdndEnter", "XdndPosition", "XdndStatus", "XdndLeave", "XdndDrop",
                     "XdndFinished", "XdndTypeList", "XdndActionList", "XdndActionCopy",
                     "XdndActionMove", "XdndActionLink" });
-    m_ownDrags.onTargeted = [this](bool targeted) {
-        if (onTargeted)
-            onTargeted(targeted);
-    };
-    m_ownDrags.onDrop = [this](const ItemProviders &objects) {
-        if (onDrop)
-            onDrop(objects);
-    };
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -53,8 +45,6 @@ void XdndTarget::attach(WId window)
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, m_atoms("XdndAware"),
                         XCB_ATOM_ATOM, 32, 1, &newestVersion);
     xcb_flush(m_connection);
-    if (auto *widget = QWidget::find(window))
-        m_ownDrags.attach(*widget);
 }
 
 bool XdndTarget::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
@@ -95,7 +85,7 @@ void XdndTarget::enter(const quint32 *data)
     const quint32 version = data[1] >> 24;
     if (version < oldestVersion || version > newestVersion)
         return;
-    if (Xcb::isOwn(m_connection, data[0]) || !watch(data[0]))
+    if (!Xcb::isOwn(m_connection, data[0]) && !watch(data[0]))
         return;
     Hover hover;
     hover.source = data[0];

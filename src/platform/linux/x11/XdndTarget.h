@@ -3,7 +3,6 @@
 #include "base/Ticket.h"
 #include "platform/DropTarget.h"
 #include "platform/linux/x11/DropReading.h"
-#include "platform/linux/x11/OwnDrags.h"
 #include "platform/linux/x11/Xcb.h"
 
 #include <QAbstractNativeEventFilter>
@@ -16,9 +15,10 @@ class MainQueue;
 
 /// The receiving side of XDND for one top-level window, in place of the
 /// toolkit's, which would read drops on the main thread. Speaks versions 3 to 5
-/// of the protocol. No widget in the window may accept drops. What another window
-/// of this program drags comes without messages and lands all the same. While nobody takes
-/// drops (onDrop is empty), drags are told that they may, but a drop ends not accepted.
+/// of the protocol. No widget in the window may accept drops. What another
+/// window of this program drags lands like anything else; its own drags never come here. While
+/// nobody takes drops (onDrop is empty), drags are told that they may, but a drop ends not
+/// accepted.
 class XdndTarget final : public DropTarget, private QAbstractNativeEventFilter
 {
 public:
@@ -79,7 +79,6 @@ private:
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
     xcb_window_t m_window = Xcb::none;
-    OwnDrags m_ownDrags;
     std::optional<Hover> m_hover;
     std::list<Drop> m_drops;
 };
