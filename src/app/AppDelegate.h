@@ -155,6 +155,7 @@ private:
     bool copySelection();
     bool pasteIntoShelf();
     bool addUrls(const QList<QUrl> &urls);
+    bool addKnownUrls(const QList<QUrl> &urls);
 
     template<typename T>
     void whenSet(Observable<T> &property, typename Observable<T>::Handler handler,

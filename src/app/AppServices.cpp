@@ -3,10 +3,13 @@
 #include "base/Workers.h"
 #include "dragdrop/DroppedFiles.h"
 #include "platform/Clipboard.h"
+#include "platform/linux/LocalFiles.h"
 #include "store/DroppedImage.h"
 
 #include <QMimeDatabase>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -22,11 +25,13 @@ bool isWebAddress(const QUrl &url)
 class Paste : public std::enable_shared_from_this<Paste>
 {
 public:
-    Paste(ShelfStore &store, const Desktop &desktop, std::weak_ptr<const void> whileAlive)
+    Paste(ShelfStore &store, const Desktop &desktop, std::weak_ptr<const void> whileAlive,
+          std::function<void()> onNothing)
         : m_store(store)
         , m_queue(desktop.queue)
         , m_workers(desktop.workers)
         , m_whileAlive(std::move(whileAlive))
+        , m_onNothing(std::move(onNothing))
     {
     }
     void take(const ItemProviders &objects);
@@ -44,6 +49,7 @@ private:
     MainQueue &m_queue;
     Workers &m_workers;
     std::weak_ptr<const void> m_whileAlive;
+    std::function<void()> m_onNothing; // For files that cannot be had.
 };
 
 void Paste::take(const ItemProviders &objects)
@@ -54,7 +60,7 @@ void Paste::take(const ItemProviders &objects)
             files.append(object);
     }
     if (!files.isEmpty())
-        handleDrop(files, m_store, m_queue, m_whileAlive);
+        handleDrop(files, m_store, m_queue, m_whileAlive, m_onNothing);
     else if (!objects.isEmpty())
         takeText(objects.first());
 }
@@ -136,7 +142,9 @@ bool AppDelegate::pasteIntoShelf()
     return m_desktop.clipboard.read(
         [this, alive = std::weak_ptr<const void>(m_alive)](const ItemProviders &objects) {
             if (alive.lock())
-                std::make_shared<Paste>(m_store, m_desktop, alive)->take(objects);
+                std::make_shared<Paste>(m_store, m_desktop, alive, [this] {
+                    m_view->showNothingTaken();
+                })->take(objects);
         });
 }
 
@@ -169,8 +177,26 @@ void AppDelegate::openUrls(const QList<QUrl> &urls)
     m_panel->summon();
 }
 
-/// Whether there was anything that a shelf takes.
+/// Whether there was anything that a shelf takes, or may take once the desktop has told
+/// where it has mounted it.
 bool AppDelegate::addUrls(const QList<QUrl> &urls)
+{
+    if (!std::any_of(urls.begin(), urls.end(), LocalFiles::isRemote))
+        return addKnownUrls(urls);
+    m_desktop.workers.run(WorkerPriority::UserInitiated,
+                          [this, urls, alive = std::weak_ptr(m_alive), &queue = m_desktop.queue] {
+                              queue.post([this, known = LocalFiles::examined(urls), alive] {
+                                  if (!alive.lock())
+                                      return;
+                                  addKnownUrls(known);
+                                  if (std::any_of(known.begin(), known.end(), LocalFiles::isRemote))
+                                      m_view->showNothingTaken();
+                              });
+                          });
+    return true;
+}
+
+bool AppDelegate::addKnownUrls(const QList<QUrl> &urls)
 {
     QList<QUrl> files;
     QStringList addresses;

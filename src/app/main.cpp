@@ -66,9 +66,10 @@ QStringList resourcePlaces()
 /// The X11 back ends, with what joins them to each other.
 struct X11Desktop
 {
-    X11Desktop(MainQueue &queue, Workers &workers)
+    /// textFolder: where texts that users put on a shelf are kept.
+    X11Desktop(MainQueue &queue, Workers &workers, const QByteArray &textFolder)
         : pointer(watch, queue)
-        , dragSelection(watch, queue)
+        , dragSelection(watch)
         , resolver(QStringLiteral("/proc"),
                    QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
         , front(watch, resolver)
@@ -76,8 +77,8 @@ struct X11Desktop
         , panelWindow(queue)
         , tabWindow(queue)
         , dropTarget(queue)
-        , dragSession(panelWindow, queue, workers)
-        , clipboard(queue, workers)
+        , dragSession(panelWindow, queue, workers, textFolder)
+        , clipboard(queue, workers, textFolder)
         , windows(queue)
         , look(queue, watch)
         , statusItem(queue)
@@ -130,7 +131,7 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     FileLanes lanes;
     DecoderPool pictures(DecoderPool::installedProgram(), lanes, queue);
     DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, lanes, queue);
-    X11Desktop x11(queue, workers);
+    X11Desktop x11(queue, workers, AppPaths(directories).dataDir + "/dropped");
     // First of all: whoever paints icons anew after that finds the theme that goes with the look.
     const Ticket iconsTicket = x11.look.look.subscribe(
         [&icons](const DesktopLook &look) { icons.setScheme(look.scheme); }, Deliver::ChangesOnly);

@@ -16,6 +16,12 @@ void DroppedFiles::add(const QUrl &url, int index)
     m_found.emplace_back(index, url);
 }
 
+bool DroppedFiles::isEmpty() const
+{
+    const std::lock_guard guard(m_lock);
+    return m_found.empty();
+}
+
 QList<QUrl> DroppedFiles::inOrder() const
 {
     const std::lock_guard guard(m_lock);
@@ -63,16 +69,21 @@ private:
 };
 
 /// One drop on its way into the store. The completions that are still to come
-/// hold it.
+/// hold it: it goes with the last of them.
 class Drop : public std::enable_shared_from_this<Drop>
 {
 public:
-    Drop(ShelfStore &store, MainQueue &queue, std::weak_ptr<const void> whileAlive)
+    Drop(ShelfStore &store, MainQueue &queue, std::weak_ptr<const void> whileAlive,
+         std::function<void()> onNothing)
         : m_store(store)
         , m_queue(queue)
         , m_whileAlive(std::move(whileAlive))
+        , m_onNothing(std::move(onNothing))
     {
     }
+    ~Drop();
+    Drop(const Drop &) = delete;
+    Drop &operator=(const Drop &) = delete;
     void take(const ItemProviders &providers);
 
 private:
@@ -85,17 +96,27 @@ private:
     ShelfStore &m_store;
     MainQueue &m_queue;
     std::weak_ptr<const void> m_whileAlive;
+    std::function<void()> m_onNothing;
     DroppedFiles m_files;
+    bool m_hasGained = false; // Main thread.
 };
+
+Drop::~Drop()
+{
+    if (m_hasGained)
+        return;
+    m_queue.post([whileAlive = m_whileAlive, onNothing = std::move(m_onNothing)] {
+        if (whileAlive.lock())
+            onNothing();
+    });
+}
 
 void Drop::take(const ItemProviders &providers)
 {
     auto group = std::make_shared<Group>([self = shared_from_this()] {
-        self->reach([self](ShelfStore &store) {
-            const QList<QUrl> urls = self->m_files.inOrder();
-            if (!urls.isEmpty())
-                store.add(urls);
-        });
+        if (self->m_files.isEmpty())
+            return;
+        self->reach([self](ShelfStore &store) { store.add(self->m_files.inOrder()); });
     });
     int index = 0;
     for (const auto &provider : providers) {
@@ -158,6 +179,7 @@ void Drop::takeUrl(ItemProvider &provider)
 void Drop::reach(std::function<void(ShelfStore &)> addition)
 {
     m_queue.post([self = shared_from_this(), addition = std::move(addition)] {
+        self->m_hasGained = true;
         if (self->m_whileAlive.lock())
             addition(self->m_store);
     });
@@ -166,7 +188,7 @@ void Drop::reach(std::function<void(ShelfStore &)> addition)
 }
 
 void handleDrop(const ItemProviders &providers, ShelfStore &store, MainQueue &queue,
-                const std::weak_ptr<const void> &whileAlive)
+                const std::weak_ptr<const void> &whileAlive, std::function<void()> onNothing)
 {
-    std::make_shared<Drop>(store, queue, whileAlive)->take(providers);
+    std::make_shared<Drop>(store, queue, whileAlive, std::move(onNothing))->take(providers);
 }

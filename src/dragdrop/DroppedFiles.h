@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -22,6 +23,7 @@ class DroppedFiles
 {
 public:
     void add(const QUrl &url, int index);
+    bool isEmpty() const;
     QList<QUrl> inOrder() const;
 
 private:
@@ -36,7 +38,7 @@ QString offeredName(const QStringList &offered, const QMimeType &type);
 /// Turns each dropped object into one addition to the current shelf: a file, else
 /// image data, else text, else an address as text. The files are added together,
 /// in drag order, once each of them has answered; everything else is added as
-/// soon as it has loaded. Nothing reaches the store once the ticket has been
-/// dropped. Main thread.
+/// soon as it has loaded. Where nothing came of all of them, onNothing is called. None
+/// of that happens once the ticket has been dropped. Main thread.
 void handleDrop(const ItemProviders &providers, ShelfStore &store, MainQueue &queue,
-                const std::weak_ptr<const void> &whileAlive);
+                const std::weak_ptr<const void> &whileAlive, std::function<void()> onNothing);

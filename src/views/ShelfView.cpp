@@ -254,7 +254,12 @@ void ShelfView::setTargeted(bool targeted)
 
 void ShelfView::handleDrop(const ItemProviders &providers)
 {
-    ::handleDrop(providers, m_store, m_queue, m_alive);
+    ::handleDrop(providers, m_store, m_queue, m_alive, [this] { showNothingTaken(); });
+}
+
+void ShelfView::showNothingTaken()
+{
+    showToast(m_texts.text(QStringLiteral("nothing_taken")));
 }
 
 void ShelfView::showToast(const QString &text)

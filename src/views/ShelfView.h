@@ -48,6 +48,8 @@ public:
     void setTargeted(bool targeted);
     void handleDrop(const ItemProviders &providers);
     void showToast(const QString &text);
+    /// For what came in some way and held nothing for a shelf.
+    void showNothingTaken();
     /// The selected entries, or all of them where none is selected.
     QList<ShelfItem> dragOutItems() const;
     /// Asks for another name of the current shelf.

@@ -247,6 +247,11 @@ TEST(ServicesTest, ActionsDoWhatTheyAreCalled)
     };
     app.delegate.openUrls({ FilePath::toUrl("/usr"), FilePath::toUrl("/etc") });
     EXPECT_EQ(perform("no such action"), "shelf 1 of 1, 2 entries, up");
+    // Nobody has mounted it: refused, and said so.
+    app.delegate.openUrls({ QUrl(QStringLiteral("smb://nowhere/share")) });
+    EXPECT_EQ(perform("no such action"), "shelf 1 of 1, 2 entries, up");
+    EXPECT_EQ(static_cast<ShelfView *>(app.window.rootView)->toastText(),
+              app.texts.text(QStringLiteral("nothing_taken")));
     EXPECT_EQ(perform("toggle"), "shelf 1 of 1, 2 entries, hidden");
     EXPECT_EQ(perform("paste"), "shelf 1 of 1, 2 entries, hidden"); // The clipboard is empty.
     const auto pasted = file("/var");

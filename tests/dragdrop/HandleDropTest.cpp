@@ -26,10 +26,11 @@ struct Drop
 {
     World world;
     Ticket alive = std::make_shared<int>(0);
+    int nothings = 0; // How often it was said that nothing came.
 
     void handle(const ItemProviders &providers)
     {
-        handleDrop(providers, world.store(), world.queue, alive);
+        handleDrop(providers, world.store(), world.queue, alive, [this] { ++nothings; });
         world.queue.settle();
     }
     QList<QUrl> urls()
@@ -74,6 +75,14 @@ TEST(HandleDropTest, AFileThatFailsOrIsNoneLeavesTheOthersUnharmed)
     for (const auto &provider : { web, failed, good })
         provider->answer();
     EXPECT_EQ(drop.urls(), QList { FilePath::toUrl("/good") });
+    EXPECT_EQ(drop.nothings, 0);
+    good->url = QUrl(QStringLiteral("sftp://example.org/a"));
+    drop.handle({ failed, good });
+    failed->answer();
+    EXPECT_EQ(drop.nothings, 0);
+    good->answer();
+    EXPECT_EQ(drop.urls().size(), 1);
+    EXPECT_EQ(drop.nothings, 1);
 }
 
 TEST(HandleDropTest, TextDoesNotWaitForFilesNorFilesForText)
@@ -150,6 +159,7 @@ TEST(HandleDropTest, OneFormIsTakenOfEachObjectTheFirstThatApplies)
         EXPECT_EQ(provider->asked.join(u','), QLatin1String(c.asked ? c.asked : ""));
         const auto &items = drop.world.store().items.value();
         ASSERT_EQ(items.size(), c.asked || c.preview ? 1 : 0);
+        EXPECT_EQ(drop.nothings, items.isEmpty() ? 1 : 0);
         if (c.preview) {
             EXPECT_EQ(items.first().preview, QLatin1String(c.preview));
             EXPECT_EQ(items.first().link.has_value(), c.isLink);

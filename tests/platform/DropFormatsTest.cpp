@@ -175,53 +175,69 @@ TEST(DropFormatsTest, TheBestTypeIsReadFirstAndUnknownOnesNever)
     EXPECT_FALSE(DropFormats::canHold({}));
 }
 
-TEST(DragFormatsTest, TextIsOfferedForLinksAndAListForFiles)
+TEST(DragFormatsTest, EachKindOfEntryIsOfferedAsItsTargetsTakeIt)
 {
-    const auto folder = FilePath::toUrl("/a b/raw_\xe4", FilePath::Kind::Directory);
+    const QUrl folder = FilePath::toUrl("/a b/raw_\xe4", FilePath::Kind::Directory);
+    const QUrl file = FilePath::toUrl("/c");
     const QUrl link(u"https://example.org/?q=\u00e4"_s);
-
-    const auto files = DragFormats::formatsFor({ folder, FilePath::toUrl("/c") });
-    ASSERT_EQ(files.size(), 1);
-    EXPECT_EQ(files[0].type, u"text/uri-list"_s);
-    EXPECT_EQ(files[0].data, "file:///a%20b/raw_%E4\r\nfile:///c\r\n");
-
-    QHash<QString, QByteArray> mixed;
-    for (const auto &format : DragFormats::formatsFor({ folder, link }))
-        mixed.insert(format.type, format.data);
-    EXPECT_EQ(mixed.value(u"text/uri-list"_s),
-              "file:///a%20b/raw_%E4\r\nhttps://example.org/?q=%C3%A4\r\n");
-    EXPECT_EQ(mixed.value(u"text/plain"_s), "https://example.org/?q=%C3%A4");
-    EXPECT_EQ(DropFormats::url(u"text/x-moz-url"_s, mixed.value(u"text/x-moz-url"_s)), link);
-
-    for (const auto &format : DragFormats::formatsFor({ link, link }))
-        EXPECT_NE(format.type, u"text/uri-list"_s);
-}
-
-TEST(DragFormatsTest, TheClipboardHoldsFilesForFileManagersAndLinesForEditors)
-{
-    const auto formats = [](const QList<QUrl> &urls) {
-        QHash<QString, QByteArray> byType;
-        for (const auto &[type, data] : DragFormats::clipboardFormatsFor(urls))
-            byType.insert(type, data);
-        return byType;
+    const QUrl text = FilePath::toUrl("/texts/a b.txt");
+    const QUrl picture = FilePath::toUrl("/p.jpeg");
+    const QByteArray both = "copy\nfile:///a%20b/raw_%E4\nfile:///c";
+    const QByteArray address = "https://example.org/?q=%C3%A4";
+    const auto list = u"text/uri-list"_s, plain = u"text/plain"_s, jpeg = u"image/jpeg"_s;
+    const auto gnome = u"x-special/gnome-copied-files"_s, mate = u"x-special/mate-copied-files"_s;
+    const auto none = QByteArray("none");
+    struct Case
+    {
+        const char *what;
+        QList<QUrl> urls;
+        QList<std::pair<QString, QByteArray>> drag, clipboard; // A path stands for its content.
     };
-    const QUrl file = FilePath::toUrl("/a b/n\xE4me");
-    const QUrl folder = FilePath::toUrl("/c", FilePath::Kind::Directory);
-    const QUrl link(u"https://example.org/\u00FC"_s);
-
-    const auto mixed = formats({ file, link, folder });
-    EXPECT_EQ(mixed[u"x-special/gnome-copied-files"_s], "copy\nfile:///a%20b/n%E4me\nfile:///c");
-    EXPECT_EQ(mixed[u"text/uri-list"_s], "file:///a%20b/n%E4me\r\nfile:///c\r\n");
-    EXPECT_EQ(mixed[u"application/x-kde-cutselection"_s], "0");
-    EXPECT_EQ(mixed[u"text/plain"_s], "/a b/n\xEF\xBF\xBDme\nhttps://example.org/%C3%BC\n/c");
-    // What is read back is what was written.
-    EXPECT_EQ(DropFormats::urls(mixed[u"x-special/gnome-copied-files"_s]),
-              DropFormats::urls(mixed[u"text/uri-list"_s]));
-
-    const auto linkAlone = formats({ link });
-    EXPECT_EQ(linkAlone[u"text/plain"_s], "https://example.org/%C3%BC");
-    EXPECT_EQ(DropFormats::url(u"text/x-moz-url"_s, linkAlone[u"text/x-moz-url"_s]),
-              std::optional(QUrl::fromEncoded("https://example.org/%C3%BC")));
-    for (const auto &type : { u"text/uri-list"_s, u"x-special/gnome-copied-files"_s })
-        EXPECT_FALSE(linkAlone.contains(type));
+    const Case cases[] = {
+        { "files",
+          { folder, file },
+          { { list, "file:///a%20b/raw_%E4\r\nfile:///c\r\n" }, { plain, none } },
+          { { gnome, both },
+            { mate, both },
+            { list, "file:///a%20b/raw_%E4\r\nfile:///c\r\n" },
+            { u"application/x-kde-cutselection"_s, "0" },
+            { plain, "/a b/raw_\xEF\xBF\xBD\n/c" } } },
+        { "a file and a link",
+          { file, link },
+          { { list, "file:///c\r\n" + address + "\r\n" }, { plain, address } },
+          { { list, "file:///c\r\n" }, { plain, "/c\n" + address } } },
+        { "links",
+          { link },
+          { { list, none }, { plain, address } },
+          { { list, none }, { gnome, none }, { plain, address } } },
+        { "a text of ours",
+          { text },
+          { { list, "file:///texts/a%20b.txt\r\n" }, { plain, "/texts/a b.txt" } },
+          { { mate, "copy\nfile:///texts/a%20b.txt" }, { plain, "/texts/a b.txt" } } },
+        { "two texts of ours", { text, text }, { { plain, none } }, {} },
+        { "a text of others", { FilePath::toUrl("/c.txt") }, { { plain, none } }, {} },
+        { "a picture",
+          { picture },
+          { { list, "file:///p.jpeg\r\n" }, { jpeg, "/p.jpeg" }, { plain, none } },
+          { { jpeg, "/p.jpeg" }, { plain, "/p.jpeg" } } },
+        { "two pictures", { picture, picture }, { { jpeg, none } }, { { jpeg, none } } },
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto drag = DragFormats::formatsFor(c.urls, "/texts");
+        // Targets prefer the first.
+        EXPECT_EQ(drag.first().type == list, c.urls != QList { link });
+        for (const auto &[formats, expected] :
+             { std::pair(drag, c.drag),
+               std::pair(DragFormats::clipboardFormatsFor(c.urls, "/texts"), c.clipboard) }) {
+            QHash<QString, QByteArray> byType;
+            for (const auto &format : formats)
+                byType.insert(format.type, format.data + format.path);
+            for (const auto &[type, data] : expected)
+                EXPECT_EQ(byType.value(type, none), data) << qPrintable(type);
+            const QByteArray titled = byType.value(u"text/x-moz-url"_s);
+            EXPECT_EQ(DropFormats::url(u"text/x-moz-url"_s, titled).value_or(QUrl()),
+                      c.urls.contains(link) ? link : QUrl());
+        }
+    }
 }

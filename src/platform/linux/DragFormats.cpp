@@ -3,9 +3,12 @@
 #include "base/FilePath.h"
 #include "platform/linux/DropFormats.h"
 
+#include <QMimeDatabase>
 #include <QStringConverter>
 
 namespace {
+
+constexpr const char *utf8Types[] = { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain" };
 
 /// Without a directory's slash: toolkits take the name behind the last one, and
 /// would find a directory without a name.
@@ -30,21 +33,47 @@ void appendLinks(QList<DragFormats::Format> &formats, const QByteArrayList &link
     for (const QByteArray &link : links)
         titled.append(link + '\n' + link);
     formats.append(
-        { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titled.join('\n'))) });
-    formats.append({ QStringLiteral("_NETSCAPE_URL"), titled.first() });
+        { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titled.join('\n'))), {} });
+    formats.append({ QStringLiteral("_NETSCAPE_URL"), titled.first(), {} });
 }
 
 void appendText(QList<DragFormats::Format> &formats, const QString &text)
 {
-    for (const char *type : { "text/plain;charset=utf-8", "UTF8_STRING", "text/plain" })
-        formats.append({ QLatin1String(type), text.toUtf8() });
+    for (const char *type : utf8Types)
+        formats.append({ QLatin1String(type), text.toUtf8(), {} });
     for (const char *type : { "STRING", "TEXT" }) // Latin-1 by their definition.
-        formats.append({ QLatin1String(type), text.toLatin1() });
+        formats.append({ QLatin1String(type), text.toLatin1(), {} });
+}
+
+/// What a single entry says or shows. Judged by name and place: nobody waits for the
+/// disk when a drag begins.
+QList<DragFormats::Format> contentFormats(const QList<QUrl> &urls, const QByteArray &textFolder)
+{
+    const QByteArray path = urls.size() == 1 ? FilePath::fromUrl(urls.first()) : QByteArray();
+    QList<DragFormats::Format> formats;
+    if (path.endsWith(".txt") && FilePath::isBelow(path, textFolder)) {
+        for (const char *type : utf8Types)
+            formats.append({ QLatin1String(type), {}, path });
+    } else if (!path.isEmpty()) {
+        const QString type
+            = QMimeDatabase()
+                  .mimeTypeForFile(FilePath::display(path), QMimeDatabase::MatchExtension)
+                  .name();
+        if (type.startsWith(QLatin1String("image/")))
+            formats.append({ type, {}, path });
+    }
+    return formats;
+}
+
+bool holdsText(const QList<DragFormats::Format> &formats)
+{
+    return !formats.isEmpty() && !formats.first().type.startsWith(QLatin1String("image/"));
 }
 
 }
 
-QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls)
+QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls,
+                                                   const QByteArray &textFolder)
 {
     QByteArray list;
     QByteArrayList links;
@@ -58,15 +87,16 @@ QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls)
     // As browsers do it, not for links alone: editors would try to open them as
     // files, where their text is meant.
     if (links.size() < urls.size())
-        formats.append({ QLatin1String(DropFormats::uriList), list });
+        formats.append({ QLatin1String(DropFormats::uriList), list, {} });
     if (links.isEmpty())
-        return formats;
+        return formats + contentFormats(urls, textFolder);
     appendLinks(formats, links);
     appendText(formats, QString::fromLatin1(links.join('\n')));
     return formats;
 }
 
-QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &urls)
+QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &urls,
+                                                            const QByteArray &textFolder)
 {
     QByteArrayList files;
     QByteArrayList links;
@@ -74,13 +104,16 @@ QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &u
         (url.isLocalFile() ? files : links).append(lineFor(url));
     QList<Format> formats;
     if (!files.isEmpty()) {
-        formats.append({ QLatin1String(DropFormats::copiedFiles), "copy\n" + files.join('\n') });
-        formats.append({ QLatin1String(DropFormats::uriList), files.join("\r\n") + "\r\n" });
-        formats.append({ QStringLiteral("application/x-kde-cutselection"), "0" });
+        for (const char *type : DropFormats::copiedFiles)
+            formats.append({ QLatin1String(type), "copy\n" + files.join('\n'), {} });
+        formats.append({ QLatin1String(DropFormats::uriList), files.join("\r\n") + "\r\n", {} });
+        formats.append({ QStringLiteral("application/x-kde-cutselection"), "0", {} });
     }
     if (!links.isEmpty())
         appendLinks(formats, links);
-    return formats + textFormatsFor(urls);
+    const auto content = contentFormats(urls, textFolder);
+    formats += content;
+    return holdsText(content) ? formats : formats + textFormatsFor(urls);
 }
 
 QList<DragFormats::Format> DragFormats::textFormatsFor(const QList<QUrl> &urls)

@@ -17,10 +17,14 @@ inline constexpr char portalTransfer[] = "application/vnd.portal.filetransfer";
 inline constexpr char portalFiles[] = "application/vnd.portal.files";
 inline constexpr char uriList[] = "text/uri-list";
 /// A line that says "copy" or "cut", then addresses: how file managers tell the two apart.
-inline constexpr char copiedFiles[] = "x-special/gnome-copied-files";
+/// Each takes its own name for it alone.
+inline constexpr const char *copiedFiles[]
+    = { "x-special/gnome-copied-files", "x-special/mate-copied-files" };
+/// Promised files: the source writes them where it is told to.
+inline constexpr char promisedFiles[] = "XdndDirectSave0";
 
 /// Whether a drop that offers these types can hold anything for a shelf. Promised
-/// files (XdndDirectSave0) are none: asking for them has effects.
+/// files are none: asking for them has effects.
 bool canHold(const QStringList &types);
 
 /// The addresses of a text/uri-list in their order. Files of this machine come as

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "base/Ticket.h"
 #include "platform/linux/DragFormats.h"
-#include "platform/linux/x11/Xcb.h"
+#include "platform/linux/x11/SelectionTransfers.h"
 
 #include <QByteArrayList>
 
-#include <list>
+#include <functional>
 #include <memory>
+#include <optional>
 
 class MainQueue;
 class Workers;
@@ -21,27 +21,15 @@ class DragOffer
 public:
     /// portalPaths: the files that may be handed over through the portal; none
     /// where it is not offered.
-    DragOffer(MainQueue &queue, Workers &workers, Xcb::Atoms &atoms,
+    DragOffer(MainQueue &queue, Workers &workers, SelectionTransfers &transfers,
               const QList<DragFormats::Format> &formats, QByteArrayList portalPaths);
 
     QList<xcb_atom_t> types();
     /// Since when what is offered is ours; owners of the clipboard are asked for that.
     void setTime(xcb_timestamp_t time) { m_time = time; }
     void answer(const xcb_selection_request_event_t &request);
-    /// A target has fetched a piece of what is sent in pieces.
-    void fetched(xcb_window_t requestor, xcb_atom_t property);
 
 private:
-    /// What is too large for one request goes in pieces (INCR).
-    struct Transfer
-    {
-        xcb_window_t requestor = Xcb::none;
-        xcb_atom_t property = Xcb::none;
-        xcb_atom_t type = Xcb::none;
-        QByteArray data;
-        qsizetype sent = 0;
-        Ticket limit;
-    };
     enum class Answer { Given, Refused };
     struct Asked // One form, and the property in which it is wanted.
     {
@@ -49,27 +37,31 @@ private:
         xcb_atom_t target;
         xcb_atom_t property;
     };
+    struct Known // One form. Where it has a path, its data is that file's.
+    {
+        xcb_atom_t type;
+        QByteArray data;
+        QByteArray path;
+    };
 
     bool isPortalType(xcb_atom_t type);
-    Answer give(const Asked &asked);
+    /// The file whose content the answer needs; none for most.
+    QByteArray contentPath(xcb_atom_t target);
+    void answerLater(const xcb_selection_request_event_t &request,
+                     std::function<std::optional<QByteArray>()> fetch,
+                     std::function<Answer(const Asked &, const std::optional<QByteArray> &)> reply);
+    Answer give(const Asked &asked, const std::optional<QByteArray> &content);
     Answer giveTypes(const Asked &asked);
-    Answer giveData(const Asked &asked, const QByteArray &data);
-    Answer giveMany(const Asked &asked);
-    void answerWithKey(const xcb_selection_request_event_t &request);
-    void beginTransfer(const Asked &asked, const QByteArray &data);
-    void endTransfer(xcb_window_t requestor, xcb_atom_t property);
-    void listenTo(xcb_window_t requestor, quint32 events);
-    void setProperty(xcb_window_t window, xcb_atom_t name, xcb_atom_t type, quint8 format,
-                     quint32 count, const void *values);
+    Answer giveMany(const Asked &asked, const std::optional<QByteArray> &content);
     void notify(const xcb_selection_request_event_t &request, Answer answer);
 
     MainQueue &m_queue;
     Workers &m_workers;
+    SelectionTransfers &m_transfers;
     Xcb::Atoms &m_atoms;
     xcb_connection_t *m_connection;
-    QList<std::pair<xcb_atom_t, QByteArray>> m_formats;
+    QList<Known> m_formats;
     QByteArrayList m_portalPaths;
     xcb_timestamp_t m_time = XCB_CURRENT_TIME;
-    std::list<Transfer> m_transfers;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };

@@ -3,9 +3,8 @@
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "platform/linux/DropFormats.h"
+#include "platform/linux/LocalFiles.h"
 #include "platform/linux/PortalFiles.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <system_error>
@@ -23,7 +22,13 @@ constexpr qsizetype imageCap = 256 << 20;
 /// Says when the last of a drop's objects has gone.
 using Hold = std::shared_ptr<const void>;
 
-/// One address of a list, known since before the drop was announced.
+bool isFile(const QUrl &url)
+{
+    return url.isLocalFile() || LocalFiles::isRemote(url);
+}
+
+/// One address of a list, known since before the drop was announced. A file that has no
+/// local path counts as one that could not be had.
 class ListedObject final : public ItemProvider
 {
 public:
@@ -33,7 +38,7 @@ public:
     {
     }
     QStringList registeredTypes() const override { return { QLatin1String(DropFormats::uriList) }; }
-    bool hasFileUrl() const override { return m_url.isLocalFile(); }
+    bool hasFileUrl() const override { return isFile(m_url); }
     bool hasText() const override { return false; }
     bool hasUrl() const override { return true; }
     void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
@@ -128,47 +133,6 @@ private:
     Hold m_hold;
 };
 
-/// A directory's address ends with a slash, whatever the source wrote.
-QUrl withSlashOfKind(const QUrl &url)
-{
-    const QByteArray path = FilePath::fromUrl(url);
-    struct stat status;
-    if (path.isEmpty() || lstat(path.constData(), &status) != 0)
-        return url;
-    return FilePath::toUrl(
-        path, S_ISDIR(status.st_mode) ? FilePath::Kind::Directory : FilePath::Kind::File);
-}
-
-/// A file system may take for ever to answer. What has not been looked at in time
-/// stands as the source wrote it, and the thread that hangs is left behind.
-QList<QUrl> examined(const QList<QUrl> &urls)
-{
-    constexpr std::chrono::seconds limit(2);
-    struct Look
-    {
-        std::mutex mutex;
-        std::condition_variable changed;
-        QList<QUrl> done;
-    };
-    auto look = std::make_shared<Look>();
-    try {
-        std::thread([look, urls] {
-            for (const QUrl &url : urls) {
-                const QUrl known = withSlashOfKind(url);
-                const std::lock_guard guard(look->mutex);
-                look->done.append(known);
-                if (look->done.size() == urls.size())
-                    look->changed.notify_all();
-            }
-        }).detach();
-    } catch (const std::system_error &) { // No thread is to be had.
-        return urls;
-    }
-    std::unique_lock lock(look->mutex);
-    look->changed.wait_for(lock, limit, [&] { return look->done.size() == urls.size(); });
-    return look->done + urls.mid(look->done.size());
-}
-
 /// What the portal hands over for a sandboxed source, whose own list would name
 /// places inside its sandbox.
 std::optional<QList<QUrl>> portalUrls(SelectionReader &reader, const QStringList &types)
@@ -195,9 +159,10 @@ QList<QUrl> listedUrls(SelectionReader &reader, const QStringList &types)
 {
     if (const auto urls = portalUrls(reader, types))
         return *urls;
-    // Some file managers copy in the second form only. Its first line tells a cut
+    // Some file managers copy in a form of their own only. Its first line tells a cut
     // from a copy: neither is an address, and both are taken as a reference.
-    for (const char *type : { DropFormats::uriList, DropFormats::copiedFiles }) {
+    const auto &[gnome, mate] = DropFormats::copiedFiles;
+    for (const char *type : { DropFormats::uriList, gnome, mate }) {
         if (types.contains(QLatin1String(type)))
             return DropFormats::urls(reader.read(type, listCap).data);
     }
@@ -268,14 +233,17 @@ ItemProviders DropReading::objects(SelectionReader &reader)
         types.removeAll(QStringLiteral("text/html"));
     if (types.isEmpty())
         return {};
-    const auto urls = listedUrls(reader, types);
-    const bool hasFiles
-        = std::any_of(urls.begin(), urls.end(), [](const QUrl &url) { return url.isLocalFile(); });
+    auto urls = listedUrls(reader, types);
+    const bool hasFiles = std::any_of(urls.begin(), urls.end(), isFile);
     ItemProviders objects;
     if (hasFiles || (urls.size() > 1 && !isClipboard)) {
-        gained();
-        for (const QUrl &url : hasFiles ? examined(urls) : urls)
+        if (hasFiles)
+            urls = LocalFiles::examined(urls);
+        for (const QUrl &url : urls) {
+            if (url.isLocalFile() || !isFile(url))
+                gained();
             objects.append(std::make_shared<ListedObject>(url, hold));
+        }
         return objects;
     }
     const auto url = urls.isEmpty() ? std::nullopt : std::optional(urls.first());

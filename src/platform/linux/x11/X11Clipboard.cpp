@@ -12,11 +12,13 @@ constexpr double readLimit = 10; // Seconds for everything that a paste reads.
 
 }
 
-X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers)
+X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers, QByteArray textFolder)
     : m_queue(queue)
     , m_workers(workers)
+    , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
+    , m_transfers(queue, m_atoms)
 {
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
@@ -66,7 +68,7 @@ bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
 
 void X11Clipboard::write(const QList<QUrl> &urls)
 {
-    offer(DragFormats::clipboardFormatsFor(urls));
+    offer(DragFormats::clipboardFormatsFor(urls, m_textFolder));
 }
 
 void X11Clipboard::writeText(const QList<QUrl> &urls)
@@ -77,7 +79,8 @@ void X11Clipboard::writeText(const QList<QUrl> &urls)
 void X11Clipboard::offer(const QList<DragFormats::Format> &formats)
 {
     prepare();
-    m_offer = std::make_unique<DragOffer>(m_queue, m_workers, m_atoms, formats, QByteArrayList());
+    m_offer
+        = std::make_unique<DragOffer>(m_queue, m_workers, m_transfers, formats, QByteArrayList());
     // A selection is taken at the X server's time, which a change of a property brings.
     m_wantsTime = true;
     xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window, m_atoms("_VANTLE_TIME"),
@@ -107,8 +110,8 @@ bool X11Clipboard::nativeEventFilter(const QByteArray &type, void *message, qint
         const auto &notify = *static_cast<xcb_property_notify_event_t *>(message);
         if (notify.window == m_window && m_wantsTime && notify.atom == m_atoms("_VANTLE_TIME"))
             takeOver(notify.time);
-        else if (m_offer && notify.state == XCB_PROPERTY_DELETE)
-            m_offer->fetched(notify.window, notify.atom);
+        else if (notify.state == XCB_PROPERTY_DELETE)
+            m_transfers.fetched(notify.window, notify.atom);
         return notify.window == m_window;
     }
     case XCB_SELECTION_REQUEST: {

@@ -18,7 +18,8 @@ class Workers;
 class X11Clipboard final : public Clipboard, private QAbstractNativeEventFilter
 {
 public:
-    X11Clipboard(MainQueue &queue, Workers &workers);
+    /// textFolder: where the program keeps texts that users put on a shelf.
+    X11Clipboard(MainQueue &queue, Workers &workers, QByteArray textFolder);
     ~X11Clipboard() override;
     X11Clipboard(const X11Clipboard &) = delete;
     X11Clipboard &operator=(const X11Clipboard &) = delete;
@@ -35,8 +36,10 @@ private:
 
     MainQueue &m_queue;
     Workers &m_workers;
+    const QByteArray m_textFolder;
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
+    SelectionTransfers m_transfers; // Go on when somebody else copies.
     // Owns the selection, and is what the manager answers; made at first use.
     xcb_window_t m_window = Xcb::none;
 

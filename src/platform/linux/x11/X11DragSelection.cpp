@@ -1,6 +1,5 @@
 #include "platform/linux/x11/X11DragSelection.h"
 
-#include "base/MainQueue.h"
 #include "platform/linux/DropFormats.h"
 
 #include <QList>
@@ -13,7 +12,6 @@
 
 namespace {
 
-constexpr double patience = 2; // Seconds in which a source must have answered.
 // Enough for every honest list to show a file; in bytes.
 constexpr uint32_t largestList = 256 << 10;
 // Answers to earlier questions come late, so the next ones are asked elsewhere.
@@ -28,9 +26,8 @@ bool holdsFile(const QByteArray &uriList)
 
 }
 
-X11DragSelection::X11DragSelection(WatchConnection &connection, MainQueue &queue)
+X11DragSelection::X11DragSelection(WatchConnection &connection)
     : m_connection(connection)
-    , m_queue(queue)
     , m_atoms(connection.xcb())
 {
     if (!connection.isUsable())
@@ -87,7 +84,6 @@ void X11DragSelection::announced(xcb_window_t owner, xcb_timestamp_t time)
     m_time = time;
     m_isListRefused = false;
     convert(Question::UriList);
-    m_deadline = m_queue.after(patience, [this] { finish(false); });
 }
 
 /// A source may answer no other time than that of its announcement.
@@ -207,7 +203,6 @@ void X11DragSelection::judgeTypes(const xcb_get_property_reply_t *reply)
 void X11DragSelection::finish(bool holdsFiles)
 {
     m_question = Question::None;
-    m_deadline.reset();
     m_list.clear();
     m_holdsFileUrls = holdsFiles;
     if (onAnswer)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/Ticket.h"
 #include "platform/DragSelection.h"
 #include "platform/linux/x11/WatchConnection.h"
 
@@ -10,16 +9,14 @@
 
 #include <cstdint>
 
-class MainQueue;
-
 /// The selection XdndSelection, which every source takes anew for each drag.
-/// At that moment it is asked for text/uri-list; a source that refuses is judged
-/// by the types that it names. Nothing is converted that has an effect in the
-/// source (promised files, portal transfers).
+/// At that moment it is asked for text/uri-list, and may answer as late as it likes;
+/// a source that refuses is judged by the types that it names. Nothing is converted that has an
+/// effect in the source (promised files, portal transfers).
 class X11DragSelection final : public DragSelection
 {
 public:
-    X11DragSelection(WatchConnection &connection, MainQueue &queue);
+    explicit X11DragSelection(WatchConnection &connection);
     X11DragSelection(const X11DragSelection &) = delete;
     X11DragSelection &operator=(const X11DragSelection &) = delete;
 
@@ -44,7 +41,6 @@ private:
     void finish(bool holdsFiles);
 
     WatchConnection &m_connection;
-    MainQueue &m_queue;
     Xcb::Atoms m_atoms;
     xcb_window_t m_window = Xcb::none; // Asks, and gets the answers as properties.
 
@@ -61,5 +57,4 @@ private:
     bool m_isListRefused = false;
     bool m_isIncremental = false;
     QByteArray m_list;
-    Ticket m_deadline;
 };

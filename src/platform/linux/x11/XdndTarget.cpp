@@ -91,7 +91,9 @@ void XdndTarget::enter(const quint32 *data)
     hover.source = data[0];
     hover.version = version;
     hover.types = offeredTypes(data);
-    hover.isWanted = DropFormats::canHold(hover.types);
+    // Promised files too: their user learns only by the drop that nothing comes of it.
+    hover.isWanted = DropFormats::canHold(hover.types)
+        || hover.types.contains(QLatin1String(DropFormats::promisedFiles));
     m_hover = hover;
 }
 
