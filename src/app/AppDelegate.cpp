@@ -264,7 +264,7 @@ void AppDelegate::toggle()
 /// shows the tour alone.
 void AppDelegate::activate()
 {
-    if (m_isFirstLaunch && (!m_welcomeWindow || m_welcomeWindow->isVisible()))
+    if (m_firstLaunch)
         showWelcome();
     else
         m_panel->summonWithFocus();

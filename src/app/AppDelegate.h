@@ -191,7 +191,7 @@ private:
     Ticket m_trayMenuLimit; // Runs while the tray's menu is open.
     Ticket m_locationTimer; // Runs while the panel is up.
 
-    bool m_isFirstLaunch = false; // The tour has not been gone through yet.
+    Ticket m_firstLaunch; // Runs while a request may belong to the very first start.
     bool m_autoShown = false; // The panel is up only because a drag summoned it.
     qsizetype m_dropBaseline = 0; // Entries on the shelf when that drag began.
     bool m_restoreDock = false; // The panel was docked when that drag began.

@@ -78,7 +78,8 @@ void AppDelegate::welcomeOnce()
     if (m_settings.onboarded.value())
         return;
     m_settings.onboarded.set(true);
-    m_isFirstLaunch = true;
+    constexpr double longestStart = 1; // Seconds until what asked for the start has asked for more.
+    m_firstLaunch = m_desktop.queue.after(longestStart, [this] { m_firstLaunch.reset(); });
     m_desktop.queue.post([this] { showWelcome(); });
 }
 
@@ -94,7 +95,7 @@ void AppDelegate::showWelcome()
         m_welcomeWindow->onDemoEnd = [this] { handleDragEnd(); };
         m_welcomeWindow->onDemoPut = [this, demo] { putDemoFile(demo); };
         m_welcomeWindow->onDone = [this] {
-            m_isFirstLaunch = false;
+            m_firstLaunch.reset();
             m_welcomeWindow->close();
             m_panel->summon();
         };

@@ -88,7 +88,7 @@ def test_a_shelf_is_worked_and_heard(desktop, program, reader):
         assert panel.x < x and panel.y < y and x + width < panel.x + panel.width and height >= 32
     controls = [n for n in reader.ask("all", "Vantle") if n["role"] in CONTROLS and "showing" in n["states"]]
     assert all(n["name"] for n in controls), controls
-    assert [n["name"] for n in controls if n["role"].startswith("push button")] == ["Vantle", "Clear shelf", "Hide panel"]
+    assert [n["name"] for n in controls if n["role"].startswith("push button")] == ["Vantle", "Clear shelf", "Hide shelf"]
 
     reader.do("Vantle", "list item", "beta.txt", "Press")
     wait_for(lambda: {"selected", "focused"} <= set(reader.row("beta.txt")["states"]), what="the row to be selected")
