@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -260,4 +262,33 @@ TEST(InodeSearchTest, ProvesNothingWhereNumbersLie)
     EXPECT_FALSE(world.search({ gone }).isWhole());
 }
 
+}
+
+TEST(InodeSearchTest, WhatWasMountedAfterTheWalkBeganDoesNotHoldItUp)
+{
+    const World world;
+    const FileIdentity file = identity(world.file("a/file"));
+    const FileIdentity gone = goneFrom(world);
+    fs::create_directories(world.root / "mount");
+    const QByteArray place = QByteArray::fromStdString((world.root / "mount").string());
+    // A file system whose server never answers.
+    const int server = ::open("/dev/fuse", O_RDWR | O_CLOEXEC);
+    const QByteArray options
+        = "fd=" + QByteArray::number(server) + ",rootmode=40000,user_id=0,group_id=0";
+    if (server < 0 || ::mount("hung", place.constData(), "fuse", 0, options.constData()) != 0)
+        GTEST_SKIP() << "only root may mount";
+    std::atomic<bool> ended = false;
+    std::thread walking([&] {
+        InodeSearch search({ file, gone }, unlimited, world.cancelled);
+        search.walk(QByteArray::fromStdString(world.root.string()), Mounts());
+        EXPECT_EQ(search.found().size(), 1);
+        EXPECT_TRUE(search.isWhole());
+        ended = true;
+    });
+    for (int i = 0; i < 500 && !ended; ++i)
+        ::usleep(10000);
+    EXPECT_TRUE(ended);
+    ::umount2(place.constData(), MNT_DETACH);
+    ::close(server); // Ends the wait of one that waits.
+    walking.join();
 }

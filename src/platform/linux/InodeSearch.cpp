@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -39,11 +40,32 @@ int openFolder(const char *path)
     return folder < 0 && errno == EPERM ? ::open(path, flags) : folder; // Another user's.
 }
 
+/// Below an open folder and on the same mount. What was mounted after a walk began is thus
+/// not even opened: a server that is gone would hold the walk up for ever.
+int openFolderOnMount(int root, const char *path)
+{
+    // openat2(2), which has no wrapper; kernels before 5.6, and some sandboxes, have none.
+    struct
+    {
+        quint64 flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOATIME;
+        quint64 mode = 0;
+        quint64 resolve = 1; // RESOLVE_NO_XDEV
+    } how;
+    auto folder = ::syscall(SYS_openat2, root, path, &how, sizeof how);
+    if (folder < 0 && errno == EPERM) { // Another user's.
+        how.flags &= ~quint64(O_NOATIME);
+        folder = ::syscall(SYS_openat2, root, path, &how, sizeof how);
+    }
+    return folder < 0 && (errno == ENOSYS || errno == EPERM)
+        ? ::openat(root, path, static_cast<int>(how.flags))
+        : static_cast<int>(folder);
+}
+
 /// Whether a folder that could not be read may be one into which the user has moved something: one
 /// that can be searched, and that the user may write to or that has folders in it.
 bool mayHoldFiles(const char *path, int error)
 {
-    if (error == ENOENT || error == ENOTDIR || error == ELOOP)
+    if (error == ENOENT || error == ENOTDIR || error == ELOOP || error == EXDEV)
         return false;
     struct stat status = {};
     constexpr nlink_t withoutFolders = 2; // Where links are counted: its name and its ".".
@@ -92,7 +114,9 @@ bool InodeSearch::isOver()
 void InodeSearch::lookInto(const QByteArray &path)
 {
     m_device = 0;
-    read(path.toStdString(), false);
+    const std::string folder = path.toStdString();
+    if (!folder.empty() && !isOver())
+        read(folder, openFolder(folder.c_str()), false);
 }
 
 void InodeSearch::walk(const QByteArray &root, const Mounts &mounts, Subvolumes subvolumes)
@@ -114,23 +138,31 @@ void InodeSearch::walk(const QByteArray &root, const Mounts &mounts, Subvolumes 
             m_mounts.push_back(mount.point.toStdString());
     }
     std::sort(m_mounts.begin(), m_mounts.end());
-    m_pending.assign(1, real.get());
+    const Descriptor top(openFolder(real.get()));
+    const std::string above(real.get());
+    m_pending.assign(1, above);
     while (!m_pending.empty() && !isOver()) {
         const std::string path = std::move(m_pending.back());
         m_pending.pop_back();
-        if (!std::binary_search(m_mounts.begin(), m_mounts.end(), path))
-            read(path, true);
+        if (std::binary_search(m_mounts.begin(), m_mounts.end(), path))
+            continue;
+        if (path == above)
+            read(path, openFolder(path.c_str()), true);
+        else
+            read(
+                path,
+                openFolderOnMount(top.number, path.c_str() + above.size() + (above == "/" ? 0 : 1)),
+                true);
     }
 }
 
-void InodeSearch::read(const std::string &path, bool descend)
+void InodeSearch::read(const std::string &path, int opened, bool descend)
 {
-    if (path.empty() || isOver())
-        return;
-    const Descriptor folder(openFolder(path.c_str()));
+    const int error = errno; // Of the opening, where that failed.
+    const Descriptor folder(opened);
     struct stat status = {};
     if (folder.number < 0)
-        m_trusted = m_trusted && !mayHoldFiles(path.c_str(), errno);
+        m_trusted = m_trusted && !mayHoldFiles(path.c_str(), error);
     else if (::fstat(folder.number, &status) == 0
              && (!descend || status.st_dev == m_device || m_subvolumes == Subvolumes::Enter))
         readEntries(path, folder.number, status.st_ino, descend);

@@ -51,7 +51,7 @@ private:
         bool found = false;
     };
     std::vector<Wanted>::iterator firstWanted(ino_t number);
-    void read(const std::string &path, bool descend);
+    void read(const std::string &path, int opened, bool descend);
     void readEntries(const std::string &path, int folder, ino_t number, bool descend);
     void lookAtEntry(const std::string &path, int folder, const char *name);
 
