@@ -122,7 +122,7 @@ int main(int argc, char **argv)
     FileLanes lanes;
     DecoderPool pool(QFile::decodeName(argv[1]), lanes, queue);
     CountingDecoder decoder(pool);
-    DesktopThumbnails generator({ home.path() + "/thumbnails", {} }, decoder, lanes, queue);
+    DesktopThumbnails generator({ home.path() + "/thumbnails", {}, {} }, decoder, lanes, queue);
     Thumbnails thumbnails(decoder, generator);
     store->add(makePictures(home.path()));
 

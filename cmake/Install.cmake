@@ -1,6 +1,6 @@
 install(TARGETS vantle RUNTIME)
-# The program alone starts it.
-install(TARGETS vantle-decoder RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)
+# The program alone starts and loads them.
+install(TARGETS vantle-decoder vantle-confined RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)
 install(TARGETS vantle-gio LIBRARY DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)
 if(TARGET vantle-player)
     install(TARGETS vantle-player RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/vantle)

@@ -78,7 +78,7 @@ bool skipContent(::archive *reader, const Input &input)
 
 }
 
-std::optional<Decoded> Decode::archive(int file)
+Decoded Decode::archive(int file, SharedMemory &memory)
 {
     ::lseek(file, 0, SEEK_SET);
     const std::unique_ptr<::archive, decltype(&archive_read_free)> reader(archive_read_new(),
@@ -123,9 +123,9 @@ std::optional<Decoded> Decode::archive(int file)
     DecoderProtocol::Result result;
     result.decoded = true;
     result.bytes = bytes.size();
-    SharedMemory memory(result.bytes);
-    if (memory.data() == nullptr)
+    uchar *const to = memory.begin(result.bytes);
+    if (to == nullptr)
         return std::nullopt;
-    std::memcpy(memory.data(), bytes.constData(), static_cast<size_t>(bytes.size()));
-    return Decoded { result, std::move(memory) };
+    std::memcpy(to, bytes.constData(), static_cast<size_t>(bytes.size()));
+    return result;
 }

@@ -7,46 +7,48 @@
 
 #include <optional>
 
-/// Memory that is handed to the program: pixels or a listing.
+/// The program's memory, for pixels or a listing.
 class SharedMemory
 {
 public:
-    explicit SharedMemory(qint64 bytes);
-    SharedMemory(SharedMemory &&other) noexcept;
-    SharedMemory &operator=(SharedMemory &&other) noexcept = delete;
+    /// The descriptor stays the caller's. bytes: of it there are no more.
+    SharedMemory(int descriptor, qint64 bytes)
+        : m_descriptor(descriptor)
+        , m_most(bytes)
+    {
+    }
+    SharedMemory(const SharedMemory &) = delete;
+    SharedMemory &operator=(const SharedMemory &) = delete;
     ~SharedMemory();
 
-    /// Null where there was no memory.
-    uchar *data() const { return m_data; }
-    int descriptor() const { return m_descriptor; }
-    /// From now on neither side can change its size.
-    void seal() const;
+    /// That much of it, from its beginning; null where it is too small. What
+    /// was given before is no longer there.
+    uchar *begin(qint64 bytes);
 
 private:
+    void end();
+
+    const int m_descriptor;
+    const qint64 m_most;
     qint64 m_bytes = 0;
-    int m_descriptor = -1;
     uchar *m_data = nullptr;
 };
 
-struct Decoded
-{
-    DecoderProtocol::Result result;
-    SharedMemory memory;
-};
+using Decoded = std::optional<DecoderProtocol::Result>;
 
 /// Null images make none.
-std::optional<Decoded> fromImage(const QImage &image, const QSize &whole, int count);
+Decoded fromImage(const QImage &image, const QSize &whole, int count, SharedMemory &memory);
 
 /// Each reads an open file that it does not close. None where it is not of that
 /// kind, damaged beyond what can be shown, or too large.
 namespace Decode {
 
 void begin(); // Once, before the process is confined.
-std::optional<Decoded> image(int file, int maxPixel);
+Decoded image(int file, int maxPixel, SharedMemory &memory);
 /// In the older formats.
-std::optional<Decoded> otherImage(int file, int maxPixel);
-std::optional<Decoded> frames(int file, int first, int maxPixel);
-std::optional<Decoded> page(int file, int page, int maxPixel);
-std::optional<Decoded> archive(int file);
+Decoded otherImage(int file, int maxPixel, SharedMemory &memory);
+Decoded frames(int file, int first, int maxPixel, SharedMemory &memory);
+Decoded page(int file, int page, int maxPixel, SharedMemory &memory);
+Decoded archive(int file, SharedMemory &memory);
 
 }

@@ -19,7 +19,6 @@ using vips::VSource;
 /// whole before the first line comes out.
 constexpr double mostPixels = 1e9;
 constexpr double mostInterlacedPixels = 1.2e8;
-constexpr qint64 mostFrameBytes = 24 << 20; // Of an animation, in one result.
 
 VSource sourceOf(int file)
 {
@@ -107,7 +106,7 @@ VOption *thumbnailOptions(const VImage &header, int maxPixel)
                                                       : options;
 }
 
-std::optional<Decoded> decodeImage(int file, int maxPixel)
+Decoded decodeImage(int file, int maxPixel, SharedMemory &memory)
 {
     const VImage header = VImage::new_from_source(
         sourceOf(file), "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
@@ -128,15 +127,15 @@ std::optional<Decoded> decodeImage(int file, int maxPixel)
         std::swap(result.wholeWidth, result.wholeHeight);
     result.count = frameCount(header);
     result.bytes = static_cast<qint64>(result.width) * result.height * 4;
-    SharedMemory memory(result.bytes);
-    if (memory.data() == nullptr)
+    uchar *const to = memory.begin(result.bytes);
+    if (to == nullptr)
         return std::nullopt;
-    writePixels(image, memory.data());
+    writePixels(image, to);
     result.decoded = true;
-    return Decoded { result, std::move(memory) };
+    return result;
 }
 
-std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
+Decoded decodeFrames(int file, int first, int maxPixel, SharedMemory &memory)
 {
     const VImage header = VImage::new_from_source(sourceOf(file), "");
     const int count = frameCount(header);
@@ -147,19 +146,19 @@ std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
     const int width = std::max(1, static_cast<int>(std::lround(header.width() * scale)));
     const int height = std::max(1, static_cast<int>(std::lround(header.height() * scale)));
     const qint64 bytes = static_cast<qint64>(width) * height * 4;
-    const int several = static_cast<int>(
-        std::clamp<qint64>(mostFrameBytes / bytes, 1, DecoderProtocol::mostFrames));
+    const int several = static_cast<int>(std::clamp<qint64>(DecoderProtocol::mostFrameBytes / bytes,
+                                                            1, DecoderProtocol::mostFrames));
     const int frames = std::clamp(count - first, 0, several);
 
     DecoderProtocol::Result result { true,  width, height,        header.width(), header.height(),
                                      count, {},    frames * bytes };
-    SharedMemory memory(std::max<qint64>(result.bytes, 1));
-    if (memory.data() == nullptr)
-        return std::nullopt;
     const std::vector<int> delays
         = header.get_typeof("delay") != 0 ? header.get_array_int("delay") : std::vector<int>();
     if (frames == 0)
-        return Decoded { result, std::move(memory) };
+        return result;
+    uchar *const to = memory.begin(result.bytes);
+    if (to == nullptr)
+        return std::nullopt;
     // Together, since the decoder of each would begin with the first of all.
     const VImage together = VImage::new_from_source(sourceOf(file), "",
                                                     VImage::option()
@@ -175,15 +174,15 @@ std::optional<Decoded> decodeFrames(int file, int first, int maxPixel)
             : one;
         if (sized.width() != width || sized.height() != height)
             return std::nullopt;
-        writePixels(inScreenColours(sized), memory.data() + frame * bytes);
+        writePixels(inScreenColours(sized), to + frame * bytes);
         const auto place = static_cast<size_t>(first) + static_cast<size_t>(frame);
         result.milliseconds.append(shownFor(place < delays.size() ? delays[place] : 0));
     }
-    return Decoded { result, std::move(memory) };
+    return result;
 }
 
 template<typename Work>
-std::optional<Decoded> guarded(Work work)
+Decoded guarded(Work work)
 {
     try {
         return work();
@@ -211,12 +210,12 @@ void Decode::begin()
         vips_operation_block_set(loader, FALSE);
 }
 
-std::optional<Decoded> Decode::image(int file, int maxPixel)
+Decoded Decode::image(int file, int maxPixel, SharedMemory &memory)
 {
-    return guarded([=] { return decodeImage(file, maxPixel); });
+    return guarded([&] { return decodeImage(file, maxPixel, memory); });
 }
 
-std::optional<Decoded> Decode::frames(int file, int first, int maxPixel)
+Decoded Decode::frames(int file, int first, int maxPixel, SharedMemory &memory)
 {
-    return guarded([=] { return decodeFrames(file, first, maxPixel); });
+    return guarded([&] { return decodeFrames(file, first, maxPixel, memory); });
 }

@@ -39,7 +39,7 @@ void chooseLargest(QImageReader &reader)
 
 }
 
-std::optional<Decoded> Decode::otherImage(int file, int maxPixel)
+Decoded Decode::otherImage(int file, int maxPixel, SharedMemory &memory)
 {
     ::lseek(file, 0, SEEK_SET);
     QFile device;
@@ -58,5 +58,5 @@ std::optional<Decoded> Decode::otherImage(int file, int maxPixel)
     return fromImage(
         fits ? whole
              : whole.scaled(maxPixel, maxPixel, Qt::KeepAspectRatio, Qt::SmoothTransformation),
-        whole.size(), 1);
+        whole.size(), 1, memory);
 }

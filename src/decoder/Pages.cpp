@@ -48,7 +48,7 @@ private:
 
 }
 
-std::optional<Decoded> Decode::page(int file, int page, int maxPixel)
+Decoded Decode::page(int file, int page, int maxPixel, SharedMemory &memory)
 {
     Poppler::setDebugErrorFunction([](const QString &, const QVariant &) {}, {});
     const Mapped mapped(file);
@@ -66,5 +66,5 @@ std::optional<Decoded> Decode::page(int file, int page, int maxPixel)
         return std::nullopt;
     const double resolution = maxPixel * pointsAnInch / longer;
     return fromImage(sheet->renderToImage(resolution, resolution), points.toSize(),
-                     document->numPages());
+                     document->numPages(), memory);
 }

@@ -1,6 +1,6 @@
 // Decodes files for the program, one after the other, until the program is gone. It gets each as an
 // open file and gives pixels back; whatever a hostile file makes of it stays in here.
-#include "decoder/Confinement.h"
+#include "confined/Confinement.h"
 #include "decoder/Decoded.h"
 
 #include <clocale>
@@ -13,21 +13,24 @@ namespace {
 
 using namespace DecoderProtocol;
 
-std::optional<Decoded> work(const Job &job, int file)
+constexpr size_t mostMemory = 2048UL << 20; // Libraries take 300 MB of it.
+
+Decoded work(const Job &job, int file, int descriptor)
 {
     if (file < 0 || job.maxPixel < 0 || job.number < 0)
         return std::nullopt;
+    SharedMemory memory(descriptor, mostBytes(job));
     switch (job.kind) {
     case Job::Kind::Image:
-        if (auto decoded = Decode::image(file, job.maxPixel))
+        if (auto decoded = Decode::image(file, job.maxPixel, memory))
             return decoded;
-        return Decode::otherImage(file, job.maxPixel);
+        return Decode::otherImage(file, job.maxPixel, memory);
     case Job::Kind::Page:
-        return Decode::page(file, job.number, job.maxPixel);
+        return Decode::page(file, job.number, job.maxPixel, memory);
     case Job::Kind::Frames:
-        return Decode::frames(file, job.number, job.maxPixel);
+        return Decode::frames(file, job.number, job.maxPixel, memory);
     case Job::Kind::Archive:
-        return Decode::archive(file);
+        return Decode::archive(file, memory);
     }
     return std::nullopt;
 }
@@ -36,12 +39,15 @@ std::optional<Decoded> work(const Job &job, int file)
 
 int main()
 {
-    // Of the program's own files and sockets nothing is to be in reach.
-    ::close_range(STDERR_FILENO + 1, socketDescriptor - 1, 0);
-    ::close_range(socketDescriptor + 1, ~0U, 0);
+    using namespace Confined;
+    closeOthers(socketDescriptor); // Of the program's own files and sockets nothing is in reach.
     std::setlocale(LC_CTYPE, "C.UTF-8"); // In which names are read from archives.
-    Decode::begin();
-    if (!confine()) {
+    bool confined = limit({ .memory = mostMemory }) && shutFileTree({}, Opening::For::Reading);
+    if (confined) {
+        Decode::begin();
+        confined = allowOnly(Calls::Decoding);
+    }
+    if (!confined) {
         std::fputs("vantle-decoder: cannot be confined, decodes nothing\n", stderr);
         return unableStatus;
     }
@@ -50,13 +56,13 @@ int main()
         if (!received || received->message.isEmpty())
             std::_Exit(EXIT_SUCCESS); // Nothing of it has to be tidied up.
         const auto job = decodeJob(received->message);
-        const auto decoded = job ? work(*job, received->descriptor) : std::nullopt;
-        if (received->descriptor >= 0)
-            ::close(received->descriptor);
-        if (decoded)
-            decoded->memory.seal();
-        if (!send(socketDescriptor, encode(decoded ? decoded->result : Result()),
-                  decoded ? decoded->memory.descriptor() : -1))
+        const auto [file, memory] = received->files;
+        const auto decoded = job ? work(*job, file, memory) : std::nullopt;
+        for (const int open : received->files) {
+            if (open >= 0)
+                ::close(open);
+        }
+        if (!send(socketDescriptor, encode(decoded.value_or(Result()))))
             std::_Exit(EXIT_SUCCESS);
     }
 }

@@ -11,13 +11,17 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include <sys/mman.h>
 #include <unistd.h>
 
-Player::Player(int socket)
+Player::Player(int socket, int memory, const Command &open)
     : m_socket(socket)
+    , m_memory(memory)
     , m_notifier(socket, QSocketNotifier::Read)
+    , m_room(open.room)
 {
+    m_player.setVideoSink(&m_sink);
+    if (!QMediaDevices::defaultAudioOutput().isNull()) // Else the film would wait for it.
+        m_player.setAudioOutput(&m_sound);
     connect(&m_notifier, &QSocketNotifier::activated, this, &Player::receive);
     connect(&m_player, &QMediaPlayer::mediaStatusChanged, this, &Player::tellStatus);
     connect(&m_player, &QMediaPlayer::playbackStateChanged, this, &Player::tellState);
@@ -33,16 +37,14 @@ void Player::receive()
     if (!received || received->message.isEmpty())
         std::_Exit(EXIT_SUCCESS); // The program is gone. Nothing has to be tidied up.
     if (const auto command = PlayerProtocol::decodeCommand(received->message))
-        obey(*command, received->descriptor);
+        obey(*command);
 }
 
-void Player::obey(const Command &command, int file)
+void Player::obey(const Command &command)
 {
     switch (command.kind) {
     case Command::Kind::Open:
-        m_room = command.room;
-        open(file);
-        break;
+        break; // Once, at the beginning.
     case Command::Kind::Play:
         if (m_player.hasVideo() || m_player.audioOutput())
             m_player.play();
@@ -70,16 +72,13 @@ void Player::obey(const Command &command, int file)
 /// By its descriptor: where it lies, and what lies beside it, is nothing to the codecs.
 void Player::open(int file)
 {
-    m_player.setVideoSink(&m_sink);
-    if (!QMediaDevices::defaultAudioOutput().isNull()) // Else the film would wait for it.
-        m_player.setAudioOutput(&m_sound);
     m_player.setSource(QUrl(QStringLiteral("file:///proc/self/fd/%1").arg(file)));
     m_player.pause(); // Shows the first picture.
 }
 
-void Player::tell(const Event &event, int memory) const
+void Player::tell(const Event &event) const
 {
-    if (!DecoderProtocol::send(m_socket, PlayerProtocol::encode(event), memory))
+    if (!DecoderProtocol::send(m_socket, PlayerProtocol::encode(event)))
         std::_Exit(EXIT_SUCCESS);
 }
 
@@ -129,12 +128,9 @@ void Player::tellPicture()
     if (std::max(image.width(), image.height()) > PlayerProtocol::largestSide)
         return;
     image.convertTo(QImage::Format_ARGB32_Premultiplied);
-    const int memory = ::memfd_create("picture", MFD_CLOEXEC);
     const auto bytes = static_cast<size_t>(image.sizeInBytes());
-    if (memory >= 0 && ::write(memory, image.constBits(), bytes) == image.sizeInBytes()) {
-        m_isTaken = false;
-        tell({ .kind = Event::Kind::Picture, .size = image.size() }, memory);
-    }
-    if (memory >= 0)
-        ::close(memory);
+    if (::pwrite(m_memory, image.constBits(), bytes, 0) != image.sizeInBytes())
+        return;
+    m_isTaken = false;
+    tell({ .kind = Event::Kind::Picture, .size = image.size() });
 }

@@ -12,21 +12,26 @@
 class Player final : public QObject
 {
 public:
-    explicit Player(int socket);
+    /// The command that opens came with these files.
+    Player(int socket, int memory, const PlayerProtocol::Command &open);
+
+    /// Whatever of the system it plays by, it is connected with now. From here on
+    /// the process may lose the means for that.
+    void open(int file);
 
 private:
     using Command = PlayerProtocol::Command;
     using Event = PlayerProtocol::Event;
 
     void receive();
-    void obey(const Command &command, int file);
-    void open(int file);
-    void tell(const Event &event, int memory = -1) const;
+    void obey(const Command &command);
+    void tell(const Event &event) const;
     void tellStatus(QMediaPlayer::MediaStatus status);
     void tellState();
     void tellPicture();
 
     const int m_socket;
+    const int m_memory;
     QSocketNotifier m_notifier;
     QMediaPlayer m_player;
     QVideoSink m_sink;

@@ -27,6 +27,11 @@ def document(path, colour):
     return path
 
 
+def film(path, colour):
+    Image.new("RGB", (256, 256), colour).save(path, "PNG")
+    return path
+
+
 def bomb(path, edge=60000):
     """A PNG file of a few bytes that says it has billions of pixels."""
     def chunk(kind, data):
@@ -36,11 +41,9 @@ def bomb(path, edge=60000):
     return path
 
 
-def thumbnailer(desktop, colour):
-    """An application's program for videos; it leaves a process behind that would run for minutes."""
-    picture = desktop.home / "made.png"
-    Image.new("RGB", (256, 256), colour).save(picture)
-    script = desktop.write(desktop.home / "bin/make", f'#!/bin/sh\nsleep 611 &\ncp {picture} "$2"\n')
+def thumbnailer(desktop):
+    """An application's program for videos, which are pictures. It leaves processes behind that would run for minutes."""
+    script = desktop.write(desktop.home / "bin/make", '#!/bin/sh\nsleep 611 &\nsetsid sleep 611 &\ncp "$1" "$2"\n')
     script.chmod(0o700)
     desktop.write(desktop.data_home / "thumbnailers/test.thumbnailer",
                   f"[Thumbnailer Entry]\nExec={script} %i %o %s\nMimeType=video/mp4;\n")
@@ -72,11 +75,11 @@ class Rows:
 @main
 @pytest.mark.any_wm
 def test_rows_show_their_files_and_survive_what_is_none(desktop, program):
-    thumbnailer(desktop, YELLOW)
+    thumbnailer(desktop)
     program.start()
     rows = Rows(desktop, program)
     files = [jpeg(desktop.home / "red.jpg", RED), document(desktop.home / "blue.pdf", BLUE),
-             desktop.write(desktop.home / "film.mp4", b"a video"), bomb(desktop.home / "bomb.png"),
+             film(desktop.home / "film.mp4", YELLOW), bomb(desktop.home / "bomb.png"),
              desktop.write(desktop.home / "broken.jpg", b"\xff\xd8\xff\xe0 and no more")]
     desktop.run(program.binary, *files)
     program.wait_for_items(len(files))

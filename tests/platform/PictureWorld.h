@@ -6,6 +6,7 @@
 #include "platform/linux/DecoderPool.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QPainter>
 #include <QPdfWriter>
@@ -142,6 +143,19 @@ public:
     FileLanes lanes;
     DecoderPool decoder { QStringLiteral(VANTLE_BINARY_DIR "/bin/vantle-decoder"), lanes, queue };
 };
+
+/// Those that run with that command line, or one that ends in it.
+inline QList<pid_t> processes(const QByteArray &commandLine)
+{
+    QList<pid_t> found;
+    for (const QString &name : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile file(QStringLiteral("/proc/%1/cmdline").arg(name));
+        if (name.toInt() > 0 && file.open(QIODevice::ReadOnly)
+            && file.readAll().replace('\0', ' ').trimmed().endsWith(commandLine))
+            found.append(name.toInt());
+    }
+    return found;
+}
 
 /// Colours survive a format's losses by and large.
 inline testing::AssertionResult isNear(const QColor &seen, const QColor &wanted)

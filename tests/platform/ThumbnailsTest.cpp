@@ -1,11 +1,11 @@
 #include "PictureWorld.h"
 
+#include "confined/FileTree.h"
 #include "platform/linux/DesktopThumbnails.h"
 
 #include <QCryptographicHash>
 #include <QDir>
 
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 using Representation = ThumbnailGenerator::Representation;
 
-/// A desktop with a cache and with thumbnailers that are scripts of the test.
+/// A desktop with a cache and with a thumbnailer that is a script of the test.
 class ThumbnailDesktop : public PictureWorld
 {
 public:
@@ -26,14 +26,27 @@ public:
         write("data/thumbnailers/absent.thumbnailer",
               "[Thumbnailer Entry]\nExec=/nowhere/program %i %o\nMimeType=video/ogg;\n");
         write("data/thumbnailers/broken.thumbnailer", "not an entry");
+        // From in there nothing can be told.
+        program("confined",
+                "echo x >> " + path("runs") + "; printf '%s\\n' \"$@\" > " + path("arguments")
+                    + "; exec " VANTLE_BINARY_DIR "/bin/vantle-confined \"$@\"");
         script("exit 1");
     }
-    void script(const QByteArray &commands)
+    void program(const QByteArray &name, const QByteArray &commands)
     {
-        write("thumbnailer", "#!/bin/sh\necho x >> " + path("runs") + "\n" + commands + "\n");
-        ::chmod(path("thumbnailer").constData(), 0700);
+        ::chmod(write(name, "#!/bin/sh\n" + commands + "\n").constData(), 0700);
     }
+    void script(const QByteArray &commands) { program("thumbnailer", commands); }
     qsizetype runs() const { return read(path("runs")).count('x'); }
+    /// The input, the folder for the output, the program and its own.
+    QByteArrayList arguments() const { return read(path("arguments")).split('\n'); }
+    /// A "video" that its thumbnailer has but to copy.
+    QByteArray video(const QByteArray &name)
+    {
+        QImage picture(256, 128, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        return write(name, read(save("picture.png", picture)));
+    }
 
     struct Shown
     {
@@ -66,8 +79,8 @@ public:
     /// Whether it is noted that the file, as it is, cannot be shown.
     bool isNoted(const QByteArray &file) const
     {
-        const QDir notes(QFile::decodeName(path("cache/fail")));
-        const QStringList programs = notes.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        const QStringList programs = QDir(QFile::decodeName(path("cache/fail")))
+                                         .entryList(QDir::Dirs | QDir::NoDotAndDotDot);
         return programs.size() == 1
             && FilePath::exists(cached(file, "fail/" + programs[0].toLatin1()));
     }
@@ -76,62 +89,50 @@ public:
     {
         QImage image(edge, edge / 2, QImage::Format_RGB32);
         image.fill(Qt::green);
-        image.setText(QStringLiteral("Thumb::URI"), FilePath::toUrl(file).toString());
         image.setText(QStringLiteral("Thumb::MTime"), QString::number(modified));
         const QByteArray place = cached(file, folder);
         EXPECT_TRUE(NativeFile::makeFolder(FilePath::parent(place)));
         EXPECT_TRUE(image.save(QFile::decodeName(place)));
         return place;
     }
-    static qint64 modified(const QByteArray &file)
+    static struct stat status(const QByteArray &file)
     {
         struct stat status = {};
-        ::stat(file.constData(), &status);
-        return status.st_mtim.tv_sec;
+        EXPECT_EQ(::stat(file.constData(), &status), 0);
+        return status;
     }
 
     DesktopThumbnails thumbnails {
-        { path("cache"), { path("none"), path("data") } }, decoder, lanes, queue
+        { path("cache"), { path("none"), path("data") }, QFile::decodeName(path("confined")) },
+        decoder,
+        lanes,
+        queue
     };
 };
-
-/// What a script does that makes a thumbnail.
-QByteArray copying(const QByteArray &picture)
-{
-    return "cp " + picture + " \"$3\"";
-}
 
 }
 
 TEST(DesktopThumbnails, TakesWhatTheSharedCacheHasOfTheFileAsItIs)
 {
-    const struct
-    {
-        const char *folder;
-        int edge;
-        QSize shown; // 64 pixels are wanted.
-    } classes[] = { { "normal", 128, { 64, 32 } },
-                    { "large", 256, { 64, 32 } },
-                    { "x-large", 512, { 64, 32 } },
-                    { "xx-large", 1024, { 64, 32 } } };
     ThumbnailDesktop d;
     const QByteArray file = d.write("ein Bild & mehr.ogv", "video");
-    for (const auto &c : classes) {
-        SCOPED_TRACE(c.folder);
-        const QByteArray thumbnail = d.put(file, c.folder, c.edge, d.modified(file));
+    const qint64 modified = d.status(file).st_mtim.tv_sec;
+    for (const auto &[folder, edge] :
+         { std::pair("normal", 128), { "large", 256 }, { "x-large", 512 }, { "xx-large", 1024 } }) {
+        SCOPED_TRACE(folder);
+        const QByteArray thumbnail = d.put(file, folder, edge, modified);
         const auto shown = d.generate(file, 5);
         EXPECT_EQ(shown.count, 1);
         EXPECT_EQ(shown.quality, Representation::Thumbnail);
-        EXPECT_EQ(shown.image.size(), c.shown);
+        EXPECT_EQ(shown.image.size(), QSize(64, 32));
         EXPECT_TRUE(isNear(shown.image.pixelColor(5, 5), Qt::green));
         ::unlink(thumbnail.constData());
     }
     EXPECT_EQ(d.runs(), 0);
-    const QByteArray stale = d.put(file, "large", 256, d.modified(file) - 1);
-    EXPECT_EQ(d.generate(file).count, 0);
-    EXPECT_EQ(d.runs(), 1) << "the file changed since";
+    const QByteArray stale = d.put(file, "large", 256, modified - 1);
     EXPECT_EQ(d.generate(stale).count, 0) << "no thumbnails of thumbnails";
     EXPECT_EQ(d.generate(d.path("vanished.ogv")).count, 0);
+    EXPECT_EQ(d.generate(file).count, 0) << "the file changed since";
 }
 
 TEST(DesktopThumbnails, ADocumentsPageGoesIntoTheCache)
@@ -148,97 +149,104 @@ TEST(DesktopThumbnails, ADocumentsPageGoesIntoTheCache)
     EXPECT_EQ(kept.size(), QSize(128, 256));
     EXPECT_EQ(kept.text(QStringLiteral("Thumb::URI")).toLatin1(),
               FilePath::toUrl(file).toEncoded());
-    EXPECT_EQ(kept.text(QStringLiteral("Thumb::MTime")).toLongLong(), d.modified(file));
-    struct stat status = {};
-    ASSERT_EQ(::stat(thumbnail.constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600U);
-    ASSERT_EQ(::stat(FilePath::parent(thumbnail).constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0700U);
+    EXPECT_EQ(kept.text(QStringLiteral("Thumb::MTime")).toLongLong(),
+              d.status(file).st_mtim.tv_sec);
+    EXPECT_EQ(d.status(thumbnail).st_mode & 0777, 0600U);
+    EXPECT_EQ(d.status(FilePath::parent(thumbnail)).st_mode & 0777, 0700U);
     EXPECT_EQ(d.generate(d.write("broken.pdf", "%PDF")).count, 0);
 }
 
-TEST(DesktopThumbnails, RunsTheProgramThatIsInstalledForTheType)
+/// The program reaches its own file, that one and the folder for its output, and cannot run where
+/// the kernel does not keep it from others.
+class ThumbnailProgram : public testing::Test
 {
+protected:
+    void SetUp() override
+    {
+        if (Confined::landlockVersion() == 0)
+            GTEST_SKIP() << "without Landlock none is run";
+    }
     ThumbnailDesktop d;
-    QImage picture(256, 128, QImage::Format_RGB32);
-    picture.fill(Qt::red);
-    const QByteArray file = d.write("with 'quotes' $HOME.ogv", "video");
-    d.script("printf '%s\\n' \"$@\" > " + d.path("arguments") + "; [ -f \"$2\" ] && "
-             + copying(d.save("picture.png", picture)));
+};
+
+TEST_F(ThumbnailProgram, IsTheOneThatIsInstalledForTheType)
+{
+    const QByteArray file = d.video("with 'quotes' $HOME.ogv");
+    d.script("cp \"$2\" \"$3\"");
     const auto shown = d.generate(file, 5);
     EXPECT_EQ(shown.quality, Representation::Thumbnail);
     EXPECT_EQ(shown.image.size(), QSize(64, 32));
     EXPECT_TRUE(isNear(shown.image.pixelColor(5, 5), Qt::red));
-    const auto arguments = d.read(d.path("arguments")).split('\n');
-    ASSERT_EQ(arguments.size(), 6);
-    EXPECT_EQ(arguments[0], "256");
-    EXPECT_EQ(arguments[1], file);
-    EXPECT_EQ(arguments[3], FilePath::toUrl(file).toEncoded());
-    EXPECT_EQ(arguments[4], "%");
-    EXPECT_EQ(d.runs(), 1);
+    const auto arguments = d.arguments();
+    const QByteArrayList expected { file,
+                                    arguments[1],
+                                    d.path("thumbnailer"),
+                                    "256",
+                                    file,
+                                    arguments[1] + "/thumbnail.png",
+                                    FilePath::toUrl(file).toEncoded(),
+                                    "%",
+                                    "" };
+    EXPECT_EQ(arguments, expected);
+    EXPECT_FALSE(FilePath::exists(arguments[1])) << "what it wrote is cleared away";
     EXPECT_EQ(d.generate(file, 5).count, 1);
-    EXPECT_EQ(d.runs(), 1) << "from the cache";
     EXPECT_EQ(d.generate(d.write("a.txt", "words"), 0.3).count, 0);
+    EXPECT_EQ(d.runs(), 1) << "from the cache";
 }
 
-TEST(DesktopThumbnails, AProgramThatFailsIsEndedAndNotTriedUntilTheFileChanges)
+TEST_F(ThumbnailProgram, ThatFailsIsEndedAndNotTriedUntilTheFileChanges)
 {
-    const struct
-    {
-        const char *what;
-        QByteArray commands;
-    } cases[] = {
-        { "fails", "exit 1" },
-        { "writes nothing", "exit 0" },
-        { "writes garbage", "echo garbage > \"$3\"" },
-        { "is killed", "kill -9 $$" },
-        { "hangs with a child", "sleep 611 & echo $! > $(dirname $0)/child; sleep 611" },
-        { "eats memory", "exec /usr/bin/python3 -c 'a = bytearray(3 << 30)'" },
-        { "writes without end", "exec cat /dev/zero > \"$3\"" },
+    const QByteArray sleep = "sleep 611." + QByteArray::number(::getpid());
+    const QByteArray cases[] = {
+        "exit 1",
+        "exit 0", // And nothing is written.
+        "echo garbage > \"$3\"",
+        "cat \"$0.other\" > \"$3\"", // Another file of the user's.
+        "ln -s \"$0.other\" \"$3\"",
+        "(setsid " + sleep + " || " + sleep + ") & " + sleep, // Hangs with a child.
+        "exec perl -e '$a = \"x\" x (3 << 30)'",
+        "exec cat /dev/zero > \"$3\"",
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
-        ThumbnailDesktop d;
-        d.queue.haste = 10;
-        d.script(c.commands);
-        const QByteArray file = d.write("a.ogv", "video");
+    d.queue.haste = 5;
+    const QByteArray other = d.video("thumbnailer.other");
+    for (const QByteArray &commands : cases) {
+        SCOPED_TRACE(commands.constData());
+        d.script(commands);
+        const auto before = d.runs();
+        const QByteArray file = d.write(QByteArray::number(before) + ".ogv", "video");
         int updates = 0;
         const Ticket ticket
             = d.thumbnails.generate(FilePath::toUrl(file), 32, 2, [&](auto &&...) { ++updates; });
-        ASSERT_TRUE(d.waitFor([&] { return d.isNoted(file); }, 5));
+        ASSERT_TRUE(d.waitFor([&] { return d.isNoted(file); }, 8));
         EXPECT_EQ(updates, 0);
-        const auto child = static_cast<pid_t>(d.read(d.path("child")).trimmed().toInt());
-        EXPECT_TRUE(child == 0 || d.waitFor([&] { return ::kill(child, 0) != 0; }, 2));
-        EXPECT_EQ(d.generate(file, 0.3).count, 0);
-        EXPECT_EQ(d.runs(), 1);
-        d.write("a.ogv", "another video");
-        d.generate(file, 0.5);
-        EXPECT_EQ(d.runs(), 2);
+        EXPECT_TRUE(d.waitFor([&] { return processes(sleep).isEmpty(); }, 3));
+        EXPECT_EQ(d.generate(file, 0.2).count, 0);
+        EXPECT_EQ(d.runs(), before + 1);
     }
+    const QByteArray file = d.write("0.ogv", "another video");
+    const auto before = d.runs();
+    const Ticket ticket = d.thumbnails.generate(FilePath::toUrl(file), 32, 2, [](auto &&...) {});
+    EXPECT_TRUE(d.waitFor([&] { return d.runs() > before; }, 5));
 }
 
-TEST(DesktopThumbnails, OneThatNobodyWaitsForIsEndedAndTheNextBegins)
+TEST_F(ThumbnailProgram, ThatNobodyWaitsForIsEndedAndTheNextBegins)
 {
-    ThumbnailDesktop d;
-    QImage picture(256, 128, QImage::Format_RGB32);
-    picture.fill(Qt::red);
-    d.script("case \"$2\" in */slow.ogv) dirname \"$3\" > $(dirname $0)/folder; echo $$ > "
-             "$(dirname $0)/slow; sleep 611;; esac\n"
-             + copying(d.save("picture.png", picture)));
-    Ticket slow = d.thumbnails.generate(FilePath::toUrl(d.write("slow.ogv", "video")), 32, 2,
+    const QByteArray sleep = "sleep 612." + QByteArray::number(::getpid());
+    d.script("case \"$2\" in */slow.ogv) " + sleep + ";; esac\ncp \"$2\" \"$3\"");
+    Ticket slow = d.thumbnails.generate(FilePath::toUrl(d.video("slow.ogv")), 32, 2,
                                         [](auto &&...) { ADD_FAILURE() << "cancelled"; });
-    ASSERT_TRUE(d.waitFor([&] { return d.read(d.path("slow")).endsWith('\n'); }, 3));
-    const auto process = static_cast<pid_t>(d.read(d.path("slow")).trimmed().toInt());
+    ASSERT_TRUE(d.waitFor([&] { return !processes(sleep).isEmpty(); }, 5));
+    const QByteArray folder = d.arguments().value(1);
     int updates = 0;
-    Ticket next = d.thumbnails.generate(FilePath::toUrl(d.write("next.ogv", "video")), 32, 2,
-                                        [&](auto &&...) {
-                                            ++updates;
-                                            next.reset();
-                                        });
+    Ticket next
+        = d.thumbnails.generate(FilePath::toUrl(d.video("next.ogv")), 32, 2, [&](auto &&...) {
+              ++updates;
+              next.reset();
+          });
     d.waitFor([] { return false; }, 0.2);
     EXPECT_EQ(d.runs(), 1) << "one at a time";
     slow.reset();
-    EXPECT_TRUE(d.waitFor([&] { return updates == 1; }, 3));
-    EXPECT_TRUE(d.waitFor([&] { return ::kill(process, 0) != 0; }, 2));
-    EXPECT_FALSE(FilePath::exists(d.read(d.path("folder")).trimmed()));
+    EXPECT_TRUE(d.waitFor([&] { return updates == 1; }, 5));
+    EXPECT_TRUE(d.waitFor([&] { return processes(sleep).isEmpty(); }, 3));
+    EXPECT_FALSE(FilePath::exists(folder));
 }

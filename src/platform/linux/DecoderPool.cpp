@@ -22,7 +22,7 @@ namespace {
 constexpr double timeForAJob = 10; // Seconds.
 constexpr double timeOfRest = 300; // Seconds until idle processes end.
 constexpr int mostOpening[2] = { 4, 2 }; // Local and remote files open, or being opened, at once.
-constexpr qint64 largestResult = 1LL << 30; // Bytes.
+constexpr qsizetype mostFailures = 4096; // That are remembered.
 constexpr qint64 keptMapped = 256 << 10; // What is smaller is copied out of its pages.
 
 size_t processes()
@@ -45,14 +45,9 @@ Opened openFile(const QByteArray &path)
     return { file, PlainFile::version(status) };
 }
 
-/// The memory of a result, mapped; null where it is not what the result says.
 const uchar *mapped(const Result &result, int memory)
 {
-    struct stat status = {};
-    // Unsealed memory could be cut off while it is painted.
-    const int seals = ::fcntl(memory, F_GET_SEALS);
-    if (result.bytes <= 0 || result.bytes > largestResult || ::fstat(memory, &status) != 0
-        || status.st_size < result.bytes || seals < 0 || (seals & F_SEAL_SHRINK) == 0)
+    if (result.bytes <= 0)
         return nullptr;
     void *const at
         = ::mmap(nullptr, static_cast<size_t>(result.bytes), PROT_READ, MAP_SHARED, memory, 0);
@@ -75,10 +70,7 @@ void unmap(void *mapping)
 QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
 {
     const qint64 each = static_cast<qint64>(result.width) * result.height * 4;
-    if (!result.decoded || result.width <= 0 || result.height <= 0 || result.width > 65535
-        || result.height > 65535 || count <= 0 || each * count != result.bytes)
-        return {};
-    const uchar *const at = mapped(result, memory);
+    const uchar *const at = result.decoded ? mapped(result, memory) : nullptr;
     if (at == nullptr)
         return {};
     QList<QImage> images;
@@ -124,13 +116,25 @@ struct DecoderPool::Work
     bool remote = false;
     int file = -1; // Once it is open.
     QByteArray version {};
+    int memory = -1; // For the result, once it is being decoded.
     std::weak_ptr<const void> ticket {};
 
     bool isCancelled() const { return ticket.expired(); }
-    void closeFile()
+    void closeFile() { close(file); }
+    ~Work()
     {
-        if (const int open = std::exchange(file, -1); open >= 0)
-            ::close(open);
+        close(file);
+        close(memory);
+    }
+
+    /// By which it is remembered that there is nothing to be shown.
+    QByteArray failure() const { return version + DecoderProtocol::encode(job); }
+
+private:
+    static void close(int &open)
+    {
+        if (const int closed = std::exchange(open, -1); closed >= 0)
+            ::close(closed);
     }
 };
 
@@ -148,11 +152,7 @@ DecoderPool::DecoderPool(QString program, FileLanes &lanes, MainQueue &queue)
 {
 }
 
-DecoderPool::~DecoderPool()
-{
-    for (const auto &work : m_ready)
-        work->closeFile();
-}
+DecoderPool::~DecoderPool() = default;
 
 QString DecoderPool::installedProgram()
 {
@@ -290,12 +290,13 @@ void DecoderPool::opened(const WorkPointer &work, int file, const QByteArray &ve
 {
     work->file = file;
     work->version = version;
-    if (file >= 0 && !m_missing && !work->isCancelled()) {
+    const bool known = m_failures.contains(work->failure());
+    if (file >= 0 && !m_missing && !known && !work->isCancelled()) {
         m_ready.push_back(work);
     } else {
         work->closeFile();
         --m_opening[work->remote ? 1 : 0];
-        answer(work, {}, -1);
+        answer(*work, {});
     }
     advance();
 }
@@ -328,12 +329,11 @@ DecoderPool::WorkerPointer DecoderPool::freeWorker()
         return nullptr;
     auto worker = std::make_shared<Worker>();
     worker->process = std::make_unique<HelperProcess>(m_program);
-    worker->process->onMessage = [this, &to = *worker](const QByteArray &message, int memory) {
-        const auto result = DecoderProtocol::decodeResult(message);
+    worker->process->onMessage = [this, &to = *worker](const QByteArray &message) {
+        const auto result
+            = to.work ? DecoderProtocol::decodeResult(message, to.work->job) : std::nullopt;
         if (result)
-            finished(to, *result, memory);
-        else if (memory >= 0)
-            ::close(memory);
+            finished(to, *result);
         return result.has_value();
     };
     worker->process->onEnd = [this, weak = std::weak_ptr(worker)](HelperProcess::End how) {
@@ -349,7 +349,9 @@ void DecoderPool::begin(const WorkerPointer &worker, const WorkPointer &work)
     worker->work = work;
     worker->limit = m_queue.after(
         timeForAJob, [this, weak = std::weak_ptr(worker), work] { loseSoon(weak, work); });
-    const bool given = worker->process->give(DecoderProtocol::encode(work->job), work->file);
+    work->memory = HelperProcess::makeMemory(DecoderProtocol::mostBytes(work->job));
+    const bool given = work->memory >= 0
+        && worker->process->give(DecoderProtocol::encode(work->job), { work->file, work->memory });
     work->closeFile();
     if (!given)
         loseSoon(worker, nullptr);
@@ -366,14 +368,24 @@ void DecoderPool::loseSoon(const std::weak_ptr<Worker> &worker, const WorkPointe
     });
 }
 
-void DecoderPool::finished(Worker &worker, const Result &result, int memory)
+void DecoderPool::finished(Worker &worker, const Result &result)
 {
     worker.limit.reset();
-    if (const WorkPointer work = std::exchange(worker.work, nullptr))
-        answer(work, result, memory);
-    if (memory >= 0)
-        ::close(memory);
+    const WorkPointer work = std::exchange(worker.work, nullptr);
+    if (!result.decoded)
+        rememberFailure(*work);
+    answer(*work, result);
     advance();
+}
+
+/// A file of a server may only have been slow.
+void DecoderPool::rememberFailure(const Work &work)
+{
+    if (work.remote || m_missing)
+        return;
+    if (m_failures.size() >= mostFailures)
+        m_failures.clear();
+    m_failures.insert(work.failure());
 }
 
 /// It crashed, or took too long.
@@ -381,41 +393,43 @@ void DecoderPool::lost(const WorkerPointer &worker)
 {
     if (std::erase(m_workers, worker) == 0)
         return;
-    if (const WorkPointer work = std::exchange(worker->work, nullptr))
-        answer(work, {}, -1);
+    if (const WorkPointer work = std::exchange(worker->work, nullptr)) {
+        rememberFailure(*work);
+        answer(*work, {});
+    }
     if (m_missing) {
         for (const WorkPointer &work : std::exchange(m_ready, {})) {
             work->closeFile();
             --m_opening[work->remote ? 1 : 0];
-            answer(work, {}, -1);
+            answer(*work, {});
         }
     }
     advance();
 }
 
-void DecoderPool::answer(const WorkPointer &work, const Result &result, int memory)
+void DecoderPool::answer(const Work &work, const Result &result)
 {
-    const auto ticket = work->ticket.lock(); // Whoever is called may drop it.
+    const auto ticket = work.ticket.lock(); // Whoever is called may drop it.
     if (!ticket)
         return;
-    if (work->listing)
-        return work->listing(listingOf(result, memory));
-    if (work->frames) {
+    if (work.listing)
+        return work.listing(listingOf(result, work.memory));
+    if (work.frames) {
         if (result.decoded && result.milliseconds.isEmpty())
-            return work->frames(QList<Frame>()); // Past the end.
-        const auto images = imagesOf(result, memory, result.milliseconds.size());
+            return work.frames(QList<Frame>()); // Past the end.
+        const auto images = imagesOf(result, work.memory, result.milliseconds.size());
         if (images.isEmpty())
-            return work->frames(std::nullopt);
+            return work.frames(std::nullopt);
         QList<Frame> frames;
         for (qsizetype i = 0; i < images.size(); ++i)
             frames.append({ images[i], result.milliseconds[i] });
-        return work->frames(frames);
+        return work.frames(frames);
     }
-    const auto images = imagesOf(result, memory, 1);
+    const auto images = imagesOf(result, work.memory, 1);
     if (images.isEmpty())
-        return work->picture(std::nullopt);
-    work->picture(Picture { images.first(), QSize(result.wholeWidth, result.wholeHeight),
-                            result.count, work->version });
+        return work.picture(std::nullopt);
+    work.picture(Picture { images.first(), QSize(result.wholeWidth, result.wholeHeight),
+                           result.count, work.version });
 }
 
 /// Idle processes are kept for a while, since starting one takes longer than most pictures.

@@ -4,7 +4,7 @@
 #include "platform/linux/DecoderProtocol.h"
 #include "platform/linux/FileLanes.h"
 
-#include <QHash>
+#include <QSet>
 
 #include <list>
 #include <memory>
@@ -15,7 +15,8 @@ class MainQueue;
 
 /// Decodes in as many processes as there are cores. They start with the first
 /// request and end when nothing was asked for some minutes. One that crashes, or
-/// takes longer than its time, costs the answer that it owed and is replaced.
+/// takes longer than its time, costs the answer that it owed and is replaced. What
+/// could not be decoded is not tried again for as long as the file is the same.
 class DecoderPool final : public PictureDecoder
 {
 public:
@@ -49,10 +50,11 @@ private:
     void decodeReady();
     WorkerPointer freeWorker();
     void begin(const WorkerPointer &worker, const WorkPointer &work);
-    void finished(Worker &worker, const DecoderProtocol::Result &result, int memory);
+    void finished(Worker &worker, const DecoderProtocol::Result &result);
+    void rememberFailure(const Work &work);
     void lost(const WorkerPointer &worker);
     void loseSoon(const std::weak_ptr<Worker> &worker, const WorkPointer &tooLong);
-    static void answer(const WorkPointer &work, const DecoderProtocol::Result &result, int memory);
+    static void answer(const Work &work, const DecoderProtocol::Result &result);
     void restOrEnd();
 
     const QString m_program;
@@ -63,6 +65,7 @@ private:
     std::list<WorkPointer> m_ready; // Their files are open.
     int m_opening[2] = { 0, 0 }; // Local and remote files.
     std::vector<WorkerPointer> m_workers;
+    QSet<QByteArray> m_failures; // Of local files as they are: Work::failure().
     bool m_missing = false; // The decoder program is not there.
     Ticket m_rest; // Runs while nothing is asked for.
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.

@@ -4,19 +4,20 @@
 
 #include <QByteArray>
 
+#include <array>
+#include <initializer_list>
 #include <optional>
 
 /// What the program and its decoder processes say to each other. Each message is
-/// one packet of a SOCK_SEQPACKET socket and may carry one file descriptor: a job
-/// the file to be decoded, a result the memory that holds its pixels.
+/// one packet of a SOCK_SEQPACKET socket. A job carries two descriptors: the file to
+/// be decoded, and memory of mostBytes() for what comes of it, whose size is sealed.
 namespace DecoderProtocol {
 
 // Of the decoder process: far from those that starting a process uses.
 inline constexpr int socketDescriptor = 99;
-// Its exit status where the system does not let it confine itself.
-inline constexpr int unableStatus = 69;
 inline constexpr qsizetype largestMessage = 65536; // Bytes.
 inline constexpr int mostFrames = 64; // Of an animation, in one result.
+inline constexpr qint64 mostFrameBytes = 24 << 20; // Likewise, or one that is larger.
 inline constexpr int mostEntries = 10'000; // Of an archive.
 
 struct Job
@@ -27,6 +28,9 @@ struct Job
     qint32 number = 0; // Of the page, or the first frame.
     qint32 maxPixel = 0;
 };
+
+/// Of memory that the result of this job may take.
+qint64 mostBytes(const Job &job);
 
 /// The memory holds `frames` pictures of premultiplied ARGB one after the other,
 /// without gaps, or a listing of that many bytes.
@@ -45,17 +49,19 @@ struct Result
 QByteArray encode(const Job &job);
 std::optional<Job> decodeJob(const QByteArray &message);
 QByteArray encode(const Result &result);
-std::optional<Result> decodeResult(const QByteArray &message);
+/// None where it is no result of that job.
+std::optional<Result> decodeResult(const QByteArray &message, const Job &job);
 
 QByteArray encode(const PictureDecoder::Listing &listing);
 std::optional<PictureDecoder::Listing> decodeListing(const QByteArray &bytes);
 
-/// False where the other side is gone. A descriptor of -1 is none.
-bool send(int socket, const QByteArray &message, int descriptor);
+inline constexpr int mostFiles = 2; // With one message.
+/// False where the other side is gone.
+bool send(int socket, const QByteArray &message, std::initializer_list<int> files = {});
 struct Received
 {
     QByteArray message; // Empty: the other side is gone.
-    int descriptor = -1; // The receiver's to close.
+    std::array<int, mostFiles> files; // The receiver's to close; -1 is none.
 };
 /// Waits only where the socket blocks.
 std::optional<Received> receive(int socket);

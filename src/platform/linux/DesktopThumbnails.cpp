@@ -3,6 +3,7 @@
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "platform/linux/FileLanes.h"
+#include "platform/linux/HelperProcess.h"
 
 #include <QMimeDatabase>
 
@@ -56,13 +57,15 @@ DesktopThumbnails::Places DesktopThumbnails::placesOf(const Directories &directo
         if (folder.startsWith('/'))
             places.data.append(folder);
     }
+    places.confined = HelperProcess::installedProgram(QStringLiteral("vantle-confined"));
     return places;
 }
 
 DesktopThumbnails::DesktopThumbnails(Places places, PictureDecoder &decoder, FileLanes &lanes,
                                      MainQueue &queue)
     : m_files(std::make_shared<ThumbnailFiles>(std::move(places.cache)))
-    , m_thumbnailers(std::make_shared<Thumbnailers>(std::move(places.data), queue))
+    , m_thumbnailers(
+          std::make_shared<Thumbnailers>(std::move(places.data), std::move(places.confined), queue))
     , m_decoder(decoder)
     , m_lanes(lanes)
     , m_queue(queue)

@@ -22,6 +22,7 @@ public:
     {
         QByteArray cache; // The folder "thumbnails".
         QByteArrayList data; // Folders of the desktop's data, the user's first.
+        QString confined; // The program in which thumbnailers are run.
     };
     static Places placesOf(const Directories &directories);
 

@@ -1,5 +1,6 @@
 #include "platform/linux/HelperProcess.h"
 
+#include "confined/Confinement.h"
 #include "platform/linux/DecoderProtocol.h"
 #include "platform/linux/ProcessEnd.h"
 
@@ -8,9 +9,11 @@
 #include <QSocketNotifier>
 
 #include <csignal>
+#include <cstdio>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -18,6 +21,7 @@
 namespace {
 
 constexpr int notLinkedStatus = 127; // The dynamic linker's, where a library is missing.
+constexpr size_t mostErrors = 16384; // Bytes that are told of what it says of its end.
 
 }
 
@@ -29,11 +33,18 @@ HelperProcess::HelperProcess(const QString &program)
         return;
     m_socket = sockets[0];
     ::fcntl(m_socket, F_SETFL, O_NONBLOCK);
+    // Full, it takes no more, and nobody waits.
+    int errors[2] = { -1, -1 };
+    if (::pipe2(errors, O_CLOEXEC | O_NONBLOCK) == 0)
+        m_errors = errors[0];
     m_process->setStandardInputFile(QProcess::nullDevice());
     m_process->setStandardOutputFile(QProcess::nullDevice());
-    m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process->setChildProcessModifier([other = sockets[1]] {
+    m_process->setStandardErrorFile(QProcess::nullDevice());
+    m_process->setChildProcessModifier([other = sockets[1], to = errors[1]] {
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::setsid(); // The user's terminal is not its.
+        if (to >= 0)
+            ::dup2(to, STDERR_FILENO);
         if (other == DecoderProtocol::socketDescriptor)
             ::fcntl(other, F_SETFD, 0);
         else
@@ -42,8 +53,7 @@ HelperProcess::HelperProcess(const QString &program)
     QObject::connect(m_process.get(), &QProcess::finished, m_process.get(),
                      [this](int status, QProcess::ExitStatus how) {
                          const bool unable = how == QProcess::NormalExit
-                             && (status == DecoderProtocol::unableStatus
-                                 || status == notLinkedStatus);
+                             && (status == Confined::unableStatus || status == notLinkedStatus);
                          end(unable ? End::Missing : End::Crashed);
                      });
     QObject::connect(m_process.get(), &QProcess::errorOccurred, m_process.get(),
@@ -56,13 +66,17 @@ HelperProcess::HelperProcess(const QString &program)
                      [this] { receive(); });
     m_process->start(program, {});
     ::close(sockets[1]);
+    if (errors[1] >= 0)
+        ::close(errors[1]);
 }
 
 HelperProcess::~HelperProcess()
 {
     m_notifier.reset();
-    if (m_socket >= 0)
-        ::close(m_socket);
+    for (const int open : { m_socket, m_errors }) {
+        if (open >= 0)
+            ::close(open);
+    }
     endSoon(std::move(m_process));
 }
 
@@ -78,9 +92,20 @@ QString HelperProcess::installedProgram(const QString &name)
     return folder + name;
 }
 
-bool HelperProcess::give(const QByteArray &message, int file)
+int HelperProcess::makeMemory(qint64 bytes)
 {
-    return !m_ended && m_socket >= 0 && DecoderProtocol::send(m_socket, message, file);
+    const int memory = ::memfd_create("answer", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (memory < 0
+        || (::ftruncate(memory, bytes) == 0
+            && ::fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0))
+        return memory;
+    ::close(memory);
+    return -1;
+}
+
+bool HelperProcess::give(const QByteArray &message, std::initializer_list<int> files)
+{
+    return !m_ended && m_socket >= 0 && DecoderProtocol::send(m_socket, message, files);
 }
 
 void HelperProcess::receive()
@@ -90,8 +115,23 @@ void HelperProcess::receive()
         return;
     if (received->message.isEmpty())
         return m_notifier->setEnabled(false); // How it ended is told by its exit status.
-    if (!onMessage(received->message, received->descriptor))
+    for (const int file : received->files) {
+        if (file >= 0)
+            ::close(file);
+    }
+    if (!onMessage(received->message))
         end(End::Crashed);
+}
+
+/// A terminal obeys what is no plain text.
+void HelperProcess::tellErrors()
+{
+    char text[mostErrors];
+    const ssize_t size = m_errors >= 0 ? ::read(m_errors, text, sizeof text) : -1;
+    for (ssize_t i = 0; i < size; ++i) {
+        if (text[i] == '\n' || (text[i] >= ' ' && text[i] <= '~'))
+            std::fputc(text[i], stderr);
+    }
 }
 
 void HelperProcess::end(End how)
@@ -100,5 +140,6 @@ void HelperProcess::end(End how)
         return;
     if (m_notifier)
         m_notifier->setEnabled(false);
+    tellErrors();
     onEnd(how);
 }

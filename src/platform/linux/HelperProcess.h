@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 
 class QSocketNotifier;
@@ -26,21 +27,27 @@ public:
     /// Where the installation, or the build, has the program of that name.
     static QString installedProgram(const QString &name);
 
-    /// The file stays the caller's. False where the process is gone.
-    bool give(const QByteArray &message, int file = -1);
+    /// New memory for what it answers, whose size neither side can change; -1 where
+    /// there is none. It takes pages when they are written to.
+    static int makeMemory(qint64 bytes);
 
-    /// What it says; the file is the receiver's to close, or -1. False where that
-    /// is not what such a process says, and it counts as crashed.
-    std::function<bool(const QByteArray &message, int file)> onMessage;
+    /// The files stay the caller's. False where the process is gone.
+    bool give(const QByteArray &message, std::initializer_list<int> files = {});
+
+    /// What it says; files that come with it are closed. False where that is not
+    /// what such a process says, and it counts as crashed.
+    std::function<bool(const QByteArray &message)> onMessage;
     /// Told once, while the process is still there for its owner to delete later.
     std::function<void(End)> onEnd;
 
 private:
     void receive();
+    void tellErrors();
     void end(End how);
 
     std::unique_ptr<QProcess> m_process;
     int m_socket = -1;
+    int m_errors = -1; // What it writes to its standard error, as much as a pipe holds.
     std::unique_ptr<QSocketNotifier> m_notifier;
     bool m_ended = false;
 };

@@ -17,7 +17,7 @@ namespace {
 /// Copied out, so that nobody can change it, or cut it off, while it is painted.
 QImage pictureIn(int memory, const QSize &size)
 {
-    if (memory < 0 || size.isEmpty())
+    if (size.isEmpty())
         return {};
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
     const qsizetype bytes = image.sizeInBytes();
@@ -46,7 +46,11 @@ PlayerProcess::PlayerProcess(QString program, const QUrl &url, FileLanes &lanes,
     });
 }
 
-PlayerProcess::~PlayerProcess() = default;
+PlayerProcess::~PlayerProcess()
+{
+    if (m_memory >= 0)
+        ::close(m_memory);
+}
 
 QString PlayerProcess::installedProgram()
 {
@@ -58,10 +62,12 @@ void PlayerProcess::opened(int file)
     if (file < 0)
         return fail();
     m_process = std::make_unique<HelperProcess>(m_program);
-    m_process->onMessage
-        = [this](const QByteArray &message, int memory) { return hear(message, memory); };
+    m_process->onMessage = [this](const QByteArray &message) { return hear(message); };
     m_process->onEnd = [this](HelperProcess::End) { fail(); };
-    if (!m_process->give(PlayerProtocol::encode(Command { Command::Kind::Open, 0, m_room }), file))
+    m_memory = HelperProcess::makeMemory(PlayerProtocol::mostBytes);
+    if (m_memory < 0
+        || !m_process->give(PlayerProtocol::encode(Command { Command::Kind::Open, 0, m_room }),
+                            { file, m_memory }))
         fail();
 }
 
@@ -92,13 +98,11 @@ void PlayerProcess::setRoom(const QSize &room)
         tell({ Command::Kind::Room, 0, room });
 }
 
-bool PlayerProcess::hear(const QByteArray &message, int memory)
+bool PlayerProcess::hear(const QByteArray &message)
 {
     const auto event = PlayerProtocol::decodeEvent(message);
     const bool isPicture = event && event->kind == Event::Kind::Picture;
-    const QImage picture = isPicture ? pictureIn(memory, event->size) : QImage();
-    if (memory >= 0)
-        ::close(memory);
+    const QImage picture = isPicture ? pictureIn(m_memory, event->size) : QImage();
     if (!event || (isPicture && picture.isNull()))
         return false;
     switch (event->kind) {

@@ -37,12 +37,13 @@ private:
 
     void opened(int file);
     void tell(const Command &command);
-    bool hear(const QByteArray &message, int memory);
+    bool hear(const QByteArray &message);
     void fail();
 
     const QString m_program;
     MainQueue &m_queue;
     std::unique_ptr<HelperProcess> m_process;
+    int m_memory = -1; // In which it puts each picture.
     QSize m_room;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

@@ -40,7 +40,8 @@ std::optional<Event> decodeEvent(const QByteArray &message)
     Event event;
     stream >> kind >> event.flag >> event.position >> event.duration >> event.size;
     if (stream.status() != QDataStream::Ok || kind > static_cast<quint8>(Event::Kind::Failed)
-        || event.size.width() > largestSide || event.size.height() > largestSide)
+        || event.size.width() > largestSide || event.size.height() > largestSide
+        || event.position < 0 || event.duration < 0)
         return std::nullopt;
     event.kind = static_cast<Event::Kind>(kind);
     return event;

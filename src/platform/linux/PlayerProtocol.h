@@ -12,7 +12,7 @@ namespace PlayerProtocol {
 struct Command
 {
     enum class Kind : quint8 {
-        Open, // Comes with the file.
+        Open, // Comes with the file, and with memory for mostBytes of picture.
         Play,
         Pause,
         Seek,
@@ -29,7 +29,7 @@ struct Event
 {
     enum class Kind : quint8 {
         Opened, // The size is that of the film, empty where there is none.
-        Picture, // Comes with memory: premultiplied ARGB of that size, without gaps.
+        Picture, // In the memory: premultiplied ARGB of that size, without gaps.
         State,
         Failed,
     };
@@ -42,6 +42,7 @@ struct Event
 };
 
 inline constexpr int largestSide = 8192; // Of a picture.
+inline constexpr qint64 mostBytes = qint64 { 4 } * largestSide * largestSide;
 
 QByteArray encode(const Command &command);
 std::optional<Command> decodeCommand(const QByteArray &message);

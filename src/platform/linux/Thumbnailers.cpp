@@ -2,6 +2,7 @@
 
 #include "base/MainQueue.h"
 #include "base/NativeFile.h"
+#include "confined/FileTree.h"
 #include "platform/linux/ProcessEnd.h"
 
 #include <QDir>
@@ -13,17 +14,11 @@
 #include <csignal>
 #include <utility>
 
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr double longestRun = 10; // Seconds.
-constexpr rlim_t mostProcessorTime = 10; // Seconds.
-constexpr rlim_t mostMemory = 2048UL << 20; // Bytes of address space.
-constexpr rlim_t largestFile = 64 << 20; // Bytes that it may write to one file.
-constexpr int niceness = 15;
 constexpr const char *group = "Thumbnailer Entry";
 
 struct FreeList
@@ -45,25 +40,23 @@ Text valueOf(GKeyFile *file, const char *key)
     return Text(g_key_file_get_string(file, group, key, nullptr));
 }
 
-bool isInstalled(const char *program)
-{
-    return Text(g_find_program_in_path(program)) != nullptr;
-}
-
-/// In the words of the entry; the first is the program.
+/// In the words of the entry; the first is the path of the program.
 QByteArrayList commandIn(GKeyFile *file)
 {
     const Text tried = valueOf(file, "TryExec");
     const Text line = valueOf(file, "Exec");
     char **words = nullptr;
-    if ((tried && !isInstalled(tried.get())) || !line
+    if ((tried && !Text(g_find_program_in_path(tried.get()))) || !line
         || !g_shell_parse_argv(line.get(), nullptr, &words, nullptr))
         return {};
     const std::unique_ptr<char *, FreeList> owned(words);
-    QByteArrayList command;
-    for (char **word = words; *word != nullptr; ++word)
+    const Text program(g_find_program_in_path(words[0]));
+    if (!program)
+        return {};
+    QByteArrayList command { program.get() };
+    for (char **word = words + 1; *word != nullptr; ++word)
         command.append(*word);
-    return isInstalled(command.constFirst()) ? command : QByteArrayList();
+    return command;
 }
 
 /// The fields of one word of a command.
@@ -96,22 +89,6 @@ QByteArray filled(const QByteArray &word, const Thumbnailers::Job &job, const QB
         }
     }
     return result;
-}
-
-void limitSelf()
-{
-    const auto limit = [](__rlimit_resource_t what, rlim_t most) {
-        const rlimit both { most, most };
-        ::setrlimit(what, &both);
-    };
-    ::setsid(); // One group, which ends as one.
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    ::setpriority(PRIO_PROCESS, 0, niceness);
-    limit(RLIMIT_AS, mostMemory);
-    limit(RLIMIT_CPU, mostProcessorTime);
-    limit(RLIMIT_FSIZE, largestFile);
-    limit(RLIMIT_CORE, 0);
 }
 
 }
@@ -147,8 +124,9 @@ struct Thumbnailers::Run
     QByteArray output() const { return folder + "/thumbnail.png"; }
 };
 
-Thumbnailers::Thumbnailers(QByteArrayList dataFolders, MainQueue &queue)
+Thumbnailers::Thumbnailers(QByteArrayList dataFolders, QString confined, MainQueue &queue)
     : m_dataFolders(std::move(dataFolders))
+    , m_confined(std::move(confined))
     , m_queue(queue)
 {
 }
@@ -157,6 +135,8 @@ Thumbnailers::~Thumbnailers() = default;
 
 std::optional<QByteArrayList> Thumbnailers::commandFor(const QByteArrayList &types)
 {
+    if (Confined::landlockVersion() == 0)
+        return std::nullopt; // Any file of the user's would be open to them.
     const std::lock_guard lock(m_mutex);
     if (!std::exchange(m_read, true)) {
         for (const QByteArray &folder : m_dataFolders) {
@@ -235,7 +215,8 @@ void Thumbnailers::begin(const std::shared_ptr<Run> &run)
 void Thumbnailers::start(const std::shared_ptr<Run> &run, const std::function<void(bool)> &ended)
 {
     const QByteArray &folder = run->folder;
-    QStringList arguments;
+    QStringList arguments { QFile::decodeName(run->job.input), QFile::decodeName(folder),
+                            QFile::decodeName(run->job.command.constFirst()) };
     for (const QByteArray &word : run->job.command.mid(1))
         arguments.append(QFile::decodeName(filled(word, run->job, run->output())));
     run->process = std::make_unique<QProcess>();
@@ -244,13 +225,13 @@ void Thumbnailers::start(const std::shared_ptr<Run> &run, const std::function<vo
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
     process.setWorkingDirectory(QFile::decodeName(folder));
-    process.setChildProcessModifier(limitSelf);
+    process.setChildProcessModifier([] { ::setsid(); }); // One group, which ends as one.
     QObject::connect(&process, &QProcess::finished, &process,
                      [ended](int code) { ended(code == 0); });
     QObject::connect(&process, &QProcess::errorOccurred, &process,
                      [ended](QProcess::ProcessError) { ended(false); });
     run->limit = m_queue.after(longestRun, [ended] { ended(false); });
-    process.start(QFile::decodeName(run->job.command.constFirst()), arguments);
+    process.start(m_confined, arguments);
     run->group = process.processId();
 }
 

@@ -18,13 +18,15 @@ class QProcess;
 
 /// The programs that applications install to make thumbnails of their files, by
 /// entries "*.thumbnailer" in the data folders. They run one at a time, for a
-/// limited time and in limited memory, without a shell. Main thread, but for
+/// limited time, without a shell, in the confinement of vantle-confined. Where the
+/// kernel cannot keep them from the user's files none is run. Main thread, but for
 /// commandFor().
 class Thumbnailers
 {
 public:
     /// dataFolders: the user's first; each may have a folder "thumbnailers".
-    Thumbnailers(QByteArrayList dataFolders, MainQueue &queue);
+    /// confined: the path of vantle-confined.
+    Thumbnailers(QByteArrayList dataFolders, QString confined, MainQueue &queue);
     ~Thumbnailers();
     Thumbnailers(const Thumbnailers &) = delete;
     Thumbnailers &operator=(const Thumbnailers &) = delete;
@@ -53,6 +55,7 @@ private:
     void end(const std::shared_ptr<Run> &run, bool succeeded);
 
     const QByteArrayList m_dataFolders;
+    const QString m_confined;
     MainQueue &m_queue;
     std::mutex m_mutex; // Of the entries.
     bool m_read = false;
