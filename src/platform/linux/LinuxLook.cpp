@@ -1,7 +1,6 @@
 #include "platform/linux/LinuxLook.h"
 
 #include "base/MainQueue.h"
-#include "platform/linux/WindowScale.h"
 
 #include <QApplication>
 #include <QDBusArgument>
@@ -58,7 +57,6 @@ void LinuxLook::start()
     if (!hasThemeOfItsOwn())
         m_colours = DesktopLook::Colours::Ours;
     m_xsettings.start();
-    keepWindowsAtScale(*this);
     if (QDBusConnection::sessionBus().isConnected())
         watchPortal();
     update();

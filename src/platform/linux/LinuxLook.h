@@ -2,6 +2,7 @@
 
 #include "base/Observable.h"
 #include "platform/linux/LookSources.h"
+#include "platform/linux/WindowScale.h"
 #include "platform/linux/x11/XSettingsWatch.h"
 
 #include <QObject>
@@ -32,6 +33,7 @@ private:
 
     LookSources m_sources;
     XSettingsWatch m_xsettings;
+    WindowScale m_scale;
     QDBusPendingCallWatcher *m_question = nullptr; // The latest.
     DesktopLook::Colours m_colours = DesktopLook::Colours::Toolkit;
 };
