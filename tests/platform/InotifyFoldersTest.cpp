@@ -4,10 +4,13 @@
 #include "base/QtMainQueue.h"
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
@@ -76,6 +79,18 @@ TEST(InotifyFolders, KnowsWhoIsStillWriting)
     const int reader = ::open(path.constData(), O_RDONLY);
     EXPECT_EQ(events.writing(path), Writing::Over);
     ::close(reader);
+    // A writer that comes while the kernel's answer is in force makes it send a signal.
+    std::atomic<bool> isEager = true;
+    std::thread eager([&] {
+        while (isEager)
+            ::close(::open(path.constData(), O_WRONLY));
+    });
+    QHash<Writing, int> told;
+    for (int i = 0; i < 20'000 || told.size() < 2; ++i)
+        ++told[events.writing(path)];
+    isEager = false;
+    eager.join();
+    EXPECT_EQ(told.value(Writing::Recent), 0);
     EXPECT_EQ(::mkfifo((path + "pipe").constData(), 0600), 0);
     EXPECT_EQ(events.writing(path + "pipe"), Writing::Over) << "and does not wait for a writer";
     EXPECT_EQ(events.writing(path + "none"), Writing::Over);

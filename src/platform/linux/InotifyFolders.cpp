@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include <csignal>
 #include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -23,6 +24,33 @@ constexpr std::uint32_t interesting = IN_CLOSE_WRITE | IN_CREATE | IN_DELETE | I
 constexpr double restAfterReading = 0.1; // Seconds.
 constexpr std::time_t recentlyChanged = 1; // Seconds.
 constexpr int overflowed = -1; // The watch of the event that says that events were lost.
+
+enum class Lease { Granted, Refused, Unsupported };
+
+/// Whether the kernel would lease the file for reading, which it does while nobody
+/// writes. Who wants to write meanwhile makes it signal the holder, and nobody
+/// handling that signal is the end of a program: it goes to this thread alone,
+/// which keeps it from acting until it has been taken back.
+Lease leaseOf(int file)
+{
+    sigset_t signal;
+    sigset_t before;
+    ::sigemptyset(&signal);
+    ::sigaddset(&signal, SIGIO);
+    ::pthread_sigmask(SIG_BLOCK, &signal, &before);
+    const f_owner_ex thisThread { F_OWNER_TID, ::gettid() };
+    const bool granted
+        = ::fcntl(file, F_SETOWN_EX, &thisThread) == 0 && ::fcntl(file, F_SETLEASE, F_RDLCK) == 0;
+    const Lease lease = granted ? Lease::Granted
+        : errno == EAGAIN       ? Lease::Refused
+                                : Lease::Unsupported;
+    if (granted)
+        ::fcntl(file, F_SETLEASE, F_UNLCK); // Not by closing it: a child may have it too.
+    const timespec none {};
+    while (::sigtimedwait(&signal, nullptr, &none) > 0) { }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return lease;
+}
 
 }
 
@@ -46,18 +74,26 @@ public:
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
 
-    /// Any thread.
+    /// Any thread. The look at the path may take for ever, so others are not locked
+    /// out meanwhile; if they removed a watch, it may have been this one.
     int add(const QByteArray &path)
     {
-        const std::lock_guard lock(m_mutex);
+        std::unique_lock lock(m_mutex);
         if (m_file < 0)
             m_file = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-        if (m_file < 0)
-            return -1;
-        const int watch = ::inotify_add_watch(m_file, path.constData(), interesting);
-        if (watch >= 0)
-            ++m_users[watch];
-        return watch;
+        while (m_file >= 0) {
+            const int removals = m_removals;
+            lock.unlock();
+            const int watch = ::inotify_add_watch(m_file, path.constData(), interesting);
+            lock.lock();
+            if (watch < 0)
+                break;
+            if (removals == m_removals) {
+                ++m_users[watch];
+                return watch;
+            }
+        }
+        return -1;
     }
 
     /// Any thread.
@@ -67,6 +103,7 @@ public:
         if (--m_users[watch] > 0)
             return;
         m_users.erase(watch);
+        ++m_removals;
         ::inotify_rm_watch(m_file, watch);
     }
 
@@ -122,9 +159,10 @@ private:
     }
 
     MainQueue &m_queue;
-    std::mutex m_mutex; // Of the two below: folders are opened on workers.
+    std::mutex m_mutex; // Of the three below: folders are opened on workers.
     int m_file = -1;
     std::map<int, int> m_users; // By watch.
+    int m_removals = 0;
     std::unique_ptr<QSocketNotifier> m_notifier;
     Ticket m_rest;
     std::multimap<int, std::weak_ptr<std::function<void()>>> m_listeners; // By watch.
@@ -173,13 +211,10 @@ FolderEvents::Writing InotifyFolders::writing(const QByteArray &path) const
         return Writing::Over;
     const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
     if (file >= 0) {
-        const bool granted = ::fcntl(file, F_SETLEASE, F_RDLCK) == 0;
-        const int reason = errno;
-        ::close(file); // Gives the lease back.
-        if (granted)
-            return Writing::Over;
-        if (reason == EAGAIN)
-            return Writing::Open;
+        const Lease lease = leaseOf(file);
+        ::close(file);
+        if (lease != Lease::Unsupported)
+            return lease == Lease::Granted ? Writing::Over : Writing::Open;
     }
     return std::time(nullptr) - status.st_mtime <= recentlyChanged ? Writing::Recent
                                                                    : Writing::Over;
