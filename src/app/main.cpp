@@ -121,6 +121,10 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     LateApplications applications(X11Time::now);
     InotifyFolders folderEvents(queue);
     ThreadWorkers workers;
+    FileLanes lanes;
+    workers.lanes = [&lanes](const QByteArray &path, std::function<void()> work) {
+        lanes.run(path, std::move(work));
+    };
     JsonPreferences preferences(directories.config);
     LegacyMigration::runIfNeeded(preferences, JsonPreferences::predecessor(directories.config),
                                  AppPaths(directories));
@@ -128,9 +132,10 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     CanberraSounds sounds(QFile::encodeName(resources + QStringLiteral("/sounds")));
     XdgAutostart autostart(directories.config, XdgAutostart::runningExecutable());
     ThemeIcons icons(resources + QStringLiteral("/icons"));
-    FileLanes lanes;
-    DecoderPool pictures(DecoderPool::installedProgram(), lanes, queue);
-    DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, lanes, queue);
+    FileLanes pictureLanes; // A list of pictures holds up no other look at files.
+    DecoderPool pictures(DecoderPool::installedProgram(), pictureLanes, queue);
+    DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, pictureLanes,
+                                 queue);
     X11Desktop x11(queue, workers, AppPaths(directories).dataDir + "/dropped");
     // First of all: whoever paints icons anew after that finds the theme that goes with the look.
     const Ticket iconsTicket = x11.look.look.subscribe(

@@ -5,8 +5,7 @@
 ThreadWorkers::ThreadWorkers()
     : m_pool(new QThreadPool)
 {
-    // Work here waits for disks more than it computes: more threads than cores,
-    // so that one dead network mount does not hold the others up.
+    // Work here waits for the disk and for other programs more than it computes.
     m_pool->setMaxThreadCount(8);
 }
 
@@ -20,4 +19,12 @@ ThreadWorkers::~ThreadWorkers()
 void ThreadWorkers::run(WorkerPriority priority, std::function<void()> work)
 {
     m_pool->start(std::move(work), priority == WorkerPriority::UserInitiated ? 1 : 0);
+}
+
+void ThreadWorkers::runAt(const QByteArray &path, std::function<void()> work)
+{
+    if (lanes)
+        lanes(path, std::move(work));
+    else
+        Workers::runAt(path, std::move(work));
 }

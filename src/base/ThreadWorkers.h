@@ -13,7 +13,13 @@ public:
     /// thread that hangs in a dead network mount is left behind: the process
     /// is about to end.
     ~ThreadWorkers() override;
+
+    /// Where work with the user's files goes, by path; without it they are like all
+    /// other work. Set before there is any.
+    std::function<void(const QByteArray &path, std::function<void()> work)> lanes;
+
     void run(WorkerPriority priority, std::function<void()> work) override;
+    void runAt(const QByteArray &path, std::function<void()> work) override;
 
 private:
     QThreadPool *m_pool;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QByteArray>
+
 #include <functional>
+#include <utility>
 
 enum class WorkerPriority { Utility, UserInitiated };
 
@@ -10,5 +13,12 @@ class Workers
 {
 public:
     virtual ~Workers() = default;
+    /// For what computes, or touches the program's own files.
     virtual void run(WorkerPriority priority, std::function<void()> work) = 0;
+    /// For what touches that file of the user's. A disk that never answers holds up
+    /// only what goes to the same one.
+    virtual void runAt(const QByteArray &, std::function<void()> work)
+    {
+        run(WorkerPriority::UserInitiated, std::move(work));
+    }
 };

@@ -6,6 +6,22 @@
 #include "platform/Applications.h"
 #include "store/WebLocation.h"
 
+namespace {
+
+/// Each where its own disk is waited for, and after the one before it.
+void openEach(QList<QUrl> urls, Applications &applications, Workers &workers)
+{
+    if (urls.isEmpty())
+        return;
+    const QUrl first = urls.takeFirst();
+    workers.runAt(FilePath::fromUrl(first), [first, urls, &applications, &workers] {
+        applications.open({ FileOps::opened(first) });
+        openEach(urls, applications, workers);
+    });
+}
+
+}
+
 QUrl FileOps::opened(const QUrl &url)
 {
     const QByteArray path = FilePath::fromUrl(url);
@@ -18,14 +34,15 @@ QUrl FileOps::opened(const QUrl &url)
 void FileOps::open(const QList<QUrl> &urls, Applications &applications, Workers &workers,
                    const QString &application)
 {
-    workers.run(WorkerPriority::UserInitiated, [urls, application, &applications] {
+    if (urls.isEmpty())
+        return;
+    if (application.isEmpty())
+        return openEach(urls, applications, workers);
+    workers.runAt(FilePath::fromUrl(urls.first()), [urls, application, &applications] {
         QList<QUrl> targets;
         for (const QUrl &url : urls)
             targets.append(opened(url));
-        if (application.isEmpty())
-            applications.open(targets);
-        else
-            applications.open(targets, application);
+        applications.open(targets, application);
     });
 }
 

@@ -35,19 +35,19 @@ QList<OpenWithApp> OpenWithCache::apps(const QUrl &url)
     if (m_pending.contains(kind))
         return {};
     m_pending.insert(kind);
-    m_workers.run(WorkerPriority::UserInitiated,
-                  [this, kind, url, &applications = m_applications, &queue = m_queue,
-                   alive = std::weak_ptr(m_alive)] {
-                      const auto found
-                          = applications.thatOpen(FileOps::opened(url), mostApplications);
-                      queue.post([this, kind, found, alive] {
-                          if (!alive.lock())
-                              return;
-                          auto next = lists.value();
-                          next.insert(kind, found);
-                          lists.set(std::move(next));
-                          m_pending.remove(kind);
-                      });
-                  });
+    m_workers.runAt(FilePath::fromUrl(url),
+                    [this, kind, url, &applications = m_applications, &queue = m_queue,
+                     alive = std::weak_ptr(m_alive)] {
+                        const auto found
+                            = applications.thatOpen(FileOps::opened(url), mostApplications);
+                        queue.post([this, kind, found, alive] {
+                            if (!alive.lock())
+                                return;
+                            auto next = lists.value();
+                            next.insert(kind, found);
+                            lists.set(std::move(next));
+                            m_pending.remove(kind);
+                        });
+                    });
     return {};
 }

@@ -65,17 +65,17 @@ void FolderWatcher::open(const QByteArray &path)
 {
     const auto folder = std::make_shared<Folder>();
     m_folders[path] = folder;
-    m_workers.run(WorkerPriority::Utility,
-                  [&events = m_events, &queue = m_queue, path, weak = std::weak_ptr(folder),
-                   self = std::weak_ptr(m_self)] {
-                      auto source = events.open(path);
-                      auto known = source ? visible(NativeFile::namesIn(path)) : Names();
-                      queue.post([self, path, weak, source = std::move(source),
-                                  known = std::move(known)]() mutable {
-                          if (const auto watcher = self.lock())
-                              (*watcher)->opened(path, weak, std::move(source), std::move(known));
-                      });
-                  });
+    m_workers.runAt(path,
+                    [&events = m_events, &queue = m_queue, path, weak = std::weak_ptr(folder),
+                     self = std::weak_ptr(m_self)] {
+                        auto source = events.open(path);
+                        auto known = source ? visible(NativeFile::namesIn(path)) : Names();
+                        queue.post([self, path, weak, source = std::move(source),
+                                    known = std::move(known)]() mutable {
+                            if (const auto watcher = self.lock())
+                                (*watcher)->opened(path, weak, std::move(source), std::move(known));
+                        });
+                    });
 }
 
 void FolderWatcher::opened(const QByteArray &path, const std::weak_ptr<Folder> &folder,
@@ -111,15 +111,15 @@ void FolderWatcher::scan(const QByteArray &path)
         return;
     }
     folder->scanning = true;
-    m_workers.run(WorkerPriority::Utility,
-                  [&events = m_events, &queue = m_queue, path, known = folder->known,
-                   weak = std::weak_ptr(folder), self = std::weak_ptr(m_self)] {
-                      auto listing = list(events, path, known);
-                      queue.post([self, path, weak, listing = std::move(listing)]() mutable {
-                          if (const auto watcher = self.lock())
-                              (*watcher)->scanned(path, weak, std::move(listing));
-                      });
-                  });
+    m_workers.runAt(path,
+                    [&events = m_events, &queue = m_queue, path, known = folder->known,
+                     weak = std::weak_ptr(folder), self = std::weak_ptr(m_self)] {
+                        auto listing = list(events, path, known);
+                        queue.post([self, path, weak, listing = std::move(listing)]() mutable {
+                            if (const auto watcher = self.lock())
+                                (*watcher)->scanned(path, weak, std::move(listing));
+                        });
+                    });
 }
 
 void FolderWatcher::scanned(const QByteArray &path, const std::weak_ptr<Folder> &folder,

@@ -1,29 +1,27 @@
 #pragma once
 
-#include "platform/linux/MountTable.h"
-
 #include <QByteArray>
 
 #include <functional>
+#include <memory>
 
-class QThreadPool;
-
-/// Threads for looking at files: some for local ones, others for what a server or
-/// another program answers for, so that a mount which never answers holds nothing
-/// up but its own kind. Work that hangs at the end of the program is left behind.
+/// Threads for looking at files, some for each mount, so that one which never
+/// answers holds nothing up but itself: not the other mounts, however a path leads
+/// to it. Work that hangs at the end of the program is left behind. Any thread.
 class FileLanes
 {
 public:
-    FileLanes();
+    explicit FileLanes(const QByteArray &mountTable = "/proc/self/mountinfo");
     ~FileLanes();
     FileLanes(const FileLanes &) = delete;
     FileLanes &operator=(const FileLanes &) = delete;
 
+    /// By the path alone, links in it not followed.
     bool isRemote(const QByteArray &path);
     void run(const QByteArray &path, std::function<void()> work);
 
 private:
-    MountTable m_mounts;
-    QThreadPool *m_local;
-    QThreadPool *m_remote;
+    class Lanes;
+
+    std::shared_ptr<Lanes> m_lanes; // Work that looks for its lane has it too.
 };

@@ -73,20 +73,24 @@ std::unique_ptr<GAppLaunchContext, Unref> newContext(quint32 userTime)
     return context;
 }
 
-/// The content type of a file, or the one that stands for an address; by the name
-/// where the file cannot be looked at.
+/// The content type of a file, or the one that stands for an address: by the name
+/// where that tells it, else by a look at the file.
 Text contentType(const QUrl &url)
 {
     if (!url.isLocalFile())
         return Text(g_strdup(("x-scheme-handler/" + url.scheme().toUtf8()).constData()));
+    gboolean isUncertain = TRUE;
+    Text named(g_content_type_guess(FilePath::lastComponent(FilePath::fromUrl(url)).constData(),
+                                    nullptr, 0, &isUncertain));
+    if (isUncertain == FALSE && !url.path().endsWith(u'/'))
+        return named;
     const std::unique_ptr<GFile, Unref> file(g_file_new_for_uri(url.toEncoded().constData()));
     const std::unique_ptr<GFileInfo, Unref> info(
         g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
                           G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
     if (const char *type = info ? g_file_info_get_content_type(info.get()) : nullptr)
         return Text(g_strdup(type));
-    const Text path(g_file_get_path(file.get()));
-    return Text(g_content_type_guess(path.get(), nullptr, 0, nullptr));
+    return named;
 }
 
 OpenWithApp described(GAppInfo *info)
