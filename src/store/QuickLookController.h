@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QUrl>
 
@@ -8,4 +9,5 @@ struct QuickLookController
 {
     QList<QUrl> urls;
     int startIndex = 0;
+    QHash<QUrl, QString> titles; // Of those whose rows do not show the file's name.
 };

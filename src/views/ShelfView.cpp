@@ -282,10 +282,12 @@ void ShelfView::syncQL()
 {
     const auto &items = m_store.items.value();
     const auto selected = m_store.selectedItems();
-    m_ql.urls.clear();
-    m_ql.startIndex = 0;
-    for (const auto &item : selected.size() < 2 ? items : selected)
+    m_ql = {};
+    for (const auto &item : selected.size() < 2 ? items : selected) {
         m_ql.urls.append(item.url);
+        if (item.preview)
+            m_ql.titles.insert(item.url, *item.preview);
+    }
     if (selected.size() == 1) {
         const auto place = std::ranges::find(items, selected.first().id, &ShelfItem::id);
         m_ql.startIndex = static_cast<int>(place - items.begin());

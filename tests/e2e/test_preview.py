@@ -12,6 +12,7 @@ from desktop import wait_for
 from peers import IMAGE_COLOUR, LINK_COLOUR, png
 from test_docking import tab, two_monitors
 from test_keyboard import activate
+from test_moved_files import hung  # noqa: F401
 from test_storage import state_of
 
 main = pytest.mark.main
@@ -128,3 +129,25 @@ def test_beside_the_panel(desktop, program):
     desktop.keys("Escape")
     wait_for(lambda: not desktop.windows("c.txt"), 3, "the preview to close")
     wait_for(lambda: tab(program), 8, "the panel to dock")
+
+
+@main
+def test_a_dead_server_holds_up_its_own_files_alone(desktop, program, hung):  # noqa: F811
+    """More of its files are looked at than the program has threads, some of them through a link."""
+    (desktop.home / "link").symlink_to(hung)
+    far = [place / f"{place.name} {number}.txt" for number in range(5) for place in (hung, desktop.home / "link")]
+    words = desktop.write(desktop.home / "words.txt", "some words\n")
+    watched = desktop.home / "Watched"
+    watched.mkdir()
+    desktop.write(program.state_file, state_of(*far, words))
+    program.prefer(watchedFolders=[str(hung), str(watched)])
+    program.start()
+    activate(program)
+    desktop.keys("Down")
+    for file in [*far, words]:
+        desktop.keys("space" if file == far[0] else "Down")
+        wait_for(lambda: desktop.focused_title() == file.name, 5, f"the preview of {file.name}")
+    window = desktop.rect(desktop.window(words.name))
+    wait_for(lambda: desktop.find_colour((255, 255, 255), window, smallest=20000), 5, "its text")
+    desktop.write(watched / "new.txt", "x")
+    wait_for(lambda: os.path.basename(program.paths()[-1]) == b"new.txt", 5, "the watched folder's file")

@@ -10,10 +10,13 @@
 #include "views/preview/PreviewWindow.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QFile>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
@@ -60,6 +63,25 @@ private:
     QStringList &m_told;
 };
 
+/// Whatever the preview does is about a file of the user's.
+class FileWorkers final : public Workers
+{
+public:
+    explicit FileWorkers(MainQueue &queue)
+        : m_queue(queue)
+    {
+    }
+    void run(WorkerPriority, std::function<void()>) override { FAIL() << "among all other work"; }
+    void runAt(const QByteArray &path, std::function<void()> work) override
+    {
+        EXPECT_TRUE(path.startsWith('/'));
+        m_queue.post(std::move(work));
+    }
+
+private:
+    MainQueue &m_queue;
+};
+
 /// The window over a folder of files, a decoder that waits for its test, and virtual time.
 struct PreviewWorld
 {
@@ -81,9 +103,10 @@ struct PreviewWorld
     {
         return QFile::encodeName(folder.path()) + '/' + name;
     }
-    void open(const QList<QUrl> &urls, int start = 0)
+    void open(const QList<QUrl> &urls, int start = 0) { open({ urls, start, {} }); }
+    void open(const QuickLookController &list)
     {
-        ql = { urls, start };
+        ql = list;
         window.open(QRect(700, 100, 100, 300)); // On a screen of 800 by 800.
         queue.settle();
     }
@@ -107,22 +130,22 @@ struct PreviewWorld
         reply(answer);
         queue.settle();
     }
+    QWidget *page() { return window.childAt(window.rect().center()); }
     QColor middle()
     {
         return window.grab().toImage().pixelColor(window.width() / 2, window.height() / 2);
     }
-    bool says(const QString &text) const
+    int says(const QString &text) const
     {
-        for (const auto *label : window.findChildren<QLabel *>()) {
-            if (label->isVisible() && label->text() == text)
-                return true;
-        }
-        return false;
+        return static_cast<int>(
+            std::ranges::count_if(window.findChildren<QLabel *>(), [&](const auto *label) {
+                return label->isVisible() && label->text() == text;
+            }));
     }
 
     QTemporaryDir folder;
     VirtualQueue queue;
-    VirtualWorkers workers { queue };
+    FileWorkers workers { queue };
     FakePictureDecoder decoder;
     FakeIcons icons;
     Localizer texts { QString(), {} }; // Every text shows as its key.
@@ -184,55 +207,38 @@ TEST(PreviewTest, TheKeysWalkTheListUpToItsEnds)
 TEST(PreviewTest, AnUpdatedListKeepsWhatIsShownUnlessAnotherIsChosen)
 {
     PreviewWorld w;
-    const QList<QUrl> urls { w.file("a.txt"), w.file("b.txt"), w.file("c.txt"), w.file("d.txt") };
-    w.open(urls, 2);
-    struct Case
+    for (const char *name : { "a", "b", "c", "d" })
+        w.file(name);
+    const auto list = [&w](const char *names, int start) {
+        QuickLookController result { {}, start, {} };
+        for (const char *name = names; *name != 0; ++name)
+            result.urls.append(FilePath::toUrl(w.path(QByteArray(name, 1))));
+        return result;
+    };
+    w.open(list("abcd", 2));
+    const struct
     {
         const char *what;
-        QuickLookController list;
+        const char *names;
+        int start;
         Shown shown;
-        QString title;
-        QString position;
+        const char *title;
+        const char *position;
+    } cases[] = {
+        { "a is gone", "bcd", 1, Shown::StartIndex, "c", "2 / 3" },
+        { "nothing is selected", "bcd", 0, Shown::Same, "c", "2 / 3" },
+        { "c is gone", "bd", 0, Shown::Same, "d", "2 / 2" },
+        { "d as well", "b", 0, Shown::Same, "b", nullptr },
+        { "all are back, b is chosen", "abcd", 1, Shown::StartIndex, "b", "2 / 4" },
+        { "with it another one", "ab", 0, Shown::Same, "b", "2 / 2" },
+        { "a alone", "abcd", 0, Shown::StartIndex, "a", "1 / 4" },
     };
-    const Case cases[] = {
-        { "a is gone",
-          { { urls[1], urls[2], urls[3] }, 1 },
-          Shown::StartIndex,
-          QStringLiteral("c.txt"),
-          QStringLiteral("2 / 3") },
-        { "nothing is selected",
-          { { urls[1], urls[2], urls[3] }, 0 },
-          Shown::Same,
-          QStringLiteral("c.txt"),
-          QStringLiteral("2 / 3") },
-        { "c is gone",
-          { { urls[1], urls[3] }, 0 },
-          Shown::Same,
-          QStringLiteral("d.txt"),
-          QStringLiteral("2 / 2") },
-        { "d as well", { { urls[1] }, 0 }, Shown::Same, QStringLiteral("b.txt"), {} },
-        { "all are back, b is chosen",
-          { urls, 1 },
-          Shown::StartIndex,
-          QStringLiteral("b.txt"),
-          QStringLiteral("2 / 4") },
-        { "with it another one",
-          { { urls[0], urls[1] }, 0 },
-          Shown::Same,
-          QStringLiteral("b.txt"),
-          QStringLiteral("2 / 2") },
-        { "a alone",
-          { urls, 0 },
-          Shown::StartIndex,
-          QStringLiteral("a.txt"),
-          QStringLiteral("1 / 4") },
-    };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        w.ql = c.list;
+        w.ql = list(c.names, c.start);
         w.window.reloadData(c.shown);
-        EXPECT_EQ(w.window.windowTitle(), c.title);
-        EXPECT_TRUE(c.position.isEmpty() || w.says(c.position));
+        EXPECT_EQ(w.window.windowTitle(), QLatin1String(c.title));
+        EXPECT_TRUE(!c.position || w.says(QLatin1String(c.position)));
     }
     w.ql = {};
     w.window.reloadData(Shown::Same);
@@ -259,6 +265,33 @@ TEST(PreviewTest, ALateAnswerDoesNotReplaceAnotherFilesPicture)
     EXPECT_NE(w.middle(), QColor(Qt::blue));
     w.answer(picture(Qt::red, { 300, 300 }, { 300, 300 }));
     EXPECT_EQ(w.middle(), QColor(Qt::red));
+}
+
+/// Of an odd size: its middle is not on the grid where the window's is.
+TEST(PreviewTest, APictureLiesOnThePixelGridAndOnACheckerboardOnlyIfItIsTransparent)
+{
+    for (const int alpha : { 255, 128 }) {
+        PreviewWorld w;
+        w.open({ w.file("a.png") });
+        auto stripes = picture(QColor(0, 0, 0, alpha), { 301, 201 }, { 301, 201 });
+        stripes.image = QImage(301, 201, QImage::Format_ARGB32_Premultiplied);
+        for (int x = 0; x < 301; ++x) {
+            for (int y = 0; y < 201; ++y)
+                stripes.image.setPixel(x, y, x % 2 == 0 ? qRgba(0, 0, 0, alpha) : 0xffff0000);
+        }
+        w.answer(stripes);
+        EXPECT_TRUE(w.says(QStringLiteral("301 × 201")));
+        const QImage shown = w.page()->grab().toImage();
+        QSet<QRgb> colours;
+        qsizetype red = 0;
+        for (int i = 0; i < shown.width() * shown.height(); ++i) {
+            const QRgb pixel = shown.pixel(i % shown.width(), i / shown.width());
+            colours.insert(pixel);
+            red += pixel == 0xffff0000 ? 1 : 0;
+        }
+        EXPECT_EQ(red, 150 * 201);
+        EXPECT_EQ(colours.size(), alpha == 255 ? 3 : 4) << "with what is around it";
+    }
 }
 
 TEST(PreviewTest, APictureIsSharpenedAsFarAsItShows)
@@ -334,6 +367,11 @@ TEST(PreviewTest, OnlyPagesInViewAreRendered)
     EXPECT_EQ(w.last(Kind::Page).number, 499);
     for (const auto &request : w.decoder.requests)
         EXPECT_TRUE(request.number < 4 || request.number > 495) << request.number;
+    EXPECT_EQ(w.page()->accessibleDescription(), QStringLiteral("500 / 500")) << "for who listens";
+    for (const auto *bar : w.page()->findChildren<QScrollBar *>())
+        EXPECT_EQ(bar->accessibleName(),
+                  bar->orientation() == Qt::Vertical ? QStringLiteral("preview_scroll_vertical")
+                                                     : QStringLiteral("preview_scroll_horizontal"));
 }
 
 TEST(PreviewTest, ALongAnimationRunsInPieces)
@@ -363,27 +401,25 @@ TEST(PreviewTest, TextIsReadFromPlainFilesOnlyAndUpToABound)
     split.back() = '\xc3'; // The first half of a letter.
     for (qsizetype i = 99; i < split.size(); i += 100)
         split[i] = '\n';
-    struct Case
+    const struct
     {
         const char *what;
         QByteArray bytes;
-        QString start;
-        bool whole;
+        const char16_t *start;
+        bool whole = true;
+    } cases[] = {
+        { "UTF-8", "h\xc3\xa9", u"h\u00e9" },
+        { "UTF-16 by its mark", QByteArray("\xff\xfeh\0\xe9\0", 6), u"h\u00e9" },
+        { "Latin-1", "h\xe9", u"h\u00e9" },
+        { "nothing", "", u"" },
+        { "one byte more than is read", split + "\xa9", u"aaaa", false },
     };
-    const Case cases[] = {
-        { "UTF-8", "h\xc3\xa9", QStringLiteral("h\u00e9"), true },
-        { "UTF-16 by its mark", QByteArray("\xff\xfeh\0\xe9\0", 6), QStringLiteral("h\u00e9"),
-          true },
-        { "Latin-1", "h\xe9", QStringLiteral("h\u00e9"), true },
-        { "nothing", "", QString(), true },
-        { "one byte more than is read", split + "\xa9", QStringLiteral("aaaa"), false },
-    };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         w.file("a.txt", c.bytes);
         const auto text = PreviewFiles::readText(w.path("a.txt"));
         ASSERT_TRUE(text);
-        EXPECT_TRUE(text->text.startsWith(c.start));
+        EXPECT_TRUE(text->text.startsWith(QStringView(c.start)));
         EXPECT_LE(text->text.size(), (1 << 20) + 300);
         EXPECT_FALSE(text->text.endsWith(QChar(0xc3)));
         EXPECT_EQ(text->whole, c.whole);
@@ -405,42 +441,70 @@ TEST(PreviewTest, WhatCannotBeShownShowsAsACard)
 {
     PreviewWorld w;
     ASSERT_EQ(mkfifo(w.path("pipe.txt").constData(), 0600), 0);
-    struct Case
+    w.file("here.webloc",
+           "<plist version=\"1.0\"><dict><key>URL</key>"
+           "<string>https://example.org/a</string></dict></plist>");
+    w.file("link.webloc", "nothing of the kind");
+    for (const char *name : { "broken.png", "broken.pdf", "broken.zip", "letters.ttf" })
+        w.file(name);
+    w.file("empty.png", "");
+    w.file("empty.txt", "");
+    const struct
     {
-        QUrl url;
+        const char *name;
         std::optional<Kind> asks;
-        QString line;
+        const char *line; // None: the name in the page as well as in the header.
+        const char *title = "";
+    } cases[] = {
+        { "gone.txt", {}, "preview_gone" },
+        { "gone/", {}, "preview_gone" },
+        { "pipe.txt", {}, nullptr },
+        { "broken.png", Kind::Image, nullptr },
+        { "broken.pdf", Kind::Page, nullptr },
+        { "broken.zip", Kind::Archive, nullptr },
+        { "letters.ttf", {}, nullptr },
+        { "empty.png", Kind::Image, "preview_empty · " },
+        { "empty.txt", {}, "preview_empty" },
+        { "here.webloc", {}, "https://example.org/a" },
+        { "link.webloc", {}, nullptr, "example.org/title" },
     };
-    const Case cases[] = {
-        { FilePath::toUrl(w.path("gone.txt")), {}, QStringLiteral("preview_gone") },
-        { FilePath::toUrl(w.path("gone"), FilePath::Kind::Directory),
-          {},
-          QStringLiteral("preview_gone") },
-        { FilePath::toUrl(w.path("pipe.txt")), {}, QStringLiteral("pipe.txt") },
-        { w.file("broken.png"), Kind::Image, QStringLiteral("broken.png") },
-        { w.file("broken.pdf"), Kind::Page, QStringLiteral("broken.pdf") },
-        { w.file("broken.zip"), Kind::Archive, QStringLiteral("broken.zip") },
-        { w.file("letters.ttf"), {}, QStringLiteral("letters.ttf") },
-        { w.file("here.webloc",
-                 "<plist version=\"1.0\"><dict><key>URL</key>"
-                 "<string>https://example.org/a</string></dict></plist>"),
-          {},
-          QStringLiteral("https://example.org/a") },
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.url.toString().toStdString());
-        w.open({ c.url });
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const QByteArray name(c.name);
+        const QUrl url = FilePath::toUrl(
+            w.path(name), name.endsWith('/') ? FilePath::Kind::Directory : FilePath::Kind::File);
+        w.open({ { url }, 0, { { url, QLatin1String(c.title) } } });
         if (c.asks == Kind::Archive)
             w.last(Kind::Archive).listing(std::nullopt);
         else if (c.asks)
             w.answer(std::nullopt, *c.asks);
         w.queue.settle();
-        int lines = 0;
-        for (const auto *label : w.window.findChildren<QLabel *>())
-            lines += label->isVisible() && label->text() == c.line ? 1 : 0;
-        EXPECT_EQ(lines, c.line == c.url.fileName() ? 2 : 1); // The header has the name as well.
+        const QString start = QString::fromUtf8(c.line ? c.line : *c.title ? c.title : c.name);
+        const auto says = [&](const auto *label) {
+            return label->isVisible() && label->text().startsWith(start);
+        };
+        EXPECT_EQ(std::ranges::count_if(w.window.findChildren<QLabel *>(), says), c.line ? 1 : 2);
         w.key(Qt::Key_Escape);
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+TEST(PreviewTest, TextIsSelectedAndCopiedByKeyboard)
+{
+    PreviewWorld w;
+    for (const char *name : { "words.txt", "card.ttf" }) {
+        SCOPED_TRACE(name);
+        w.open({ w.file(name, "words") });
+        QApplication::setActiveWindow(&w.window);
+        w.key(Qt::Key_Tab); // To the window's button.
+        w.key(Qt::Key_Tab);
+        QTest::keyClick(w.window.focusWidget(), Qt::Key_Home);
+        for (int i = 0; i < 3; ++i)
+            QTest::keyClick(w.window.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
+        QTest::keyClick(w.window.focusWidget(), Qt::Key_C, Qt::ControlModifier);
+        EXPECT_EQ(QGuiApplication::clipboard()->text(), QLatin1String(name).left(3));
+        QTest::keyClick(w.window.focusWidget(), Qt::Key_Space);
+        EXPECT_FALSE(w.window.isVisible()) << "the other keys are the window's still";
     }
 }
 
@@ -461,6 +525,8 @@ TEST(PreviewTest, AFilmPlaysWhenItIsToldTo)
     w.key(Qt::Key_Tab); // Past the window's own button.
     const auto *button = dynamic_cast<QAbstractButton *>(w.window.focusWidget());
     ASSERT_TRUE(button && button->accessibleName() == QStringLiteral("preview_play"));
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(w.window.focusWidget())->role(),
+              QAccessible::Button);
     QTest::keyClick(w.window.focusWidget(), Qt::Key_Space);
     EXPECT_EQ(button->accessibleName(), QStringLiteral("preview_pause"));
     w.player->onState({ true, 60, 3723 });

@@ -2,9 +2,6 @@
 
 #include "app/settings/Localizer.h"
 #include "app/settings/Region.h"
-#include "base/FilePath.h"
-#include "base/MainQueue.h"
-#include "base/Workers.h"
 #include "platform/Icons.h"
 #include "views/Look.h"
 #include "views/PlainText.h"
@@ -39,9 +36,9 @@ QString breakable(const QString &text)
 
 }
 
-CardPage::CardPage(QUrl url, PreviewServices services, QWidget *parent)
+CardPage::CardPage(PreviewItem item, PreviewServices services, QWidget *parent)
     : PreviewPage(parent)
-    , m_url(std::move(url))
+    , m_item(std::move(item))
     , m_services(std::move(services))
     , m_icon(new PlainLabel(this))
 {
@@ -64,48 +61,41 @@ QLabel *CardPage::addLine(double size, bool strong)
     line->setAlignment(Qt::AlignCenter);
     line->setWordWrap(true);
     line->setFont(Look::font(font(), size, strong ? QFont::DemiBold : QFont::Normal));
-    line->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    line->setFocusPolicy(Qt::NoFocus);
+    line->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    line->setFocusPolicy(Qt::TabFocus);
     layout()->addWidget(line);
     return line;
 }
 
 void CardPage::load()
 {
-    const bool isAddress = PreviewFiles::kindOf(m_url) == PreviewFiles::Kind::WebLocation;
-    m_services.workers.run(WorkerPriority::UserInitiated,
-                           [this, isAddress, path = FilePath::fromUrl(m_url),
-                            &queue = m_services.queue, alive = std::weak_ptr(m_alive)] {
-                               const Facts facts { PreviewFiles::status(path),
-                                                   isAddress ? PreviewFiles::readAddress(path)
-                                                             : std::nullopt };
-                               queue.post([this, alive, facts] {
-                                   if (alive.lock())
-                                       show(facts);
-                               });
-                           });
+    const bool isAddress = PreviewFiles::kindOf(m_item.url) == PreviewFiles::Kind::WebLocation;
+    const auto read = [isAddress](const QByteArray &path) {
+        return Facts { PreviewFiles::status(path),
+                       isAddress ? PreviewFiles::readAddress(path) : std::nullopt };
+    };
+    fetch(m_services, m_item.url, read, [this](const Facts &facts) { show(facts); });
 }
 
 void CardPage::show(const Facts &facts)
 {
     const QLocale locale(m_services.texts.currentCode());
     const QIcon icon
-        = facts.address ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
+        = facts.address ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_item.url);
     m_icon->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatio()));
-    m_name->setText(
-        breakable(FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)))));
+    m_name->setText(breakable(m_item.name()));
     if (facts.address) {
         m_kind->setText(breakable(facts.address->toDisplayString()));
         m_facts->hide();
     } else if (facts.status) {
-        m_kind->setText(PreviewFiles::typeName(m_url));
+        m_kind->setText(PreviewFiles::typeName(m_item.url));
         m_kind->setVisible(!m_kind->text().isEmpty());
         const QString date
             = Region::dateTime(facts.status->modified, m_services.texts.currentCode());
-        m_facts->setText(facts.status->folder
-                             ? date
-                             : QStringLiteral("%1 · %2").arg(
-                                 PreviewFiles::sizeText(facts.status->size, locale), date));
+        const QString size = facts.status->size == 0
+            ? m_services.texts.text(QStringLiteral("preview_empty"))
+            : PreviewFiles::sizeText(facts.status->size, locale);
+        m_facts->setText(facts.status->folder ? date : QStringLiteral("%1 · %2").arg(size, date));
     } else {
         m_kind->setText(m_services.texts.text(QStringLiteral("preview_gone")));
         m_facts->hide();

@@ -3,8 +3,6 @@
 #include "views/preview/PreviewFiles.h"
 #include "views/preview/PreviewPage.h"
 
-#include <memory>
-
 class QLabel;
 
 /// Anything else, and what cannot be shown: its icon, name, kind, size and date; of
@@ -12,7 +10,7 @@ class QLabel;
 class CardPage final : public PreviewPage
 {
 public:
-    CardPage(QUrl url, PreviewServices services, QWidget *parent);
+    CardPage(PreviewItem item, PreviewServices services, QWidget *parent);
 
     void load() override;
     void copy() override;
@@ -26,11 +24,10 @@ private:
     void show(const Facts &facts);
     QLabel *addLine(double size, bool strong);
 
-    const QUrl m_url;
+    const PreviewItem m_item;
     PreviewServices m_services;
     QLabel *m_icon;
     QLabel *m_name;
     QLabel *m_kind;
     QLabel *m_facts;
-    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

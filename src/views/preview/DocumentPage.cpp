@@ -39,8 +39,18 @@ DocumentPage::DocumentPage(QUrl url, PreviewServices services, QWidget *parent)
     for (QScrollBar *bar : { m_bar, m_across }) {
         bar->setFocusPolicy(Qt::NoFocus);
         bar->hide();
-        connect(bar, &QScrollBar::valueChanged, this, [this] { renderSoon(); });
+        connect(bar, &QScrollBar::valueChanged, this, [this] {
+            setAccessibleDescription(place()); // Tells of a turn of pages.
+            renderSoon();
+        });
     }
+    refreshTexts();
+}
+
+void DocumentPage::refreshTexts()
+{
+    nameBar(*m_bar, m_services.texts);
+    nameBar(*m_across, m_services.texts);
 }
 
 void DocumentPage::load()
@@ -184,15 +194,9 @@ void DocumentPage::paintEvent(QPaintEvent *)
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(area.adjusted(-0.5, -0.5, 0.5, 0.5));
     }
-    if (m_count < 2)
+    const QString text = place();
+    if (text.isEmpty())
         return;
-    const QLocale locale(m_services.texts.currentCode());
-    // Which of them is in the middle of the view.
-    const int middle
-        = std::clamp(static_cast<int>((m_bar->value() + height() / 2.0) / (cell().height() + gap)),
-                     0, m_count - 1);
-    const QString text
-        = QStringLiteral("%1 / %2").arg(locale.toString(middle + 1), locale.toString(m_count));
     painter.setFont(Look::font(font(), 11));
     QRectF label = painter.fontMetrics().boundingRect(text).adjusted(-8, -4, 8, 4);
     label.moveCenter(QPointF(width() / 2.0, height() - label.height()));
@@ -204,9 +208,21 @@ void DocumentPage::paintEvent(QPaintEvent *)
     painter.drawText(label, Qt::AlignCenter, text);
 }
 
+QString DocumentPage::place() const
+{
+    if (m_count < 2)
+        return {};
+    const QLocale locale(m_services.texts.currentCode());
+    const int middle
+        = std::clamp(static_cast<int>((m_bar->value() + height() / 2.0) / (cell().height() + gap)),
+                     0, m_count - 1);
+    return QStringLiteral("%1 / %2").arg(locale.toString(middle + 1), locale.toString(m_count));
+}
+
 void DocumentPage::resizeEvent(QResizeEvent *)
 {
     layOut();
+    setAccessibleDescription(place());
     renderSoon();
 }
 

@@ -20,6 +20,7 @@ public:
     std::optional<QSize> contentSize() const override;
     void scroll(Step step) override;
     void zoom(Zoom zoom) override;
+    void refreshTexts() override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -32,6 +33,7 @@ private:
     QSizeF cell() const; // A page as it is shown, points.
     QRectF pageRect(int page) const; // In this widget.
     std::pair<int, int> visiblePages() const; // First and one past the last.
+    QString place() const; // Which page is in the middle of the view; empty for a single one.
     void renderSoon();
     void renderVisible();
 

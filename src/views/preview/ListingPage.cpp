@@ -2,9 +2,6 @@
 
 #include "app/settings/Localizer.h"
 #include "app/settings/Region.h"
-#include "base/FilePath.h"
-#include "base/MainQueue.h"
-#include "base/Workers.h"
 #include "platform/Icons.h"
 #include "platform/PictureDecoder.h"
 #include "views/Look.h"
@@ -130,6 +127,7 @@ ListingPage::ListingPage(const QUrl &url, PreviewFiles::Kind kind, PreviewServic
     column->setSpacing(0);
     column->addWidget(m_list, 1);
     column->addWidget(m_note);
+    refreshTexts();
 }
 
 void ListingPage::load()
@@ -146,19 +144,13 @@ void ListingPage::load()
             });
         return;
     }
-    m_services.workers.run(WorkerPriority::UserInitiated,
-                           [this, path = FilePath::fromUrl(m_url), &queue = m_services.queue,
-                            alive = std::weak_ptr(m_alive)] {
-                               auto listing = PreviewFiles::list(path);
-                               queue.post([this, alive, listing = std::move(listing)] {
-                                   if (!alive.lock())
-                                       return;
-                                   if (listing)
-                                       show(*listing);
-                                   else
-                                       onFailed();
-                               });
-                           });
+    fetch(m_services, m_url, PreviewFiles::list,
+          [this](const std::optional<PreviewFiles::Listing> &listing) {
+              if (listing)
+                  show(*listing);
+              else
+                  onFailed();
+          });
 }
 
 void ListingPage::show(const PreviewFiles::Listing &listing)
@@ -192,4 +184,10 @@ void ListingPage::show(const PreviewFiles::Listing &listing)
 void ListingPage::scroll(Step step)
 {
     scrollBy(*m_list->verticalScrollBar(), step);
+}
+
+void ListingPage::refreshTexts()
+{
+    nameBar(*m_list->verticalScrollBar(), m_services.texts);
+    nameBar(*m_list->horizontalScrollBar(), m_services.texts);
 }

@@ -4,8 +4,6 @@
 #include "views/preview/PreviewFiles.h"
 #include "views/preview/PreviewPage.h"
 
-#include <memory>
-
 class QLabel;
 class QTreeWidget;
 
@@ -18,6 +16,7 @@ public:
 
     void load() override;
     void scroll(Step step) override;
+    void refreshTexts() override;
 
 private:
     void show(const PreviewFiles::Listing &listing);
@@ -28,5 +27,4 @@ private:
     QTreeWidget *m_list;
     QLabel *m_note;
     Ticket m_work;
-    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

@@ -3,6 +3,7 @@
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
 #include "platform/Icons.h"
+#include "views/AccessibleRole.h"
 #include "views/Look.h"
 #include "views/PlainText.h"
 
@@ -36,6 +37,8 @@ public:
     {
         setCheckable(true); // Checked while it plays.
         setFocusPolicy(Qt::TabFocus);
+        // What it does is its name; that it is checked would say it twice.
+        setAccessibleRole(*this, QAccessible::Button, [this] { click(); });
     }
     QSize sizeHint() const override { return { buttonSize, buttonSize }; }
 

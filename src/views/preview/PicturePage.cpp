@@ -1,10 +1,12 @@
 #include "views/preview/PicturePage.h"
 
+#include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
 #include "views/AccessibleRole.h"
 #include "views/Look.h"
 #include "views/preview/PreviewCache.h"
 
+#include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QWheelEvent>
@@ -39,6 +41,21 @@ void paintChecker(QPainter &painter, const QRectF &area, const QPalette &palette
                 other);
     }
     painter.restore();
+}
+
+/// Decoded pictures have an alpha channel, whatever is in it.
+bool isOpaque(const QImage &image)
+{
+    if (!image.hasAlphaChannel())
+        return true;
+    const QImage pixels = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    for (int y = 0; y < pixels.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(pixels.constScanLine(y));
+        if (!std::all_of(line, line + pixels.width(),
+                         [](QRgb pixel) { return qAlpha(pixel) == 255; }))
+            return false;
+    }
+    return true;
 }
 
 }
@@ -86,8 +103,8 @@ void PicturePage::take(const PictureDecoder::Picture &picture)
     m_firstFrame = 0;
     m_frameWork.reset();
     m_clock.reset();
-    m_image = picture.image;
     m_whole = picture.whole;
+    setImage(picture.image);
     const QString name = m_url.path().toLower();
     m_isAnimated = picture.count > 1
         && (name.endsWith(QLatin1String(".gif")) || name.endsWith(QLatin1String(".webp")));
@@ -99,6 +116,22 @@ void PicturePage::take(const PictureDecoder::Picture &picture)
     if (m_isAnimated)
         askForFrames();
     sharpenSoon();
+}
+
+void PicturePage::setImage(const QImage &image)
+{
+    m_image = image;
+    // Of a larger one the smaller one has told: looking at it takes too long for a frame.
+    if (std::max(image.width(), image.height()) <= mostAnimatedPixels)
+        m_isOpaque = isOpaque(image);
+}
+
+QString PicturePage::facts() const
+{
+    QLocale locale(m_services.texts.currentCode());
+    locale.setNumberOptions(QLocale::OmitGroupSeparator);
+    return QStringLiteral("%1 × %2").arg(locale.toString(m_whole.width()),
+                                         locale.toString(m_whole.height()));
 }
 
 std::optional<QSize> PicturePage::contentSize() const
@@ -117,9 +150,12 @@ double PicturePage::fitScale() const
 
 QRectF PicturePage::target() const
 {
-    QRectF result(QPointF(), QSizeF(m_whole) * scale());
-    result.moveCenter(QRectF(rect()).center() - m_centre * scale());
-    return result;
+    const double pixels = devicePixelRatio(); // For each point.
+    const QSizeF size = (QSizeF(m_whole) * scale() * pixels).toSize().expandedTo({ 1, 1 });
+    const QPointF middle = QRectF(rect()).center() - m_centre * scale();
+    const QPointF origin(mapTo(window(), QPoint()));
+    const QPointF corner = (origin + middle) * pixels - QPointF(size.width(), size.height()) / 2;
+    return { corner.toPoint().toPointF() / pixels - origin, size / pixels };
 }
 
 void PicturePage::paintEvent(QPaintEvent *)
@@ -129,7 +165,7 @@ void PicturePage::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, scale() < 4);
     const QRectF area = target();
-    if (m_image.hasAlphaChannel())
+    if (!m_isOpaque)
         paintChecker(painter, area.intersected(rect()), palette());
     painter.drawImage(area, m_image);
 }
@@ -160,8 +196,8 @@ void PicturePage::sharpen()
                                    [this](const std::optional<PictureDecoder::Picture> &picture) {
                                        if (!picture || !m_frames.isEmpty())
                                            return; // What is there stays.
-                                       m_image = picture->image;
                                        m_whole = picture->whole; // The file may have changed.
+                                       setImage(picture->image);
                                        keepInside();
                                        update();
                                    });
@@ -202,7 +238,7 @@ void PicturePage::showFrame()
         }
     }
     const PictureDecoder::Frame &frame = m_frames[m_frame++];
-    m_image = frame.image;
+    setImage(frame.image);
     update();
     if (m_frames.size() < m_frameCount)
         askForFrames();

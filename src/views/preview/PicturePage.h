@@ -15,6 +15,7 @@ public:
     std::optional<QSize> contentSize() const override;
     void scroll(Step step) override;
     void zoom(Zoom zoom) override;
+    QString facts() const override;
     void setMotion(Motion motion) override;
 
 protected:
@@ -29,9 +30,10 @@ protected:
 private:
     void decode();
     void take(const PictureDecoder::Picture &picture);
+    void setImage(const QImage &image);
     double fitScale() const; // Points a pixel of the whole picture.
     double scale() const { return m_zoom.value_or(fitScale()); }
-    QRectF target() const;
+    QRectF target() const; // On the grid of the screen's pixels.
     void zoomTo(double scale, const QPointF &around);
     void keepInside();
     void sharpenSoon();
@@ -43,6 +45,7 @@ private:
     PreviewServices m_services;
     QSize m_whole; // Pixels; empty until something is known.
     QImage m_image; // The best so far.
+    bool m_isOpaque = true;
     bool m_isAnimated = false;
     bool m_isReady = false;
     Motion m_motion = Motion::Full;

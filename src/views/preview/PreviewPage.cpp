@@ -1,6 +1,21 @@
 #include "views/preview/PreviewPage.h"
 
+#include "app/settings/Localizer.h"
+
 #include <QAbstractSlider>
+
+QString PreviewItem::name() const
+{
+    return title.isEmpty() ? FilePath::display(FilePath::lastComponent(FilePath::fromUrl(url)))
+                           : title;
+}
+
+void PreviewPage::nameBar(QAbstractSlider &bar, const Localizer &texts)
+{
+    bar.setAccessibleName(texts.text(bar.orientation() == Qt::Vertical
+                                         ? QStringLiteral("preview_scroll_vertical")
+                                         : QStringLiteral("preview_scroll_horizontal")));
+}
 
 void PreviewPage::scrollBy(QAbstractSlider &bar, Step step)
 {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "base/Workers.h"
 #include "views/Motion.h"
 
 #include <QSize>
@@ -12,12 +15,19 @@
 
 class Icons;
 class Localizer;
-class MainQueue;
 class MediaPlayer;
 class PictureDecoder;
 class PreviewCache;
 class QAbstractSlider;
-class Workers;
+
+/// What a page shows.
+struct PreviewItem
+{
+    QUrl url;
+    QString title; // As its row has it; empty where that is the file's name.
+
+    QString name() const;
+};
 
 /// What pages of the preview need. All of it outlives them.
 struct PreviewServices
@@ -52,6 +62,8 @@ public:
     virtual void load() = 0;
     /// In points, where the content has a size of its own; told by onReady at the latest.
     virtual std::optional<QSize> contentSize() const { return std::nullopt; }
+    /// What the header tells of the file beside its name, once the page is ready.
+    virtual QString facts() const { return {}; }
     virtual void scroll(Step) { }
     virtual void zoom(Zoom) { }
     /// Puts what is selected on the clipboard.
@@ -62,4 +74,25 @@ public:
 
 protected:
     static void scrollBy(QAbstractSlider &bar, Step step);
+    /// Assistive programs tell which of the bars they are at.
+    static void nameBar(QAbstractSlider &bar, const Localizer &texts);
+
+    /// Reads on a thread that may wait for that file, and takes the result here,
+    /// unless the page has gone by then.
+    template<typename Read, typename Take>
+    void fetch(const PreviewServices &services, const QUrl &url, Read read, Take take)
+    {
+        const QByteArray path = FilePath::fromUrl(url);
+        services.workers.runAt(path,
+                               [path, read = std::move(read), take = std::move(take),
+                                &queue = services.queue, alive = std::weak_ptr(m_alive)] {
+                                   queue.post([result = read(path), take, alive] {
+                                       if (alive.lock())
+                                           take(result);
+                                   });
+                               });
+    }
+
+private:
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

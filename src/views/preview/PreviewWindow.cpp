@@ -40,9 +40,10 @@ constexpr double mostOfScreen = 0.8;
 constexpr int panelGap = 16; // Points between window and panel.
 constexpr int iconSize = 16; // Points.
 
-PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget *parent)
+PreviewPage *makePage(const PreviewItem &item, const PreviewServices &services, QWidget *parent)
 {
     using Kind = PreviewFiles::Kind;
+    const QUrl &url = item.url;
     const Kind kind = PreviewFiles::kindOf(url);
     switch (kind) {
     case Kind::Image:
@@ -62,7 +63,7 @@ PreviewPage *makePage(const QUrl &url, const PreviewServices &services, QWidget 
     case Kind::Other:
         break;
     }
-    return new CardPage(url, services, parent);
+    return new CardPage(item, services, parent);
 }
 
 }
@@ -73,6 +74,7 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, PreviewServices serv
     , m_services(std::move(services))
     , m_icon(new PlainLabel(this))
     , m_name(new ElidedLabel(this))
+    , m_facts(new PlainLabel(this))
     , m_position(new PlainLabel(this))
     , m_open(new OpenButton(this))
     , m_column(new QVBoxLayout(this))
@@ -91,6 +93,7 @@ PreviewWindow::PreviewWindow(const QuickLookController &ql, PreviewServices serv
     header->setSpacing(8);
     header->addWidget(m_icon);
     header->addWidget(m_name, 1);
+    header->addWidget(m_facts);
     header->addWidget(m_position);
     header->addWidget(m_open);
     m_column->setContentsMargins(0, 0, 0, 0);
@@ -116,6 +119,11 @@ QUrl PreviewWindow::previewItemAt(int index) const
     if (m_ql.urls.isEmpty())
         return FilePath::toUrl("/", FilePath::Kind::Directory);
     return m_ql.urls.value(index, m_ql.urls.first());
+}
+
+PreviewItem PreviewWindow::item() const
+{
+    return { m_url, m_ql.titles.value(m_url) };
 }
 
 void PreviewWindow::open(const QRect &panel)
@@ -161,7 +169,7 @@ void PreviewWindow::showItem(int index)
     m_index = index;
     if (url != m_url) {
         m_url = url;
-        load(makePage(url, m_services, this), Fallback::Allowed);
+        load(makePage(item(), m_services, this), Fallback::Allowed);
     }
     refreshHeader();
     prepareNeighbours();
@@ -182,7 +190,7 @@ void PreviewWindow::load(PreviewPage *page, Fallback fallback)
     };
     page->onFailed = [this, page, fallback] {
         if (m_page == page && fallback == Fallback::Allowed)
-            load(new CardPage(m_url, m_services, this), Fallback::None);
+            load(new CardPage(item(), m_services, this), Fallback::None);
     };
     m_hold = m_services.queue.after(longestHold, [this] {
         if (m_shown != m_page)
@@ -207,6 +215,7 @@ void PreviewWindow::display(PreviewPage *page)
     m_shown = page;
     m_column->addWidget(page, 1);
     page->show();
+    refreshHeader();
     if (m_isUp && !isVisible())
         appear();
 }
@@ -264,7 +273,7 @@ void PreviewWindow::prepareNeighbours()
 
 void PreviewWindow::refreshHeader()
 {
-    const QString name = FilePath::display(FilePath::lastComponent(FilePath::fromUrl(m_url)));
+    const QString name = item().name();
     setTitle(*this, name);
     m_name->setText(name);
     ToolTip::set(*m_name, name);
@@ -278,13 +287,16 @@ void PreviewWindow::refreshHeader()
     m_position->setText(
         QStringLiteral("%1 / %2").arg(locale.toString(m_index + 1), locale.toString(count)));
     m_position->setVisible(count > 1);
+    m_facts->setText(m_shown && m_shown == m_page ? m_shown->facts() : QString());
+    m_facts->setVisible(!m_facts->text().isEmpty());
 }
 
 void PreviewWindow::refreshTexts()
 {
     m_open->setText(m_services.texts.text(QStringLiteral("open")));
     m_name->setFont(Look::font(font(), 13, QFont::DemiBold));
-    m_position->setFont(Look::font(font(), 11));
+    for (QLabel *label : { m_facts, m_position })
+        label->setFont(Look::font(font(), 11));
     refreshHeader();
     if (m_page)
         m_page->refreshTexts();

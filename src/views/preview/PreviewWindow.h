@@ -61,6 +61,7 @@ protected:
 private:
     enum class Fallback { Allowed, None };
 
+    PreviewItem item() const;
     void walk(int step);
     void showItem(int index);
     void load(PreviewPage *page, Fallback fallback);
@@ -76,6 +77,7 @@ private:
     PreviewServices m_services;
     QLabel *m_icon;
     QLabel *m_name;
+    QLabel *m_facts;
     QLabel *m_position;
     QPushButton *m_open;
     QVBoxLayout *m_column;

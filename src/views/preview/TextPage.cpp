@@ -1,24 +1,42 @@
 #include "views/preview/TextPage.h"
 
 #include "app/settings/Localizer.h"
-#include "base/FilePath.h"
-#include "base/MainQueue.h"
-#include "base/Workers.h"
 #include "views/Look.h"
 #include "views/PlainText.h"
 
 #include <QFontDatabase>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
+namespace {
+
+/// Takes the keys that move and select, and leaves the window its own.
+class TextView final : public QPlainTextEdit
+{
+public:
+    using QPlainTextEdit::QPlainTextEdit;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->key() == Qt::Key_Space)
+            event->ignore(); // It closes.
+        else
+            QPlainTextEdit::keyPressEvent(event);
+    }
+};
+
+}
+
 TextPage::TextPage(const QUrl &url, const PreviewServices &services, QWidget *parent)
     : PreviewPage(parent)
     , m_url(url)
     , m_services(services)
-    , m_text(new QPlainTextEdit(this))
-    , m_cut(new PlainLabel(services.texts.text(QStringLiteral("preview_cut")), this))
+    , m_text(new TextView(this))
+    , m_note(new PlainLabel(this))
 {
     const bool code = PreviewFiles::isCode(url);
     if (code)
@@ -26,44 +44,44 @@ TextPage::TextPage(const QUrl &url, const PreviewServices &services, QWidget *pa
     m_text->setReadOnly(true);
     m_text->setUndoRedoEnabled(false);
     m_text->setFrameShape(QFrame::NoFrame);
-    m_text->setFocusPolicy(Qt::NoFocus);
+    m_text->setFocusPolicy(Qt::TabFocus);
+    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_text->setTabChangesFocus(true);
     m_text->setLineWrapMode(code ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
     m_text->document()->setDocumentMargin(12);
     m_text->setAccessibleName(url.fileName());
     QFont font = code ? QFontDatabase::systemFont(QFontDatabase::FixedFont) : this->font();
     font.setPointSizeF(Look::font(this->font(), 12.5).pointSizeF());
     m_text->setFont(font);
-    m_cut->setContentsMargins(12, 6, 12, 6);
-    m_cut->setWordWrap(true);
-    m_cut->hide();
+    m_note->setContentsMargins(12, 6, 12, 6);
+    m_note->setWordWrap(true);
+    m_note->hide();
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_text, 1);
-    column->addWidget(m_cut);
+    column->addWidget(m_note);
+    refreshTexts();
 }
 
 void TextPage::load()
 {
-    m_services.workers.run(WorkerPriority::UserInitiated,
-                           [this, path = FilePath::fromUrl(m_url), &queue = m_services.queue,
-                            alive = std::weak_ptr(m_alive)] {
-                               auto text = PreviewFiles::readText(path);
-                               queue.post([this, alive, text = std::move(text)] {
-                                   if (!alive.lock())
-                                       return;
-                                   if (text)
-                                       show(*text);
-                                   else
-                                       onFailed();
-                               });
-                           });
+    fetch(m_services, m_url, PreviewFiles::readText,
+          [this](const std::optional<PreviewFiles::Text> &text) {
+              if (text)
+                  show(*text);
+              else
+                  onFailed();
+          });
 }
 
 void TextPage::show(const PreviewFiles::Text &text)
 {
     m_text->setPlainText(text.text);
-    m_cut->setVisible(!text.whole);
+    const bool empty = text.text.isEmpty();
+    m_note->setText(m_services.texts.text(empty ? QStringLiteral("preview_empty")
+                                                : QStringLiteral("preview_cut")));
+    m_note->setVisible(empty || !text.whole);
     onReady();
 }
 
@@ -75,4 +93,10 @@ void TextPage::scroll(Step step)
 void TextPage::copy()
 {
     m_text->copy();
+}
+
+void TextPage::refreshTexts()
+{
+    nameBar(*m_text->verticalScrollBar(), m_services.texts);
+    nameBar(*m_text->horizontalScrollBar(), m_services.texts);
 }

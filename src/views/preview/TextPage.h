@@ -3,13 +3,11 @@
 #include "views/preview/PreviewFiles.h"
 #include "views/preview/PreviewPage.h"
 
-#include <memory>
-
 class QLabel;
 class QPlainTextEdit;
 
 /// Text, as it stands in the file: nothing in it is interpreted. It can be selected
-/// and copied.
+/// and copied, by keyboard once Tab has gone to it.
 class TextPage final : public PreviewPage
 {
 public:
@@ -18,6 +16,7 @@ public:
     void load() override;
     void scroll(Step step) override;
     void copy() override;
+    void refreshTexts() override;
 
 private:
     void show(const PreviewFiles::Text &text);
@@ -25,6 +24,5 @@ private:
     const QUrl m_url;
     PreviewServices m_services;
     QPlainTextEdit *m_text;
-    QLabel *m_cut;
-    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+    QLabel *m_note;
 };
