@@ -83,7 +83,7 @@ public:
               { m_decoder, m_cache, m_stage.workers, m_stage.queue, m_stage.icons, m_stage.texts })
     {
         // The second of two, so that the window tells its place.
-        m_ql = { { QUrl(QStringLiteral("file:///home/ada/other.bin")), make() }, 1 };
+        m_ql = { { QUrl(QStringLiteral("file:///home/ada/other.bin")), make() }, 1, {} };
         m_window.setMotion(Motion::Reduced);
         m_window.bringToFront = [](QWidget &window) {
             window.setAttribute(Qt::WA_DontShowOnScreen);
