@@ -70,9 +70,11 @@ struct X11Desktop
     X11Desktop(MainQueue &queue, Workers &workers, const QByteArray &textFolder)
         : pointer(watch, queue)
         , dragSelection(watch)
-        , resolver(QStringLiteral("/proc"),
-                   QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation))
-        , front(watch, resolver)
+        , front(watch,
+                std::make_shared<ApplicationResolver>(
+                    QStringLiteral("/proc"),
+                    QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation)),
+                queue, workers)
         , hotKey(watch)
         , panelWindow(queue)
         , tabWindow(queue)
@@ -92,7 +94,6 @@ struct X11Desktop
     WatchConnection watch;
     X11PointerMonitor pointer;
     X11DragSelection dragSelection;
-    ApplicationResolver resolver;
     X11FrontApplication front;
     X11HotKey hotKey;
     X11Screens screens;

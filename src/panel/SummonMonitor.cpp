@@ -20,8 +20,7 @@ constexpr double dragDistance = 4; // Points.
 }
 
 SummonMonitor::SummonMonitor(PointerMonitor &pointer, DragSelection &selection,
-                             const FrontApplication &front, const Screens &screens,
-                             MainQueue &queue)
+                             FrontApplication &front, const Screens &screens, MainQueue &queue)
     : m_pointer(pointer)
     , m_selection(selection)
     , m_front(front)
@@ -52,6 +51,7 @@ void SummonMonitor::stop()
     if (!m_monitor)
         return;
     m_selection.onAnswer = nullptr;
+    m_identifying.reset();
     m_monitor.reset();
 }
 
@@ -83,6 +83,8 @@ void SummonMonitor::press(const std::optional<QPointF> &at)
     m_dragBaselineChange = m_selection.changeCount();
     m_downLocation = at;
     m_dragIgnored = false;
+    m_frontTold = false;
+    m_identifying.reset();
 }
 
 void SummonMonitor::endDrag()
@@ -126,10 +128,8 @@ void SummonMonitor::judgeDrag(const QPointF &at)
     const QPointF way = at - *m_downLocation;
     if (std::hypot(way.x(), way.y()) < dragDistance || !isNewFileDrag())
         return;
-    if (frontIsIgnored()) {
-        m_dragIgnored = true; // For the whole press, whoever comes to the front during it.
+    if (mayBeIgnored())
         return;
-    }
     // Nothing is given up here: the modifier may still be pressed during the drag.
     if (requiredModifier != 0
         && (m_pointer.modifiers() & requiredModifier & EventModifier::All) != requiredModifier)
@@ -142,12 +142,21 @@ bool SummonMonitor::isNewFileDrag() const
     return m_selection.changeCount() != m_dragBaselineChange && m_selection.holdsFileUrls();
 }
 
-bool SummonMonitor::frontIsIgnored() const
+/// Telling the front application costs more than all the rest, so it is asked about
+/// last and once a press; its answer holds for the whole press, whoever comes to the
+/// front during it.
+bool SummonMonitor::mayBeIgnored()
 {
-    if (ignoredBundleIDs.isEmpty())
-        return false; // Telling the front application costs more than all the rest.
-    const QString identifier = m_front.identifier();
-    return !identifier.isEmpty() && ignoredBundleIDs.contains(identifier);
+    if (ignoredBundleIDs.isEmpty() || m_frontTold)
+        return false;
+    if (m_identifying)
+        return true;
+    m_identifying = m_front.identify([this](const QString &identifier) {
+        m_frontTold = true;
+        m_dragIgnored = !identifier.isEmpty() && ignoredBundleIDs.contains(identifier);
+        handle(PointerEvent::LeftDragged); // The pointer may rest by now.
+    });
+    return true;
 }
 
 void SummonMonitor::begin()

@@ -25,7 +25,7 @@ class Screens;
 class SummonMonitor
 {
 public:
-    SummonMonitor(PointerMonitor &pointer, DragSelection &selection, const FrontApplication &front,
+    SummonMonitor(PointerMonitor &pointer, DragSelection &selection, FrontApplication &front,
                   const Screens &screens, MainQueue &queue);
     ~SummonMonitor();
     SummonMonitor(const SummonMonitor &) = delete;
@@ -54,13 +54,13 @@ private:
     void judgeDrag(const QPointF &at);
     bool inCorner(const QPointF &at) const;
     bool isNewFileDrag() const;
-    bool frontIsIgnored() const;
+    bool mayBeIgnored();
     void begin();
     void emit(std::function<void()> SummonMonitor::*callback);
 
     PointerMonitor &m_pointer;
     DragSelection &m_selection;
-    const FrontApplication &m_front;
+    FrontApplication &m_front;
     const Screens &m_screens;
     MainQueue &m_queue;
     Ticket m_monitor;
@@ -68,6 +68,8 @@ private:
     double m_lastFire = 0; // Uptime at which the corner gesture last fired.
     bool m_dragActive = false; // A recognised drag goes on, and onDragEnd is owed.
     bool m_dragIgnored = false; // The drag gesture gave this press up.
+    bool m_frontTold = false; // Which application is in front, in this press.
+    Ticket m_identifying;
     std::optional<QPointF> m_downLocation; // None while no press is open.
     int m_dragBaselineChange; // The selection's change count at the last press.
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // What is still in the queue asks.

@@ -122,7 +122,7 @@ public:
     FakeScreens screens;
     FakePointerMonitor pointer;
     FakeDragSelection selection;
-    FakeFrontApplication front;
+    FakeFrontApplication front { queue };
     FakeHotKey hotKey;
     FakeIcons icons;
     FakePanelWindow window;

@@ -36,7 +36,7 @@ struct World
     VirtualQueue queue;
     FakePointerMonitor pointer;
     FakeDragSelection selection;
-    FakeFrontApplication front;
+    FakeFrontApplication front { queue };
     FakeScreens screens;
     QString story; // Callbacks in order: s for a start, e for an end.
     SummonMonitor monitor { pointer, selection, front, screens, queue };

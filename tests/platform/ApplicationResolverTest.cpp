@@ -1,6 +1,7 @@
 #include "platform/linux/ApplicationResolver.h"
 
-#include <QDir>
+#include "base/NativeFile.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -8,53 +9,50 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
+
+using namespace std::string_literals;
+using namespace Qt::Literals::StringLiterals;
 
 /// A made-up process folder and two made-up applications folders.
 struct World
 {
-    World()
+    QByteArray at(const QByteArray &name) const
     {
-        QDir(root.path()).mkpath(QStringLiteral("system/kde"));
-        QDir(root.path()).mkpath(QStringLiteral("user"));
+        return QFile::encodeName(root.path()) + '/' + name;
     }
-    void write(const QString &name, const QByteArray &text)
+    void write(const QByteArray &name, const QByteArray &text)
     {
-        QFile file(root.filePath(name));
-        QDir().mkpath(QFileInfo(file).path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
+        ASSERT_TRUE(NativeFile::writeNew(at(name), text));
     }
-    void install(const QString &name, const QByteArray &exec, const QByteArray &more = {})
+    void install(const QByteArray &name, const QByteArray &exec, const QByteArray &more = {})
     {
-        write(name + QStringLiteral(".desktop"),
+        write(name + ".desktop",
               "[Desktop Entry]\nType=Application\nName[de]=x\nExec=" + exec + '\n' + more
                   + "\n[Desktop Action New]\nExec=other --new\n");
     }
     void run(const QByteArray &executable, const QByteArray &commandLine)
     {
-        write(QStringLiteral("proc/7/cmdline"), commandLine);
-        QFile::remove(root.filePath(QStringLiteral("proc/7/exe")));
-        if (!executable.isEmpty())
-            QFile::link(QFile::decodeName(executable), root.filePath(QStringLiteral("proc/7/exe")));
+        write("proc/7/cmdline", commandLine);
+        ::unlink(at("proc/7/exe").constData());
+        const QByteArray target = executable.isEmpty() ? QByteArray("none") : executable;
+        EXPECT_EQ(::symlink(target.constData(), at("proc/7/exe").constData()), 0);
     }
     /// The start time tells the resolver that the process is another one.
     void restart()
     {
-        write(QStringLiteral("proc/7/stat"),
+        write("proc/7/stat",
               "7 (a ) b) S 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 " + QByteArray::number(++start));
     }
     std::string identifier() { return resolver.identifier(7).toStdString(); }
 
     int start = 0;
     QTemporaryDir root;
-    ApplicationResolver resolver { root.filePath(QStringLiteral("proc")),
-                                   { root.filePath(QStringLiteral("user")),
-                                     root.filePath(QStringLiteral("system")) } };
+    ApplicationResolver resolver { root.filePath(u"proc"_s),
+                                   { root.filePath(u"user"_s), root.filePath(u"system"_s) } };
 };
-
-using namespace std::string_literals;
 
 QByteArray words(const std::string &text)
 {
@@ -63,12 +61,7 @@ QByteArray words(const std::string &text)
 
 TEST(ApplicationResolverTest, UnitNamesOfDesktopsHoldTheId)
 {
-    struct Case
-    {
-        const char *unit;
-        const char *identifier;
-    };
-    const Case cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         { "app-gnome-org.gnome.Nautilus-1234.scope", "org.gnome.Nautilus" },
         { "app-org.kde.dolphin-9f3a.scope", "org.kde.dolphin" },
         { "app-gnome-firefox\\x2desr-1234.scope", "firefox-esr" },
@@ -82,23 +75,21 @@ TEST(ApplicationResolverTest, UnitNamesOfDesktopsHoldTheId)
         { "vte-spawn-0a1b.scope", "" },
         { "app-\\x", "" },
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.unit);
-        EXPECT_EQ(applicationInUnit(QString::fromLatin1(c.unit)).toStdString(), c.identifier);
-    }
+    for (const auto &[unit, identifier] : cases)
+        EXPECT_EQ(applicationInUnit(QString::fromLatin1(unit)).toStdString(), identifier) << unit;
 }
 
 TEST(ApplicationResolverTest, TheSurestWitnessIsHeardFirst)
 {
     World w;
-    w.install(QStringLiteral("system/org.x.Unit"), "unit");
-    w.install(QStringLiteral("system/thunar"), "thunar %F");
+    w.install("system/org.x.Unit", "unit");
+    w.install("system/thunar", "thunar %F");
     EXPECT_EQ(w.identifier(), ""); // No such process.
     w.run("/usr/bin/thunar", words("thunar\0--daemon\0"s));
     w.restart();
     EXPECT_EQ(w.identifier(), "thunar");
 
-    w.write(QStringLiteral("proc/7/cgroup"),
+    w.write("proc/7/cgroup",
             "0::/user.slice/user@0.service/app.slice/app-gnome-org.x.Unit-5.scope\n");
     EXPECT_EQ(w.identifier(), "thunar"); // The same process still: what was found holds.
     w.restart();
@@ -106,14 +97,14 @@ TEST(ApplicationResolverTest, TheSurestWitnessIsHeardFirst)
 
     const QByteArray launched = "GIO_LAUNCHED_DESKTOP_FILE=" + QFile::encodeName(w.root.path())
         + words("/system/kde/view.desktop\0GIO_LAUNCHED_DESKTOP_FILE_PID="s);
-    w.write(QStringLiteral("proc/7/environ"), launched + words("6\0A=b\0"s));
+    w.write("proc/7/environ", launched + words("6\0A=b\0"s));
     w.restart();
     EXPECT_EQ(w.identifier(), "org.x.Unit"); // The mark is its parent's.
-    w.write(QStringLiteral("proc/7/environ"), launched + words("7\0A=b\0"s));
+    w.write("proc/7/environ", launched + words("7\0A=b\0"s));
     w.restart();
     EXPECT_EQ(w.identifier(), "kde-view");
 
-    w.write(QStringLiteral("proc/7/root/.flatpak-info"),
+    w.write("proc/7/root/.flatpak-info",
             "[Application]\nname=org.x.Sandboxed\n[Instance]\nname=no\n");
     w.restart();
     EXPECT_EQ(w.identifier(), "org.x.Sandboxed");
@@ -121,46 +112,43 @@ TEST(ApplicationResolverTest, TheSurestWitnessIsHeardFirst)
 
 TEST(ApplicationResolverTest, EntriesAreToldApartByProgramAndArguments)
 {
-    struct Case
+    const struct
     {
         const char *what;
         QByteArray executable;
-        QByteArray commandLine;
+        std::string words;
         const char *identifier;
-    };
-    const Case cases[] = {
-        { "by name", "/usr/bin/thunar", words("thunar\0"s), "thunar" },
-        { "by an argument", "/usr/bin/thunar", words("thunar\0--bulk-rename\0/a\0"s), "bulk" },
-        { "replaced by an update", "/usr/bin/thunar (deleted)", words("/usr/bin/thunar\0"s),
-          "thunar" },
-        { "behind a wrapper", "/usr/lib/fox-esr/fox-esr", words("fox\0"s), "fox" },
-        { "the one in that place", "/opt/fox/fox-esr", words("/opt/fox/fox-esr\0"s), "fox-own" },
-        { "a script", "/usr/bin/python3.11", words("/usr/bin/python3\0-s\0/usr/bin/find-it\0"s),
+    } cases[] = {
+        { "by name", "/usr/bin/thunar", "thunar\0"s, "thunar" },
+        { "by an argument", "/usr/bin/thunar", "thunar\0--bulk-rename\0/a\0"s, "bulk" },
+        { "replaced by an update", "/usr/bin/thunar (deleted)", "/usr/bin/thunar\0"s, "thunar" },
+        { "behind a wrapper", "/usr/lib/fox-esr/fox-esr", "fox\0"s, "fox" },
+        { "the one in that place", "/opt/fox/fox-esr", "/opt/fox/fox-esr\0"s, "fox-own" },
+        { "a script", "/usr/bin/python3.11", "/usr/bin/python3\0-s\0/usr/bin/find-it\0"s,
           "kde-find" },
         { "behind env", "/usr/lib/office/program/soffice.bin",
-          words("/usr/lib/office/program/soffice.bin\0--writer\0"s), "writer" },
-        { "hidden by the user", "/usr/bin/gone", words("gone\0"s), "" },
-        { "any program of a sandbox", "/usr/bin/flatpak", words("flatpak\0run\0"s), "" },
-        { "unknown", "/usr/bin/unknown", words("unknown\0"s), "" },
+          "/usr/lib/office/program/soffice.bin\0--writer\0"s, "writer" },
+        { "hidden by the user", "/usr/bin/gone", "gone\0"s, "" },
+        { "any program of a sandbox", "/usr/bin/flatpak", "flatpak\0run\0"s, "" },
+        { "unknown", "/usr/bin/unknown", "unknown\0"s, "" },
         { "nothing known of it", "", "", "" },
     };
     World w;
-    w.install(QStringLiteral("system/bulk"), "thunar --bulk-rename %F");
-    w.install(QStringLiteral("system/settings"), "thunar --settings", "NoDisplay=true");
-    w.install(QStringLiteral("system/thunar"), "thunar %F");
-    w.install(QStringLiteral("system/fox"), "/usr/lib/fox-esr/fox-esr %u");
-    w.install(QStringLiteral("user/fox-own"), "/opt/fox/fox-esr %u");
-    w.install(QStringLiteral("system/kde/find"), "find-it --path=%f");
-    w.install(QStringLiteral("system/calc"), "env A=b soffice --calc %U");
-    w.install(QStringLiteral("system/writer"), "env A=b soffice --writer %U");
-    w.install(QStringLiteral("system/gone"), "gone");
-    w.install(QStringLiteral("user/gone"), "gone", "Hidden=true");
-    w.install(QStringLiteral("system/org.x.App"), "/usr/bin/flatpak run org.x.App",
-              "X-Flatpak=org.x.App");
-    w.write(QStringLiteral("system/broken.desktop"), "[Desktop Entry\nExec");
+    w.install("system/bulk", "thunar --bulk-rename %F");
+    w.install("system/settings", "thunar --settings", "NoDisplay=true");
+    w.install("system/thunar", "thunar %F");
+    w.install("system/fox", "/usr/lib/fox-esr/fox-esr %u");
+    w.install("user/fox-own", "/opt/fox/fox-esr %u");
+    w.install("system/kde/find", "find-it --path=%f");
+    w.install("system/calc", "env A=b soffice --calc %U");
+    w.install("system/writer", "env A=b soffice --writer %U");
+    w.install("system/gone", "gone");
+    w.install("user/gone", "gone", "Hidden=true");
+    w.install("system/org.x.App", "/usr/bin/flatpak run org.x.App", "X-Flatpak=org.x.App");
+    w.write("system/broken.desktop", "[Desktop Entry\nExec");
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        w.run(c.executable, c.commandLine);
+        w.run(c.executable, words(c.words));
         w.restart();
         EXPECT_EQ(w.identifier(), c.identifier);
     }
@@ -171,14 +159,13 @@ TEST(ApplicationResolverTest, EntriesThatComeLaterAreSeen)
     World w;
     // The file system's clock ticks in milliseconds: two changes within one look like one.
     const timespec longAgo[2] = {};
-    ::utimensat(AT_FDCWD, qPrintable(w.root.filePath(QStringLiteral("system"))), longAgo, 0);
-    DesktopEntries entries(
-        { w.root.filePath(QStringLiteral("system")), w.root.filePath(QStringLiteral("missing")) });
-    EXPECT_FALSE(entries.contains(QStringLiteral("late")));
-    w.install(QStringLiteral("system/late"), "late");
-    EXPECT_TRUE(entries.contains(QStringLiteral("late")));
-    w.install(QStringLiteral("missing/later"), "later");
-    EXPECT_TRUE(entries.contains(QStringLiteral("later")));
+    ASSERT_TRUE(NativeFile::makeFolder(w.at("system")));
+    ::utimensat(AT_FDCWD, w.at("system").constData(), longAgo, 0);
+    DesktopEntries entries({ w.root.filePath(u"system"_s), w.root.filePath(u"missing"_s) });
+    EXPECT_FALSE(entries.contains(u"late"_s));
+    w.install("system/late", "late");
+    w.install("missing/later", "later");
+    EXPECT_TRUE(entries.contains(u"late"_s) && entries.contains(u"later"_s));
 }
 
 }

@@ -1,15 +1,25 @@
 #pragma once
 
+#include "base/MainQueue.h"
 #include "platform/FrontApplication.h"
+
+#include <utility>
 
 class FakeFrontApplication final : public FrontApplication
 {
 public:
-    QString identifier() const override
+    explicit FakeFrontApplication(MainQueue &queue)
+        : m_queue(queue)
+    {
+    }
+    Ticket identify(std::function<void(const QString &)> answer) override
     {
         ++reads;
-        return current;
+        return m_queue.after(0, [now = current, answer = std::move(answer)] { answer(now); });
     }
     QString current;
-    mutable int reads = 0;
+    int reads = 0;
+
+private:
+    MainQueue &m_queue;
 };

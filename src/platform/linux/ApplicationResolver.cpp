@@ -82,6 +82,7 @@ QString ApplicationResolver::identifier(qint64 process)
     const QByteArray stat = read(process, "stat");
     const auto fields = stat.mid(stat.lastIndexOf(')') + 1).split(' ');
     const QByteArray key = QByteArray::number(process) + ' ' + fields.value(20);
+    const std::lock_guard lock(m_mutex);
     if (key != m_lastProcess) {
         m_lastIdentifier = find(process);
         m_lastProcess = key;

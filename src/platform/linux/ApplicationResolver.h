@@ -2,7 +2,10 @@
 
 #include "platform/linux/DesktopEntries.h"
 
-/// From a process to the application that it is. Main thread.
+#include <mutex>
+
+/// From a process to the application that it is. Reads what may wait for that
+/// process and for where its program lies: worker threads only.
 class ApplicationResolver
 {
 public:
@@ -25,9 +28,9 @@ private:
     QByteArray read(qint64 process, const char *name) const;
 
     QString m_processes; // "/proc"
+    std::mutex m_mutex; // Of what follows.
     DesktopEntries m_entries;
-    // The last answer: while a drag goes on, the same question comes with every movement.
-    QByteArray m_lastProcess;
+    QByteArray m_lastProcess; // Most drags come from the one that the last came from.
     QString m_lastIdentifier;
 };
 
