@@ -9,5 +9,5 @@ struct QuickLookController
 {
     QList<QUrl> urls;
     int startIndex = 0;
-    QHash<QUrl, QString> titles; // Of those whose rows do not show the file's name.
+    QHash<QUrl, QString> titles {}; // Of those whose rows do not show the file's name.
 };

@@ -30,6 +30,7 @@
 
 namespace {
 
+using namespace Qt::Literals::StringLiterals;
 using Kind = FakePictureDecoder::Kind;
 using Shown = PreviewWindow::Shown;
 
@@ -46,40 +47,26 @@ PictureDecoder::Picture picture(QColor colour, const QSize &size, const QSize &w
 }
 
 /// Notes what it is told.
-class FakeMediaPlayer final : public MediaPlayer
+struct FakeMediaPlayer final : MediaPlayer
 {
-public:
-    explicit FakeMediaPlayer(QStringList &told)
-        : m_told(told)
+    explicit FakeMediaPlayer(QStringList &list)
+        : told(list)
     {
     }
-    ~FakeMediaPlayer() override { m_told.append(QStringLiteral("gone")); }
-    void play() override { m_told.append(QStringLiteral("play")); }
-    void pause() override { m_told.append(QStringLiteral("pause")); }
-    void seek(double seconds) override { m_told.append(QStringLiteral("seek %1").arg(seconds)); }
+    ~FakeMediaPlayer() override { told.append(u"gone"_s); }
+    void play() override { told.append(u"play"_s); }
+    void pause() override { told.append(u"pause"_s); }
+    void seek(double seconds) override { told.append(u"seek %1"_s.arg(seconds)); }
     void setRoom(const QSize &) override { }
-
-private:
-    QStringList &m_told;
+    QStringList &told;
 };
 
 /// Whatever the preview does is about a file of the user's.
-class FileWorkers final : public Workers
+struct FileWorkers final : Workers
 {
-public:
-    explicit FileWorkers(MainQueue &queue)
-        : m_queue(queue)
-    {
-    }
     void run(WorkerPriority, std::function<void()>) override { FAIL() << "among all other work"; }
-    void runAt(const QByteArray &path, std::function<void()> work) override
-    {
-        EXPECT_TRUE(path.startsWith('/'));
-        m_queue.post(std::move(work));
-    }
-
-private:
-    MainQueue &m_queue;
+    void runAt(const QByteArray &, std::function<void()> work) override { queue->post(work); }
+    MainQueue *queue;
 };
 
 /// The window over a folder of files, a decoder that waits for its test, and virtual time.
@@ -87,6 +74,7 @@ struct PreviewWorld
 {
     PreviewWorld()
     {
+        workers.queue = &queue;
         window.bringToFront = [](QWidget &widget) { widget.show(); };
         window.onIndexChanged = [this](int index) { walked.append(index); };
         window.onKeyboardFree = [this] { ++closed; };
@@ -145,7 +133,7 @@ struct PreviewWorld
 
     QTemporaryDir folder;
     VirtualQueue queue;
-    FileWorkers workers { queue };
+    FileWorkers workers;
     FakePictureDecoder decoder;
     FakeIcons icons;
     Localizer texts { QString(), {} }; // Every text shows as its key.
@@ -173,8 +161,8 @@ TEST(PreviewTest, TheKeysWalkTheListUpToItsEnds)
     for (const char *name : { "a.txt", "b.txt", "c.txt", "d.txt", "e.txt" })
         urls.append(w.file(name));
     w.open(urls, 3);
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("d.txt"));
-    EXPECT_TRUE(w.says(QStringLiteral("4 / 5")));
+    EXPECT_EQ(w.window.windowTitle(), u"d.txt"_s);
+    EXPECT_TRUE(w.says(u"4 / 5"_s));
     EXPECT_EQ(w.window.previewItemAt(5), urls[0]);
     EXPECT_EQ(w.window.previewItemAt(-1), urls[0]);
     w.key(Qt::Key_Right);
@@ -182,19 +170,19 @@ TEST(PreviewTest, TheKeysWalkTheListUpToItsEnds)
     w.key(Qt::Key_Up);
     w.key(Qt::Key_Left);
     EXPECT_EQ(w.walked, (QList<int> { 4, 3, 2 }));
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("c.txt"));
+    EXPECT_EQ(w.window.windowTitle(), u"c.txt"_s);
     w.window.setLayoutDirection(Qt::RightToLeft);
     w.key(Qt::Key_Left);
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("d.txt"));
+    EXPECT_EQ(w.window.windowTitle(), u"d.txt"_s);
 
     w.open(urls, 7);
-    EXPECT_EQ(w.window.windowTitle(), QStringLiteral("a.txt"));
+    EXPECT_EQ(w.window.windowTitle(), u"a.txt"_s);
     w.key(Qt::Key_Space);
     EXPECT_FALSE(w.window.isVisible());
     EXPECT_EQ(w.closed, 1);
 
     w.open(urls);
-    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, QStringLiteral(" "), true);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, u" "_s, true);
     QApplication::sendEvent(&w.window, &held);
     EXPECT_TRUE(w.window.isVisible()) << "by the key that opened it, still held";
     QEvent left(QEvent::WindowDeactivate);
@@ -263,6 +251,8 @@ TEST(PreviewTest, ALateAnswerDoesNotReplaceAnotherFilesPicture)
     EXPECT_EQ(w.middle(), QColor(Qt::blue));
     w.queue.advance(1);
     EXPECT_NE(w.middle(), QColor(Qt::blue));
+    for (const auto *label : w.window.findChildren<QLabel *>())
+        EXPECT_LT(label->geometry().bottom(), 60) << "the header stays at the top meanwhile";
     w.answer(picture(Qt::red, { 300, 300 }, { 300, 300 }));
     EXPECT_EQ(w.middle(), QColor(Qt::red));
 }
@@ -280,7 +270,7 @@ TEST(PreviewTest, APictureLiesOnThePixelGridAndOnACheckerboardOnlyIfItIsTranspar
                 stripes.image.setPixel(x, y, x % 2 == 0 ? qRgba(0, 0, 0, alpha) : 0xffff0000);
         }
         w.answer(stripes);
-        EXPECT_TRUE(w.says(QStringLiteral("301 × 201")));
+        EXPECT_TRUE(w.says(u"301 × 201"_s));
         const QImage shown = w.page()->grab().toImage();
         QSet<QRgb> colours;
         qsizetype red = 0;
@@ -367,11 +357,11 @@ TEST(PreviewTest, OnlyPagesInViewAreRendered)
     EXPECT_EQ(w.last(Kind::Page).number, 499);
     for (const auto &request : w.decoder.requests)
         EXPECT_TRUE(request.number < 4 || request.number > 495) << request.number;
-    EXPECT_EQ(w.page()->accessibleDescription(), QStringLiteral("500 / 500")) << "for who listens";
+    EXPECT_EQ(w.page()->accessibleDescription(), u"500 / 500"_s) << "for who listens";
     for (const auto *bar : w.page()->findChildren<QScrollBar *>())
         EXPECT_EQ(bar->accessibleName(),
-                  bar->orientation() == Qt::Vertical ? QStringLiteral("preview_scroll_vertical")
-                                                     : QStringLiteral("preview_scroll_horizontal"));
+                  bar->orientation() == Qt::Vertical ? u"preview_scroll_vertical"_s
+                                                     : u"preview_scroll_horizontal"_s);
 }
 
 TEST(PreviewTest, ALongAnimationRunsInPieces)
@@ -449,9 +439,11 @@ TEST(PreviewTest, WhatCannotBeShownShowsAsACard)
         w.file(name);
     w.file("empty.png", "");
     w.file("empty.txt", "");
+    const QByteArray longName(250, 'w'); // The window must not grow with it.
+    w.file(longName, QByteArray(3000, '\0'));
     const struct
     {
-        const char *name;
+        QByteArray name;
         std::optional<Kind> asks;
         const char *line; // None: the name in the page as well as in the header.
         const char *title = "";
@@ -467,23 +459,27 @@ TEST(PreviewTest, WhatCannotBeShownShowsAsACard)
         { "empty.txt", {}, "preview_empty" },
         { "here.webloc", {}, "https://example.org/a" },
         { "link.webloc", {}, nullptr, "example.org/title" },
+        { longName, {}, "3.0 kB" },
     };
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        const QByteArray name(c.name);
-        const QUrl url = FilePath::toUrl(
-            w.path(name), name.endsWith('/') ? FilePath::Kind::Directory : FilePath::Kind::File);
+        SCOPED_TRACE(c.name.constData());
+        const QUrl url = FilePath::toUrl(w.path(c.name),
+                                         c.name.endsWith('/') ? FilePath::Kind::Directory
+                                                              : FilePath::Kind::File);
         w.open({ { url }, 0, { { url, QLatin1String(c.title) } } });
         if (c.asks == Kind::Archive)
             w.last(Kind::Archive).listing(std::nullopt);
         else if (c.asks)
             w.answer(std::nullopt, *c.asks);
         w.queue.settle();
-        const QString start = QString::fromUtf8(c.line ? c.line : *c.title ? c.title : c.name);
+        const QString start = QString::fromUtf8(c.line         ? c.line
+                                                    : *c.title ? c.title
+                                                               : c.name.constData());
         const auto says = [&](const auto *label) {
             return label->isVisible() && label->text().startsWith(start);
         };
         EXPECT_EQ(std::ranges::count_if(w.window.findChildren<QLabel *>(), says), c.line ? 1 : 2);
+        EXPECT_LT(w.window.width(), 800);
         w.key(Qt::Key_Escape);
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
@@ -519,16 +515,16 @@ TEST(PreviewTest, AFilmPlaysWhenItIsToldTo)
     EXPECT_EQ(w.middle(), QColor(Qt::red));
     EXPECT_GT(w.window.width(), 600);
     w.player->onState({ false, 0, 3723 });
-    EXPECT_TRUE(w.says(QStringLiteral("0:00 / 1:02:03")));
+    EXPECT_TRUE(w.says(u"0:00 / 1:02:03"_s));
 
     w.key(Qt::Key_Tab);
     w.key(Qt::Key_Tab); // Past the window's own button.
     const auto *button = dynamic_cast<QAbstractButton *>(w.window.focusWidget());
-    ASSERT_TRUE(button && button->accessibleName() == QStringLiteral("preview_play"));
+    ASSERT_TRUE(button && button->accessibleName() == u"preview_play"_s);
     EXPECT_EQ(QAccessible::queryAccessibleInterface(w.window.focusWidget())->role(),
               QAccessible::Button);
     QTest::keyClick(w.window.focusWidget(), Qt::Key_Space);
-    EXPECT_EQ(button->accessibleName(), QStringLiteral("preview_pause"));
+    EXPECT_EQ(button->accessibleName(), u"preview_pause"_s);
     w.player->onState({ true, 60, 3723 });
     auto *slider = w.window.findChild<QSlider *>();
     EXPECT_EQ(slider->value(), 60'000);
@@ -538,8 +534,8 @@ TEST(PreviewTest, AFilmPlaysWhenItIsToldTo)
     EXPECT_EQ(slider->value(), 75'000) << "moved back under the user's hand";
     w.queue.advance(1);
     w.player->onState({ false, 3723, 3723 });
-    EXPECT_EQ(button->accessibleName(), QStringLiteral("preview_play"));
-    EXPECT_EQ(w.told, (QStringList { QStringLiteral("play"), QStringLiteral("seek 75") }));
+    EXPECT_EQ(button->accessibleName(), u"preview_play"_s);
+    EXPECT_EQ(w.told, (QStringList { u"play"_s, u"seek 75"_s }));
 
     // From the button the arrows walk; what it played is over then, and the focus not elsewhere.
     QTest::keyClick(w.window.focusWidget(), Qt::Key_Down);
@@ -547,7 +543,7 @@ TEST(PreviewTest, AFilmPlaysWhenItIsToldTo)
     w.queue.settle();
     EXPECT_EQ(w.window.focusWidget(), &w.window);
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_EQ(w.told.last(), QStringLiteral("gone"));
+    EXPECT_EQ(w.told.last(), u"gone"_s);
     const auto fail = w.player->onFailed;
     fail();
     w.queue.settle();
@@ -555,27 +551,4 @@ TEST(PreviewTest, AFilmPlaysWhenItIsToldTo)
     w.player = nullptr;
     w.key(Qt::Key_Down); // Names places that nobody is to go to by looking at it.
     EXPECT_EQ(w.player, nullptr);
-}
-
-/// A word may be as long as a file's name: the window must not grow with it.
-TEST(PreviewTest, ALongNameIsBrokenInTheCard)
-{
-    PreviewWorld w;
-    w.open({ w.file(QByteArray(250, 'w'), QByteArray(3000, '\0')) });
-    ASSERT_TRUE(w.window.isVisible());
-    EXPECT_LT(w.window.width(), 800);
-    EXPECT_TRUE(std::ranges::any_of(w.window.findChildren<QLabel *>(), [](const QLabel *label) {
-        return label->isVisible() && label->text().startsWith(QStringLiteral("3.0 kB"));
-    }));
-}
-
-TEST(PreviewTest, TheHeaderStaysAtTheTopWhileTheContentIsAwaited)
-{
-    PreviewWorld w;
-    w.open({ w.file("a.pdf") });
-    EXPECT_FALSE(w.window.isVisible());
-    w.queue.advance(0.1);
-    ASSERT_TRUE(w.window.isVisible());
-    for (const auto *label : w.window.findChildren<QLabel *>())
-        EXPECT_LT(label->geometry().bottom(), 60);
 }
