@@ -87,7 +87,7 @@ void removeAt(int above, const QByteArray &name)
     const int folder = openFolder(above, name);
     if (folder < 0)
         return;
-    for (const QByteArray &each : namesOf(::fdopendir(::dup(folder))))
+    for (const QByteArray &each : namesOf(::fdopendir(::fcntl(folder, F_DUPFD_CLOEXEC, 0))))
         removeAt(folder, each);
     ::close(folder);
     ::unlinkat(above, name.constData(), AT_REMOVEDIR);
