@@ -373,8 +373,7 @@ TEST(Decoder, AnswersAreHeldAgainstTheRequestAndSurplusFilesAreClosed)
     ::chmod(program.constData(), 0700);
     const auto openFiles
         = [] { return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files).size(); };
-    const auto before = openFiles();
-    {
+    const auto round = [&] {
         DecoderPool pool(QFile::decodeName(program), w.lanes, w.queue);
         const auto ask = [&](const QByteArray &answer) {
             const QByteArray file = w.write("a.png", answer);
@@ -385,7 +384,10 @@ TEST(Decoder, AnswersAreHeldAgainstTheRequestAndSurplusFilesAreClosed)
         for (const QByteArray &answer : wrong)
             EXPECT_FALSE(ask(answer)) << answer.toHex().constData();
         EXPECT_EQ(ask(whole)->image.size(), QSize(4, 2));
-    }
+    };
+    round();
+    const auto before = openFiles(); // With what threads and queues keep from now on.
+    round();
     EXPECT_TRUE(w.waitFor([&] { return openFiles() <= before; }, 5));
     EXPECT_FALSE(DecoderProtocol::decodeListing(DecoderProtocol::encode(
         PictureDecoder::Listing { { { QStringLiteral("a"), -1, false } }, true })));
