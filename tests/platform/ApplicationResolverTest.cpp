@@ -25,6 +25,7 @@ struct World
     }
     void write(const QByteArray &name, const QByteArray &text)
     {
+        NativeFile::remove(at(name));
         ASSERT_TRUE(NativeFile::writeNew(at(name), text));
     }
     void install(const QByteArray &name, const QByteArray &exec, const QByteArray &more = {})
