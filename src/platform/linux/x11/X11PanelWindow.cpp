@@ -130,6 +130,7 @@ void X11PanelWindow::orderFront()
         if (m_focused)
             m_focused->setFocus();
         applyShape();
+        repaint(); // Out of sight, or what it showed last would be seen for a moment.
         m_presence.show();
     }
     acceptKeyboard(true);
