@@ -39,8 +39,8 @@ private:
     const Localizer &m_texts;
     Sounds &m_sounds;
     KeyReader m_readKey;
+    bool m_recording = false; // Before the children, whose coming is an event already.
     QPushButton *m_field; // Down while recording.
     QPushButton *m_reset;
-    bool m_recording = false;
     std::vector<Ticket> m_subscriptions;
 };
