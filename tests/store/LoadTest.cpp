@@ -3,42 +3,17 @@
 #include "platform/fake/FakePreferences.h"
 #include "store/LegacyMigration.h"
 
+#include <sys/fsuid.h>
 #include <sys/resource.h>
-#include <sys/sysmacros.h>
 
-TEST(LoadTest, AFirstLaunchHasOneEmptyShelfAndWritesNothing)
+TEST(LoadTest, WhereTheCurrentShelfIsNotOpenTheFirstOneIs)
 {
     World w;
-    EXPECT_EQ(w.store().shelves.value().size(), 1);
-    EXPECT_EQ(w.store().currentID.value(), w.store().shelves.value().first().id);
-    EXPECT_EQ(w.store().currentTitle(), QStringLiteral("Vantle"));
-    EXPECT_FALSE(w.saved());
-}
-
-TEST(LoadTest, ASavedStateComesBackWithoutTheFilesThatAreGone)
-{
-    World w;
-    const Shelf first = World::shelf({ World::item(w.file("a")) });
-    Shelf second
-        = World::shelf({ World::item(w.file("b")), World::item(FilePath::toUrl(w.home() + "/gone")),
-                         World::item(QUrl(QStringLiteral("https://no.file/"))) });
-    second.name = QStringLiteral("Second");
-    second.items[0].bookmark = "opaque";
-    Shelf closed = World::shelf({ World::item(FilePath::toUrl(w.home() + "/gone too")) });
-    closed.closedAt = 5;
-    for (const QUuid &current : { second.id, closed.id }) {
-        w.writeState({ current, { first, second }, { closed } });
-        Shelf expected = second;
-        expected.items.resize(1);
-        // A current shelf that is not open is the first.
-        const Shelf &shown = current == second.id ? expected : first;
-        EXPECT_EQ(w.restart().currentID.value(), shown.id);
-        EXPECT_EQ(w.store().items.value(), shown.items);
-        EXPECT_EQ(w.store().shelves.value(), (QList { first, expected }));
-        EXPECT_EQ(w.store().closed.value(), QList { closed });
-        // The launch itself has written what is left.
-        EXPECT_EQ(w.savedState(), (ShelfState { shown.id, { first, expected }, { closed } }));
-    }
+    const QList open { World::shelf({ World::item(w.file("a")) }), World::shelf({}) };
+    const Shelf closed = World::shelf({});
+    w.writeState({ closed.id, open, { closed } });
+    EXPECT_EQ(w.urls(), QList { w.file("a") });
+    EXPECT_EQ(w.savedState(), (ShelfState { open.first().id, open, { closed } }));
 }
 
 TEST(LoadTest, WhatCannotBeReadIsSetAsideAndNothingIsSwept)
@@ -76,23 +51,51 @@ TEST(LoadTest, WhatCannotBeReadIsSetAsideAndNothingIsSwept)
 
 TEST(LoadTest, WhatCannotBeOpenedIsNotMissing)
 {
-    World w;
-    w.store().addText(QStringLiteral("kept"));
-    const auto saved = w.saved();
-    {
-        // No handle is left, as when a program leaks them.
-        rlimit before {};
-        ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-        const rlimit none { 0, before.rlim_max };
-        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    for (const bool isForbidden : { false, true }) {
+        SCOPED_TRACE(isForbidden ? "no permission" : "no handle is left");
+        World w;
+        w.store().addText(QStringLiteral("kept"));
+        const auto saved = w.saved();
+        rlimit handles {};
+        ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &handles), 0);
+        const rlimit none { 0, handles.rlim_max };
+        if (isForbidden) {
+            chmod(w.data("shelves.json").constData(), 0);
+            setfsuid(65534); // Root may read it all the same, but not as anybody else.
+        } else {
+            ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+        }
         w.restart();
-        setrlimit(RLIMIT_NOFILE, &before);
+        setrlimit(RLIMIT_NOFILE, &handles);
+        setfsuid(geteuid());
+        chmod(w.data("shelves.json").constData(), 0600);
+        EXPECT_TRUE(w.urls().isEmpty());
+        w.store().add({ w.file("a") });
+        EXPECT_EQ(w.read(w.data("shelves-damaged.json")), saved);
+        EXPECT_EQ(w.restart().items.value().size(), 1);
+        EXPECT_EQ(w.droppedNames().size(), 1);
     }
-    EXPECT_TRUE(w.urls().isEmpty());
-    w.store().add({ w.file("a") });
-    EXPECT_EQ(w.read(w.data("shelves-damaged.json")), saved);
-    EXPECT_EQ(w.restart().items.value().size(), 1);
-    EXPECT_EQ(w.droppedNames().size(), 1);
+}
+
+TEST(LoadTest, OnlyFilesInTheStoresOwnFolderAreDeleted)
+{
+    World w;
+    w.write(w.home() + "/documents/precious", "");
+    w.write(w.dropped("own/inner"), "");
+    w.write(w.dropped("a"), "");
+    ASSERT_EQ(symlink((w.home() + "/documents").constData(), w.dropped("link").constData()), 0);
+    QList<QUrl> urls;
+    // The second leads through a link to the user's folder; the last is the folder itself.
+    for (const char *path : { "dropped/../../documents/precious", "dropped/link/precious",
+                              "dropped/link", "dropped/own", "x/../dropped/./a", "dropped" })
+        urls.append(QUrl::fromEncoded("file://" + w.data(path)));
+    w.store().add(urls);
+    ASSERT_EQ(w.urls().size(), urls.size());
+    w.store().clear();
+    w.queue.advance(61);
+    EXPECT_TRUE(FilePath::exists(w.home() + "/documents/precious"));
+    EXPECT_TRUE(FilePath::exists(w.data("dropped")));
+    EXPECT_TRUE(w.droppedNames().isEmpty());
 }
 
 TEST(LoadTest, TheSweepLeavesTheFolderByNoLink)
@@ -168,63 +171,26 @@ TEST(LoadTest, EntriesOfTheOldDataFolderFollowItsMove)
     EXPECT_EQ(w.store().closed.value().first().items.first().url, FilePath::toUrl(w.data("y")));
 }
 
-TEST(LoadTest, NothingOnAShelfIsOpened)
-{
-    World w;
-    const QByteArray home = w.home();
-    QList<ShelfItem> items;
-    for (const char *name : { "/fifo", "/device", "/dangling", "/locked", "/loop" })
-        items.append(World::item(FilePath::toUrl(home + name)));
-    ASSERT_EQ(mkfifo((home + "/fifo").constData(), 0600), 0);
-    if (mknod((home + "/device").constData(), S_IFCHR | 0600, makedev(1, 3)) != 0)
-        items.removeAt(1); // Containers may forbid it.
-    ASSERT_EQ(symlink("/nowhere", (home + "/dangling").constData()), 0);
-    ASSERT_EQ(symlink("loop", (home + "/loop").constData()), 0);
-    ASSERT_EQ(mkdir((home + "/locked").constData(), 0), 0);
-    const Shelf open = World::shelf(items);
-    w.writeState({ open.id, { open }, {} });
-    EXPECT_EQ(w.store().items.value(), items);
-
-    const QList<QUrl> urls = w.urls();
-    w.store().clear();
-    w.store().add(urls);
-    EXPECT_EQ(w.urls().size(), urls.size());
-    EXPECT_TRUE(w.urls().contains(FilePath::toUrl(home + "/locked", FilePath::Kind::Directory)));
-    // A FIFO in place of the state is no state.
-    unlink(w.data("shelves.json").constData());
-    ASSERT_EQ(mkfifo(w.data("shelves.json").constData(), 0600), 0);
-    EXPECT_TRUE(w.restart().items.value().isEmpty());
-}
-
 TEST(MigrationTest, TakesOverOnceAndOverwritesNothing)
 {
-    World w;
-    w.write(w.paths().oldDataDir + "/dropped/a", "a");
-    FakePreferences own;
-    own.object = { { QStringLiteral("off"), false } };
-    const QJsonObject old { { QStringLiteral("off"), true },
-                            { QStringLiteral("new"), QStringLiteral("x") } };
-    LegacyMigration::runIfNeeded(own, old, w.paths());
-    EXPECT_EQ(own.object,
-              (QJsonObject { { QStringLiteral("off"), false },
-                             { QStringLiteral("new"), QStringLiteral("x") },
-                             { QStringLiteral("migratedFromShelf"), true } }));
-    EXPECT_TRUE(FilePath::exists(w.dropped("a")));
-    EXPECT_FALSE(FilePath::exists(w.paths().oldDataDir));
-
-    own.object.remove(QStringLiteral("new"));
-    LegacyMigration::runIfNeeded(own, old, w.paths());
-    EXPECT_FALSE(own.object.contains(QStringLiteral("new")));
-}
-
-TEST(MigrationTest, AFolderOfOurOwnStays)
-{
-    World w;
-    w.write(w.paths().oldDataDir + "/old", "");
-    w.write(w.data("new"), "");
-    FakePreferences own;
-    LegacyMigration::runIfNeeded(own, std::nullopt, w.paths());
-    EXPECT_TRUE(FilePath::exists(w.paths().oldDataDir + "/old"));
-    EXPECT_TRUE(FilePath::exists(w.data("new")));
-    EXPECT_TRUE(own.value(QStringLiteral("migratedFromShelf")).toBool());
+    for (const bool hasOwnFolder : { false, true }) {
+        World w;
+        w.write(w.paths().oldDataDir + "/dropped/a", "a");
+        if (hasOwnFolder)
+            w.write(w.data("own"), "");
+        const QString off = QStringLiteral("off");
+        const QString fresh = QStringLiteral("new");
+        FakePreferences own;
+        own.object = { { off, false } };
+        for (const bool isFirst : { true, false }) {
+            LegacyMigration::runIfNeeded(own, QJsonObject { { off, true }, { fresh, 1 } },
+                                         w.paths());
+            EXPECT_FALSE(own.value(off).toBool());
+            EXPECT_EQ(own.object.contains(fresh), isFirst);
+            own.object.remove(fresh);
+        }
+        EXPECT_EQ(FilePath::exists(w.dropped("a")), !hasOwnFolder);
+        EXPECT_EQ(FilePath::exists(w.paths().oldDataDir), hasOwnFolder);
+        EXPECT_EQ(FilePath::exists(w.data("own")), hasOwnFolder);
+    }
 }

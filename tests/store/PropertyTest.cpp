@@ -87,10 +87,11 @@ struct Kind
 const std::array links { "https://a.org/x", "https://b.org", "https://c.org/y" };
 /// What an address may end in; with some of them it is no address.
 const std::array tails { "", "%7e", "/%C3%a9", "?x=%2f", "#b", "#", "[::1", "/100%" };
-const std::array names { "Work", "  Home \n", "Shelf 3", " \t",
-                         "1234567890123456789012345678901234567890 and more" };
+// A letter and its accent are one character of the forty.
+const std::array names { "Work", "  Home \u2028", "Shelf 3", " \t",
+                         "123456789012345678901234567890123456789e\u0301 and more" };
 const std::array trimmed { "Work", "Home", "Shelf 3", "",
-                           "1234567890123456789012345678901234567890" };
+                           "123456789012345678901234567890123456789e\u0301" };
 const std::array ages { 0.5, 1.0, 60.0, 3600.0, 0.0, -1.0 };
 const std::array steps { 1, -1, 0, 3, -100 };
 const std::array pauses { 1, 2, 59, 60, 3600 };
@@ -159,6 +160,8 @@ const std::array kinds {
         passTime(x, 1); x.s.addImageData("bytes", {}); x.m.addImage(); } },
     Kind { "Remove", 5, { 24, 24, 24 }, [](const Call &x) {
         x.s.removeIds(x.ids()); x.m.remove(x.entries); } },
+    Kind { "RemoveSelected", 1, {}, [](const Call &x) { // The very set that changes.
+        x.s.removeIds(x.s.selection.value()); x.m.remove(Numbers(x.m.selection)); } },
     Kind { "RemoveUrls", 1, { 12, 12, 3 }, [](const Call &x) {
         x.s.removeUrls({ x.url(0), x.url(1), QUrl(q(links[x.c])) });
         x.m.removeUrls({ x.places[0], x.places[1] }, { links[x.c] }); } },
@@ -186,6 +189,9 @@ const std::array kinds {
     Kind { "Move", 4, { 24, 14 }, [](const Call &x) {
         const int shelf = shelfAt(x.pair, x.b);
         x.s.move(x.ids(), x.pair.shelfId(shelf)); x.m.move(x.entries, shelf); } },
+    Kind { "MoveSelected", 1, { 14 }, [](const Call &x) {
+        x.s.move(x.s.selection.value(), x.shelfId());
+        x.m.move(Numbers(x.m.selection), x.shelf); } },
     Kind { "MoveToNew", 4, { 24, 24, 24 }, [](const Call &x) {
         x.s.move(x.ids(), std::nullopt); x.m.move(x.entries, std::nullopt); } },
     Kind { "Click", 3, { 24, 4 }, [](const Call &x) {
@@ -265,40 +271,17 @@ Operations randomOperations(quint32 seed)
     return operations;
 }
 
-using Fails = std::function<bool(const Operations &)>;
-
-Operations without(const Operations &operations, size_t start, size_t count)
+/// Without all that is not needed to fail.
+Operations shrink(Operations operations, const std::function<bool(const Operations &)> &fails)
 {
-    Operations rest(operations.begin(), operations.begin() + qsizetype(start));
-    rest.insert(rest.end(), operations.begin() + qsizetype(start + count), operations.end());
-    return rest;
-}
-
-/// Smaller by one step; empty where nothing smaller fails.
-Operations smallerOf(const Operations &operations, const Fails &fails)
-{
-    for (size_t count = operations.size(); count > 0; count /= 2) {
-        for (size_t start = 0; start + count <= operations.size(); start += count) {
-            if (auto smaller = without(operations, start, count); fails(smaller))
-                return smaller;
-        }
-    }
-    for (size_t i = 0; i < operations.size() * 3; ++i) {
+    for (size_t at = 0; at < operations.size();) {
         Operations smaller = operations;
-        int &number = smaller[i / 3].numbers[i % 3];
-        const int before = number;
-        for (number = 0; number < before; ++number) {
-            if (fails(smaller))
-                return smaller;
-        }
+        smaller.erase(smaller.begin() + qsizetype(at));
+        const bool isEnough = fails(smaller);
+        at = isEnough ? 0 : at + 1;
+        if (isEnough)
+            operations = smaller;
     }
-    return {};
-}
-
-Operations shrink(Operations operations, const Fails &fails)
-{
-    for (auto next = operations; !next.empty(); next = smallerOf(operations, fails))
-        operations = next;
     return operations;
 }
 
