@@ -16,7 +16,6 @@
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
-#include <QMimeDatabase>
 
 #include <cstring>
 #include <random>
@@ -57,88 +56,62 @@ class Mutator
 {
 public:
     Mutator(ShelfStore &store, QByteArray home, unsigned seed)
-        : m_store(store)
+        : s(store)
         , m_home(std::move(home))
         , m_random(seed)
     {
     }
 
+    ShelfStore &s;
+
     void step()
     {
         const auto &operations = table();
-        (this->*operations.at(below(operations.size())))();
+        operations.at(below(operations.size()))(*this);
     }
 
 private:
-    using Operation = void (Mutator::*)();
-    static const QList<Operation> &table()
+    // clang-format off
+    static const QList<void (*)(Mutator &)> &table()
     {
-        static const QList<Operation> operations {
-            &Mutator::add,      &Mutator::add,      &Mutator::addText,  &Mutator::addLink,
-            &Mutator::addImage, &Mutator::remove,   &Mutator::remove,   &Mutator::undo,
-            &Mutator::clear,    &Mutator::switchTo, &Mutator::switchTo, &Mutator::newShelf,
-            &Mutator::rename,   &Mutator::pin,      &Mutator::close,    &Mutator::close,
-            &Mutator::reopen,   &Mutator::move,     &Mutator::prune,
+        static const QList<void (*)(Mutator &)> operations {
+            [](Mutator &x) { x.add(); },
+            [](Mutator &x) { x.add(); },
+            [](Mutator &x) { x.s.addText(QString::number(x.below(1000))); },
+            [](Mutator &x) { x.s.addText(QStringLiteral("https://a.org/%1").arg(x.below(1000))); },
+            [](Mutator &x) { x.s.addImageData(QByteArray(x.below(5000), 'p'), {}); },
+            [](Mutator &x) { x.s.removeIds(x.someIds()); },
+            [](Mutator &x) { x.s.removeIds(x.someIds()); },
+            [](Mutator &x) { x.s.undoRemove(); },
+            [](Mutator &x) { if (x.s.items.value().size() > 20) x.s.clear(); },
+            [](Mutator &x) { x.s.switchTo(x.someShelf()); },
+            [](Mutator &x) { x.s.switchTo(x.someShelf()); },
+            [](Mutator &x) { if (x.s.shelves.value().size() < 8) x.s.newShelf(); },
+            [](Mutator &x) { x.s.renameShelf(x.someShelf(), QString::number(x.below(100))); },
+            [](Mutator &x) { x.s.togglePin(x.someShelf()); },
+            [](Mutator &x) { x.s.closeShelf(x.someShelf()); },
+            [](Mutator &x) { x.s.closeShelf(x.someShelf()); },
+            [](Mutator &x) { x.s.reopenShelf(x.s.closed.value().value(x.below(5)).id); },
+            [](Mutator &x) { x.s.move(x.someIds(), x.someShelf()); },
+            [](Mutator &x) { x.s.move(x.someIds(), std::nullopt); },
+            [](Mutator &x) { if (x.below(4) == 0) x.s.pruneExpired(0.005); },
         };
         return operations;
     }
+    // clang-format on
 
     void add()
     {
         QList<QUrl> urls;
         for (qsizetype i = below(8); i >= 0; --i)
             urls.append(FilePath::toUrl(m_home + "/files/f" + QByteArray::number(below(200))));
-        m_store.add(urls);
+        s.add(urls);
     }
-    void addText() { m_store.addText(QStringLiteral("text %1").arg(below(1000))); }
-    void addLink()
-    {
-        m_store.addLink(QUrl(QStringLiteral("https://example.org/%1").arg(below(1000))));
-    }
-    void addImage()
-    {
-        m_store.addImageData(QByteArray(below(5000), 'p'),
-                             QMimeDatabase().mimeTypeForName(QStringLiteral("image/png")));
-    }
-    void remove() { m_store.removeIds(someIds()); }
-    void undo() { m_store.undoRemove(); }
-    void clear()
-    {
-        if (m_store.items.value().size() > 20)
-            m_store.clear();
-    }
-    void switchTo() { m_store.switchTo(someShelf()); }
-    void newShelf()
-    {
-        if (m_store.shelves.value().size() < 8)
-            m_store.newShelf();
-    }
-    void rename() { m_store.renameShelf(someShelf(), QString::number(below(100))); }
-    void pin() { m_store.togglePin(someShelf()); }
-    void close() { m_store.closeShelf(someShelf()); }
-    void reopen()
-    {
-        if (!m_store.closed.value().isEmpty())
-            m_store.reopenShelf(m_store.closed.value().at(below(m_store.closed.value().size())).id);
-    }
-    void move()
-    {
-        m_store.move(someIds(), below(4) > 0 ? std::optional(someShelf()) : std::nullopt);
-    }
-    void prune()
-    {
-        if (below(4) == 0)
-            m_store.pruneExpired(0.005);
-    }
-
-    QUuid someShelf()
-    {
-        return m_store.shelves.value().at(below(m_store.shelves.value().size())).id;
-    }
+    QUuid someShelf() { return s.shelves.value().at(below(s.shelves.value().size())).id; }
     QSet<QUuid> someIds()
     {
         QSet<QUuid> ids;
-        for (const ShelfItem &item : m_store.items.value()) {
+        for (const ShelfItem &item : s.items.value()) {
             if (below(4) == 0)
                 ids.insert(item.id);
         }
@@ -146,7 +119,6 @@ private:
     }
     qsizetype below(qsizetype end) { return static_cast<qsizetype>(m_random() % size_t(end)); }
 
-    ShelfStore &m_store;
     QByteArray m_home;
     std::mt19937 m_random;
 };
