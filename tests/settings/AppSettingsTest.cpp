@@ -77,7 +77,9 @@ TEST(AppSettingsTest, AnotherTypeCountsAsAbsent)
         { u"ignoredApps"_qs, QJsonArray { u"one"_qs, 2 } },
         { u"onboarded"_qs, QJsonValue::Null },
     };
-    const auto settings = w.start();
+    // Nor is a path a setting that is no text.
+    const AppSettings settings(w.preferences, w.autostart, w.texts, "/home/\xff/Downloads");
+    EXPECT_EQ(settings.saveFolderPath.value(), QString());
     EXPECT_TRUE(settings.shakeToSummon.value());
     EXPECT_TRUE(settings.dockToEdge.value());
     EXPECT_TRUE(settings.isDefaultHotKey());
@@ -143,15 +145,6 @@ TEST(AppSettingsTest, LaunchingAtLoginBelongsToTheSessionAndARefusalIsOnlyLogged
     EXPECT_TRUE(settings.launchAtLogin.value());
     EXPECT_EQ(w.autostart.asked, std::vector<bool> { true });
     EXPECT_TRUE(w.preferences.object.isEmpty());
-
-    EXPECT_FALSE(w.start().launchAtLogin.value());
     w.autostart.registered = true;
     EXPECT_TRUE(w.start().launchAtLogin.value());
-}
-
-TEST(AppSettingsTest, ADownloadsFolderThatIsNoTextIsNoDefault)
-{
-    World w;
-    const AppSettings settings(w.preferences, w.autostart, w.texts, "/home/\xff/Downloads");
-    EXPECT_EQ(settings.saveFolderPath.value(), QString());
 }

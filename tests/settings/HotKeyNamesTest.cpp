@@ -38,18 +38,16 @@ TEST(ShortcutTextTest, AStoredLabelIsSpelledAsTheDesktopDoes)
     {
         const char *label, *text;
     };
-    const Case cases[] = {
-        { "⌥⌘S", "Ctrl+Alt+S" },
-        { "⌃⌥⇧⌘Space", "Super+Ctrl+Alt+Shift+Space" },
-        { "⌘↩", "Ctrl+Return" },
-        { "⌃←", "Super+Left" },
-        { "⌥#115", "Alt+Home" },
-        { "⌥#240", "Alt+#240" },
-        { "⇧⌘+", "Ctrl+Shift++" },
-        { "F5", "F5" },
-        { "⌘", "⌘" },
-        { "", "" },
-    };
+    const Case cases[] = { { "⌥⌘S", "Ctrl+Alt+S" },
+                           { "⌃⌥⇧⌘Space", "Super+Ctrl+Alt+Shift+Space" },
+                           { "⌘↩", "Ctrl+Return" },
+                           { "⌃←", "Super+Left" },
+                           { "⌥#115", "Alt+Home" },
+                           { "⌥#240", "Alt+#240" },
+                           { "⇧⌘+", "Ctrl+Shift++" },
+                           { "F5", "F5" },
+                           { "⌘", "⌘" },
+                           { "", "" } };
     Localizer texts(QStringLiteral(VANTLE_SOURCE_DIR "/src/resources/Vantle_Vantle.bundle"), {});
     for (const auto &c : cases)
         EXPECT_EQ(shortcutText(QString::fromUtf8(c.label), texts).toStdString(), c.text);
