@@ -2,20 +2,30 @@
 
 #include <gtest/gtest.h>
 
-TEST(AppDelegateTest, APanelThatADragSummonedGoesIfNothingWasDropped)
+TEST(AppDelegateTest, APanelThatADragSummonedGoesBackUnlessSomethingWasDropped)
 {
     for (const bool dropped : { false, true }) {
-        SCOPED_TRACE(dropped);
-        Application app;
-        app.beginFileDrag();
-        EXPECT_TRUE(app.window.visible);
-        if (dropped)
-            app.drop("a note");
-        app.endDrag();
-        app.queue.advance(0.39);
-        EXPECT_TRUE(app.window.visible);
-        app.queue.advance(0.5);
-        EXPECT_EQ(app.window.visible, dropped);
+        for (const bool docked : { false, true }) {
+            SCOPED_TRACE(testing::Message() << "dropped " << dropped << ", docked " << docked);
+            Application app;
+            if (docked) {
+                app.drop("first");
+                app.delegate.toggle();
+                app.queue.advance(5);
+                EXPECT_FALSE(app.window.visible);
+                EXPECT_TRUE(app.tab.visible);
+            }
+            app.beginFileDrag();
+            EXPECT_TRUE(app.window.visible);
+            if (dropped)
+                app.drop("a note");
+            app.endDrag();
+            app.queue.advance(0.39);
+            EXPECT_TRUE(app.window.visible);
+            app.queue.advance(0.5);
+            EXPECT_EQ(app.window.visible, dropped);
+            EXPECT_EQ(app.tab.visible, docked && !dropped);
+        }
     }
 }
 
@@ -44,46 +54,22 @@ TEST(AppDelegateTest, ASecondDragWithinTheGraceOfTheFirstDoesNotKeepThePanel)
     EXPECT_FALSE(app.window.visible);
 }
 
-TEST(AppDelegateTest, KeysRemoveBringBackAndHide)
+TEST(AppDelegateTest, WhatIsOlderThanTheSettingGoesAndTheTabOfAnEmptyShelfToo)
 {
-    Application app;
-    app.drop("one");
-    app.drop("two");
-    app.delegate.activate();
-    app.queue.advance(1);
-    EXPECT_EQ(app.window.calls.last(), QStringLiteral("focus"));
-
-    constexpr int escape = 53;
-    constexpr int backspace = 51;
-    EXPECT_FALSE(app.press(backspace)); // Nothing is selected.
-    EXPECT_TRUE(app.press(-1, EventModifier::Command, "a"));
-    EXPECT_TRUE(app.press(backspace));
-    EXPECT_FALSE(app.press(-1, EventModifier::Command | EventModifier::Shift, "z"));
-    EXPECT_TRUE(app.press(-1, EventModifier::Command, "z"));
-    EXPECT_FALSE(app.press(-1, EventModifier::Command, "z")); // The stash is spent.
-    EXPECT_TRUE(app.press(-1, EventModifier::Command, "a"));
-    EXPECT_TRUE(app.press(escape)); // The selection first, then the panel.
-    app.queue.advance(1);
-    EXPECT_TRUE(app.isUp());
-    EXPECT_TRUE(app.press(escape));
-    app.queue.advance(1);
-    EXPECT_FALSE(app.window.visible);
-}
-
-TEST(AppDelegateTest, WhatIsOlderThanTheSettingGoesWithTheNextCleanup)
-{
-    for (const char *age : { "off", "1h" }) {
-        SCOPED_TRACE(age);
-        Application app({ { QStringLiteral("autoCleanup"), QLatin1String(age) } });
+    for (const bool isKept : { true, false }) {
+        SCOPED_TRACE(isKept);
+        Application app(
+            { { QStringLiteral("autoCleanup"), QLatin1String(isKept ? "off" : "1h") } });
         app.drop("soon old");
-        const auto isSaved = [&] {
-            QFile file(app.folder.path() + QStringLiteral("/Vantle/shelves.json"));
-            return file.open(QIODevice::ReadOnly) && file.readAll().contains("soon old");
-        };
+        app.delegate.toggle();
         app.queue.advance(3599);
-        EXPECT_TRUE(isSaved());
-        app.queue.advance(61);
-        EXPECT_EQ(isSaved(), QLatin1String(age) == QLatin1String("off"));
+        EXPECT_TRUE(app.tab.visible);
+        app.queue.advance(65);
+        EXPECT_EQ(app.tab.visible, isKept);
+        EXPECT_FALSE(app.window.visible);
+        app.delegate.toggle();
+        app.queue.advance(1);
+        EXPECT_TRUE(app.isUp());
     }
 }
 
@@ -104,42 +90,6 @@ TEST(AppDelegateTest, FilesAreFollowedWhileThePanelIsUp)
         app.queue.advance(100);
         EXPECT_EQ(app.bookmarks.checks, 4);
     }
-}
-
-TEST(AppDelegateTest, ADragThatFoundThePanelDockedPutsItBackUnlessSomethingWasDropped)
-{
-    for (const bool dropped : { false, true }) {
-        SCOPED_TRACE(dropped);
-        Application app;
-        app.drop("first");
-        app.delegate.toggle();
-        app.queue.advance(5);
-        EXPECT_FALSE(app.window.visible);
-        EXPECT_TRUE(app.tab.visible);
-        app.beginFileDrag();
-        EXPECT_TRUE(app.window.visible);
-        if (dropped)
-            app.drop("second");
-        app.endDrag();
-        app.queue.advance(0.8);
-        EXPECT_EQ(app.window.visible, dropped);
-        EXPECT_EQ(app.tab.visible, !dropped);
-    }
-}
-
-TEST(AppDelegateTest, ATabDoesNotStayForAnEmptyShelf)
-{
-    Application app({ { QStringLiteral("autoCleanup"), QStringLiteral("1h") } });
-    app.drop("soon old");
-    app.delegate.toggle();
-    app.queue.advance(5);
-    EXPECT_TRUE(app.tab.visible);
-    app.queue.advance(3700);
-    EXPECT_FALSE(app.tab.visible);
-    EXPECT_FALSE(app.window.visible);
-    app.delegate.toggle();
-    app.queue.advance(60);
-    EXPECT_TRUE(app.isUp());
 }
 
 TEST(AppDelegateTest, TheHotKeyTogglesUnlessItIsSomebodyElses)

@@ -2,7 +2,6 @@
 
 #include "app/AppDelegate.h"
 
-#include "platform/DropTarget.h"
 #include "platform/StatusItem.h"
 #include "platform/fake/FakeApplications.h"
 #include "platform/fake/FakeAutostart.h"
@@ -14,6 +13,7 @@
 #include "platform/fake/FakeFrontApplication.h"
 #include "platform/fake/FakeHotKey.h"
 #include "platform/fake/FakeIcons.h"
+#include "platform/fake/FakeItemProvider.h"
 #include "platform/fake/FakePanelWindow.h"
 #include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakePointerMonitor.h"
@@ -25,7 +25,6 @@
 #include "platform/fake/VirtualQueue.h"
 #include "store/AppPaths.h"
 
-#include <QFile>
 #include <QJsonObject>
 #include <QTemporaryDir>
 
@@ -79,32 +78,10 @@ public:
     /// A drop of another program's text.
     void drop(const char *text)
     {
-        class Provider final : public ItemProvider
-        {
-        public:
-            explicit Provider(const char *text)
-                : m_text(QString::fromUtf8(text))
-            {
-            }
-            QStringList registeredTypes() const override { return {}; }
-            bool hasFileUrl() const override { return false; }
-            bool hasText() const override { return true; }
-            bool hasUrl() const override { return false; }
-            void loadUrl(std::function<void(std::optional<QUrl>)> done) override { done({}); }
-            void loadText(std::function<void(std::optional<QString>)> done) override
-            {
-                done(m_text);
-            }
-            void loadData(const QString &,
-                          std::function<void(std::optional<QByteArray>)> done) override
-            {
-                done({});
-            }
-
-        private:
-            QString m_text;
-        };
-        dropTarget.onDrop({ std::make_shared<Provider>(text) });
+        const auto object = std::make_shared<FakeItemProvider>();
+        object->text = QString::fromUtf8(text);
+        dropTarget.onDrop({ object });
+        object->answer();
         queue.settle();
     }
     bool press(int keyCode, Modifiers modifiers = 0, const char *characters = "")
