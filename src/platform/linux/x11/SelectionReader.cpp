@@ -10,16 +10,6 @@ namespace {
 constexpr std::chrono::seconds silenceLimit(3);
 constexpr qsizetype typesCap = 64 << 10; // Bytes.
 
-xcb_window_t makeWindow(xcb_connection_t *connection)
-{
-    const auto window = xcb_generate_id(connection);
-    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0,
-                      XCB_CW_EVENT_MASK, &events);
-    return window;
-}
-
 }
 
 SelectionReader::SelectionReader(const QByteArray &selection, quint32 time,
@@ -33,7 +23,7 @@ SelectionReader::SelectionReader(const QByteArray &selection, quint32 time,
         return;
     m_atoms.fetch({ selection.constData(), "INCR", "TARGETS" });
     m_selection = m_atoms(selection);
-    m_window = makeWindow(m_connection);
+    m_window = Xcb::unseenWindow(m_connection);
     watchOwner();
 }
 
@@ -46,9 +36,8 @@ SelectionReader::~SelectionReader()
 void SelectionReader::watchOwner()
 {
     m_owner = Xcb::selectionOwner(m_connection, m_selection);
-    const quint32 events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(m_connection, m_owner, XCB_CW_EVENT_MASK, &events);
-    m_ownerGone = m_owner == Xcb::none || !isOwnerThere();
+    m_ownerGone
+        = !Xcb::listenTo(m_connection, m_owner, XCB_EVENT_MASK_STRUCTURE_NOTIFY) || !isOwnerThere();
 }
 
 bool SelectionReader::isOwnerThere()
@@ -131,8 +120,7 @@ SelectionReader::Answer SelectionReader::take(xcb_atom_t property, qsizetype cap
 {
     const auto cookie
         = xcb_get_property(m_connection, 0, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
-    const Xcb::Owned<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(m_connection, cookie, nullptr));
+    const auto reply = Xcb::owned(xcb_get_property_reply(m_connection, cookie, nullptr));
     if (!reply)
         return {};
     if (reply->type == m_atoms("INCR"))
@@ -184,8 +172,7 @@ SelectionReader::Chunk SelectionReader::appendChunk(xcb_atom_t property, QByteAr
     const auto room = static_cast<quint32>((cap - data.size()) / 4 + 1); // In units of four bytes.
     const auto cookie
         = xcb_get_property(m_connection, 1, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, room);
-    const Xcb::Owned<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(m_connection, cookie, nullptr));
+    const auto reply = Xcb::owned(xcb_get_property_reply(m_connection, cookie, nullptr));
     if (!reply)
         return Chunk::Gone;
     const auto size = xcb_get_property_value_length(reply.get());

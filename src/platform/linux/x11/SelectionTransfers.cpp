@@ -34,8 +34,13 @@ void SelectionTransfers::begin(xcb_window_t requestor, xcb_atom_t property, xcb_
                                const QByteArray &data)
 {
     end(requestor, property); // One that its target has given up.
-    listenTo(requestor, XCB_EVENT_MASK_PROPERTY_CHANGE);
-    m_transfers.push_back({ requestor, property, type, data, 0, limit(requestor, property) });
+    const auto other = std::find_if(m_transfers.begin(), m_transfers.end(),
+                                    [&](const auto &open) { return open.requestor == requestor; });
+    const Ticket hearing = other != m_transfers.end()
+        ? other->hearing
+        : Xcb::hear(m_connection, requestor, XCB_EVENT_MASK_PROPERTY_CHANGE);
+    m_transfers.push_back(
+        { requestor, property, type, data, 0, hearing, limit(requestor, property) });
     const auto size = static_cast<quint32>(data.size());
     setProperty(requestor, property, m_atoms("INCR"), 32, 1, &size);
 }
@@ -64,24 +69,9 @@ void SelectionTransfers::fetched(xcb_window_t requestor, xcb_atom_t property)
 
 void SelectionTransfers::end(xcb_window_t requestor, xcb_atom_t property)
 {
-    const auto ended = m_transfers.remove_if([&](const Transfer &open) {
+    m_transfers.remove_if([&](const Transfer &open) {
         return open.requestor == requestor && open.property == property;
     });
-    const bool isBusy = std::any_of(m_transfers.begin(), m_transfers.end(),
-                                    [&](const auto &open) { return open.requestor == requestor; });
-    if (ended > 0 && !isBusy)
-        listenTo(requestor, XCB_EVENT_MASK_NO_EVENT);
-}
-
-void SelectionTransfers::listenTo(xcb_window_t requestor, quint32 events)
-{
-    // A window of the toolkit's, which listens already and must not stop.
-    if (Xcb::isOwn(m_connection, requestor))
-        return;
-    const auto cookie
-        = xcb_change_window_attributes_checked(m_connection, requestor, XCB_CW_EVENT_MASK, &events);
-    xcb_discard_reply(m_connection, cookie.sequence);
-    xcb_flush(m_connection);
 }
 
 void SelectionTransfers::setProperty(xcb_window_t window, xcb_atom_t name, xcb_atom_t type,

@@ -9,7 +9,7 @@ class MainQueue;
 
 /// Hands selections over to other programs. What is too large for one request goes in
 /// pieces (INCR), each when the last was fetched, and goes on when the selection has
-/// another owner by then. Main thread; never waits.
+/// another owner by then. Main thread; waits for the X server alone.
 class SelectionTransfers
 {
 public:
@@ -31,6 +31,7 @@ private:
         xcb_atom_t type = Xcb::none;
         QByteArray data;
         qsizetype sent = 0;
+        Ticket hearing; // Shared by all of that requestor's.
         Ticket limit;
     };
 
@@ -38,7 +39,6 @@ private:
                const QByteArray &data);
     Ticket limit(xcb_window_t requestor, xcb_atom_t property);
     void end(xcb_window_t requestor, xcb_atom_t property);
-    void listenTo(xcb_window_t requestor, quint32 events);
 
     MainQueue &m_queue;
     Xcb::Atoms &m_atoms;

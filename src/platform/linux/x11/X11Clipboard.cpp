@@ -27,13 +27,9 @@ void X11Clipboard::prepare()
 {
     if (m_window != Xcb::none)
         return;
-    m_window = xcb_generate_id(m_connection);
+    m_window = Xcb::unseenWindow(m_connection);
     m_atoms.fetch(
         { "CLIPBOARD", "CLIPBOARD_MANAGER", "SAVE_TARGETS", "_VANTLE_TIME", "_VANTLE_SAVED" });
-    const auto root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
-    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(m_connection, 0, m_window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                      0, XCB_CW_EVENT_MASK, &events);
 }
 
 X11Clipboard::~X11Clipboard()

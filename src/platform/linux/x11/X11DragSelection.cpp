@@ -35,11 +35,7 @@ X11DragSelection::X11DragSelection(WatchConnection &connection)
     m_atoms.fetch({ "XdndSelection", "XdndTypeList", "TARGETS", "INCR", DropFormats::uriList,
                     DropFormats::portalTransfer, DropFormats::portalFiles, "text/html",
                     "text/x-moz-url" });
-    m_window = xcb_generate_id(connection.xcb());
-    const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection.xcb(), 0, m_window, connection.root(), -1, -1, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
-                      &events);
+    m_window = Xcb::unseenWindow(connection.xcb());
     xcb_xfixes_select_selection_input(connection.xcb(), m_window, m_atoms("XdndSelection"),
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER);
     connection.addEventHandler([this](const auto &event) { handleEvent(event); });

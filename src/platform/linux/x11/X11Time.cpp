@@ -8,11 +8,7 @@ quint32 X11Time::now()
         xcb_connect(nullptr, nullptr), xcb_disconnect);
     if (xcb_connection_has_error(connection.get()))
         return 0;
-    const auto window = xcb_generate_id(connection.get());
-    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
-    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection.get(), 0, window, root, -1, -1, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, 0, XCB_CW_EVENT_MASK, &events);
+    const auto window = Xcb::unseenWindow(connection.get());
     // A change by nothing comes back with the time.
     xcb_change_property(connection.get(), XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME,
                         XCB_ATOM_STRING, 8, 0, nullptr);

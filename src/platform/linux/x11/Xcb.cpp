@@ -3,8 +3,29 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
+
+namespace {
+
+/// Those of a window that the connection hears of; none if there is no such window.
+std::optional<quint32> eventsOf(xcb_connection_t *connection, xcb_window_t window)
+{
+    const auto known = Xcb::owned(xcb_get_window_attributes_reply(
+        connection, xcb_get_window_attributes(connection, window), nullptr));
+    return known ? std::optional(known->your_event_mask) : std::nullopt;
+}
+
+bool setEvents(xcb_connection_t *connection, xcb_window_t window, quint32 events)
+{
+    const auto error = Xcb::owned(xcb_request_check(
+        connection,
+        xcb_change_window_attributes_checked(connection, window, XCB_CW_EVENT_MASK, &events)));
+    return !error;
+}
+
+}
 
 xcb_connection_t *Xcb::toolkitConnection()
 {
@@ -16,8 +37,7 @@ QList<quint32> Xcb::property32(xcb_connection_t *connection, xcb_window_t window
                                xcb_atom_t type, quint32 limit)
 {
     const auto cookie = xcb_get_property(connection, 0, window, name, type, 0, limit);
-    const Owned<xcb_get_property_reply_t> reply(
-        xcb_get_property_reply(connection, cookie, nullptr));
+    const auto reply = owned(xcb_get_property_reply(connection, cookie, nullptr));
     if (!reply || reply->format != 32)
         return {};
     const auto *values = static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
@@ -27,8 +47,7 @@ QList<quint32> Xcb::property32(xcb_connection_t *connection, xcb_window_t window
 xcb_window_t Xcb::selectionOwner(xcb_connection_t *connection, xcb_atom_t selection)
 {
     const auto cookie = xcb_get_selection_owner(connection, selection);
-    const Owned<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection, cookie, nullptr));
+    const auto reply = owned(xcb_get_selection_owner_reply(connection, cookie, nullptr));
     return reply ? reply->owner : none;
 }
 
@@ -57,15 +76,29 @@ void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t 
 
 bool Xcb::listenTo(xcb_connection_t *connection, xcb_window_t window, quint32 events)
 {
-    const Owned<xcb_get_window_attributes_reply_t> known(xcb_get_window_attributes_reply(
-        connection, xcb_get_window_attributes(connection, window), nullptr));
-    if (!known)
-        return false;
-    const quint32 all = known->your_event_mask | events;
-    const Owned<xcb_generic_error_t> error(xcb_request_check(
-        connection,
-        xcb_change_window_attributes_checked(connection, window, XCB_CW_EVENT_MASK, &all)));
-    return !error;
+    const auto heard = eventsOf(connection, window);
+    return heard && setEvents(connection, window, *heard | events);
+}
+
+Ticket Xcb::hear(xcb_connection_t *connection, xcb_window_t window, quint32 events)
+{
+    const auto heard = eventsOf(connection, window);
+    if (!heard || !setEvents(connection, window, *heard | events))
+        return nullptr;
+    return Ticket(nullptr, [=, added = events & ~*heard](void *) {
+        if (const auto now = eventsOf(connection, window))
+            setEvents(connection, window, *now & ~added);
+    });
+}
+
+xcb_window_t Xcb::unseenWindow(xcb_connection_t *connection)
+{
+    const auto window = xcb_generate_id(connection);
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const quint32 events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0,
+                      XCB_CW_EVENT_MASK, &events);
+    return window;
 }
 
 bool Xcb::isOwn(xcb_connection_t *connection, xcb_window_t window)
@@ -84,8 +117,7 @@ void Xcb::Atoms::fetch(std::initializer_list<const char *> names)
                                                name.constData()));
     }
     for (const auto &[name, cookie] : asked) {
-        const Owned<xcb_intern_atom_reply_t> reply(
-            xcb_intern_atom_reply(m_connection, cookie, nullptr));
+        const auto reply = owned(xcb_intern_atom_reply(m_connection, cookie, nullptr));
         m_atoms.insert(name, reply ? reply->atom : none);
     }
 }
@@ -105,8 +137,7 @@ QStringList Xcb::Atoms::names(const QList<xcb_atom_t> &atoms)
             asked.emplace_back(atom, xcb_get_atom_name(m_connection, atom));
     }
     for (const auto &[atom, cookie] : asked) {
-        const Owned<xcb_get_atom_name_reply_t> reply(
-            xcb_get_atom_name_reply(m_connection, cookie, nullptr));
+        const auto reply = owned(xcb_get_atom_name_reply(m_connection, cookie, nullptr));
         if (reply)
             m_names.insert(atom,
                            QString::fromUtf8(xcb_get_atom_name_name(reply.get()),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Ticket.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -23,6 +25,11 @@ struct Free
 /// Replies and events belong to whoever gets them.
 template<typename T>
 using Owned = std::unique_ptr<T, Free>;
+template<typename T>
+Owned<T> owned(T *reply)
+{
+    return Owned<T>(reply);
+}
 
 /// The connection of the toolkit; null when it does not run on X11.
 xcb_connection_t *toolkitConnection();
@@ -45,6 +52,11 @@ void sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
 /// already: of one window several parts of the program may want to know something. Whether the
 /// window is there. Waits for the X server.
 bool listenTo(xcb_connection_t *connection, xcb_window_t window, quint32 events);
+/// The same for as long as the ticket lives; what was heard before goes on.
+[[nodiscard]] Ticket hear(xcb_connection_t *connection, xcb_window_t window, quint32 events);
+
+/// A window that nobody sees; the connection hears of changes of its properties.
+xcb_window_t unseenWindow(xcb_connection_t *connection);
 
 /// Whether that connection made the window: the X server gives each client a range
 /// of numbers.
