@@ -87,18 +87,18 @@ bool WatchConnection::hasExtensions()
     m_inputOpcode = input->major_opcode;
     m_fixesFirstEvent = fixes->first_event;
 
-    // The server takes the version that we name for the one that we understand:
-    // only from 2.1 on do raw events come while another client grabs the pointer.
+    // The server takes the version that we name for the one that we understand: only from 2.1
+    // on do raw events come while another client grabs the pointer, from 2.2 on those of touches.
     const auto inputCookie = xcb_input_xi_query_version(m_connection, 2, 2);
     const auto fixesCookie = xcb_xfixes_query_version(m_connection, 5, 0);
     const auto resourcesCookie = xcb_res_query_version(m_connection, 1, 2);
-    const Xcb::Owned<xcb_input_xi_query_version_reply_t> inputVersion(
-        xcb_input_xi_query_version_reply(m_connection, inputCookie, nullptr));
-    const Xcb::Owned<xcb_xfixes_query_version_reply_t> fixesVersion(
-        xcb_xfixes_query_version_reply(m_connection, fixesCookie, nullptr));
-    const Xcb::Owned<xcb_res_query_version_reply_t> resourcesVersion(
-        xcb_res_query_version_reply(m_connection, resourcesCookie, nullptr));
-    return isAtLeast(inputVersion.get(), 2, 1) && isAtLeast(fixesVersion.get(), 1, 0)
+    const auto inputVersion
+        = Xcb::owned(xcb_input_xi_query_version_reply(m_connection, inputCookie, nullptr));
+    const auto fixesVersion
+        = Xcb::owned(xcb_xfixes_query_version_reply(m_connection, fixesCookie, nullptr));
+    const auto resourcesVersion
+        = Xcb::owned(xcb_res_query_version_reply(m_connection, resourcesCookie, nullptr));
+    return isAtLeast(inputVersion.get(), 2, 2) && isAtLeast(fixesVersion.get(), 1, 0)
         && resourcesVersion
         && std::pair(resourcesVersion->server_major, resourcesVersion->server_minor)
         >= std::pair<uint16_t, uint16_t>(1, 2);
@@ -113,7 +113,7 @@ void WatchConnection::whenProcessKnown(xcb_window_t window, std::function<void(q
 
 qint64 WatchConnection::processOf(xcb_window_t window) const
 {
-    const Xcb::Owned<xcb_res_query_client_ids_reply_t> reply(
+    const auto reply = Xcb::owned(
         xcb_res_query_client_ids_reply(m_connection, askProcess(m_connection, window), nullptr));
     return processIn(reply.get());
 }

@@ -4,7 +4,6 @@
 #include "platform/linux/x11/NativeGeometry.h"
 
 #include <unistd.h>
-#include <xcb/xinput.h>
 
 #include <algorithm>
 #include <utility>
@@ -113,13 +112,41 @@ void X11PointerMonitor::handleEvent(const xcb_generic_event_t &event)
         m_leftDown = false;
         return;
     }
-    const auto &button = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
-    if (generic.event_type == XCB_INPUT_RAW_MOTION)
+    const auto happened = meaning(
+        reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event), m_leftButton);
+    if (happened == PointerEvent::Moved)
         handleMotion();
-    else if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS && button.detail == m_leftButton)
-        handleButton(PointerEvent::LeftDown);
-    else if (generic.event_type == XCB_INPUT_RAW_BUTTON_RELEASE && button.detail == m_leftButton)
-        handleButton(PointerEvent::LeftUp);
+    else if (happened)
+        handleButton(*happened);
+}
+
+/// A button's event that the server made of a touch is left to the touch. Raw events of all
+/// kinds are laid out alike.
+std::optional<PointerEvent>
+X11PointerMonitor::meaning(const xcb_input_raw_button_press_event_t &event, uint32_t leftButton)
+{
+    const bool isButton = event.detail == leftButton
+        && !(event.flags & XCB_INPUT_POINTER_EVENT_FLAGS_POINTER_EMULATED);
+    const bool isTouch = event.flags & XCB_INPUT_TOUCH_EVENT_FLAGS_TOUCH_EMULATING_POINTER;
+    const auto when = [](bool counts, PointerEvent meant) {
+        return counts ? std::optional(meant) : std::nullopt;
+    };
+    switch (event.event_type) {
+    case XCB_INPUT_RAW_MOTION:
+        return PointerEvent::Moved;
+    case XCB_INPUT_RAW_BUTTON_PRESS:
+        return when(isButton, PointerEvent::LeftDown);
+    case XCB_INPUT_RAW_BUTTON_RELEASE:
+        return when(isButton, PointerEvent::LeftUp);
+    case XCB_INPUT_RAW_TOUCH_BEGIN:
+        return when(isTouch, PointerEvent::LeftDown);
+    case XCB_INPUT_RAW_TOUCH_UPDATE:
+        return when(isTouch, PointerEvent::Moved);
+    case XCB_INPUT_RAW_TOUCH_END:
+        return when(isTouch, PointerEvent::LeftUp);
+    default:
+        return std::nullopt;
+    }
 }
 
 void X11PointerMonitor::handleButton(PointerEvent event)
@@ -289,10 +316,12 @@ void X11PointerMonitor::listen(Listen listen)
         uint32_t mask;
     } selection { { XCB_INPUT_DEVICE_ALL_MASTER, 1 }, 0 };
     if (listen != Listen::Nothing)
-        selection.mask
-            = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+        selection.mask = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS
+            | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE | XCB_INPUT_XI_EVENT_MASK_RAW_TOUCH_BEGIN
+            | XCB_INPUT_XI_EVENT_MASK_RAW_TOUCH_END;
     if (listen == Listen::ButtonsAndMotion)
-        selection.mask |= XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
+        selection.mask
+            |= XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_TOUCH_UPDATE;
     xcb_input_xi_select_events(m_connection.xcb(), m_connection.root(), 1, &selection.head);
 }
 
@@ -308,6 +337,6 @@ Xcb::Owned<xcb_query_pointer_reply_t> X11PointerMonitor::queryPointer() const
 {
     if (!m_connection.isUsable())
         return {};
-    return Xcb::Owned<xcb_query_pointer_reply_t>(xcb_query_pointer_reply(
+    return Xcb::owned(xcb_query_pointer_reply(
         m_connection.xcb(), xcb_query_pointer(m_connection.xcb(), m_connection.root()), nullptr));
 }

@@ -7,6 +7,7 @@
 #include <QPoint>
 
 #include <xcb/xcb.h>
+#include <xcb/xinput.h>
 
 #include <deque>
 #include <functional>
@@ -17,9 +18,9 @@
 class MainQueue;
 
 /// Raw XI 2 events, which come while another program's drag grabs the pointer
-/// too. They carry no position, so each is followed by a question for it and is
-/// delivered, in order, when that has been answered. Motion is listened to only
-/// while the left button is down, and looked at every eight milliseconds.
+/// too, of buttons and of the finger that acts as the pointer. They carry no position, so each is
+/// followed by a question for it and is delivered, in order, when that has been answered. Motion is
+/// listened to only while the left button is down, and looked at every eight milliseconds.
 class X11PointerMonitor final : public PointerMonitor
 {
 public:
@@ -38,6 +39,10 @@ public:
     void setReleaseGate(std::function<bool()> dropIsLanding) { m_gate = std::move(dropIsLanding); }
     /// That drag has left, or its drop has ended: delivers the release that waits.
     void releaseGateOpened();
+
+    /// What a raw event tells; Moved is any motion. leftButton: its physical number.
+    static std::optional<PointerEvent> meaning(const xcb_input_raw_button_press_event_t &event,
+                                               uint32_t leftButton);
 
 private:
     using Handler = std::function<void(PointerEvent)>;
