@@ -81,8 +81,8 @@ XdndSource::Target XdndSource::targetAt(const QPoint &at)
     xcb_window_t window = m_root;
     for (int depth = 0; depth < deepest; ++depth) {
         const auto cookie = xcb_translate_coordinates(m_connection, m_root, window, x, y);
-        const Xcb::Owned<xcb_translate_coordinates_reply_t> reply(
-            xcb_translate_coordinates_reply(m_connection, cookie, nullptr));
+        const auto reply
+            = Xcb::owned(xcb_translate_coordinates_reply(m_connection, cookie, nullptr));
         if (!reply || reply->child == Xcb::none)
             break;
         window = reply->child;
@@ -151,7 +151,8 @@ void XdndSource::sendNext()
 void XdndSource::handleMessage(const xcb_client_message_event_t &message)
 {
     const quint32 *data = message.data.data32;
-    if (message.window != m_offer.window || message.format != 32 || data[0] != m_target.window)
+    if (message.window != m_offer.window || message.format != 32 || data[0] == Xcb::none
+        || data[0] != m_target.window)
         return; // Or the late answer of a window that the pointer has passed.
     if (message.type == m_atoms("XdndStatus"))
         answered(data);
