@@ -3,6 +3,8 @@
 #include "platform/linux/x11/X11Root.h"
 #include "platform/linux/x11/Xcb.h"
 
+#include <QCoreApplication>
+
 namespace {
 
 constexpr quint32 pagerSource = 2; // Of _NET_ACTIVE_WINDOW: obeyed without focus-stealing checks.
@@ -21,6 +23,13 @@ X11Activation::X11Activation(QWidget &window, xcb_connection_t *connection, xcb_
     atoms.fetch({ "_VANTLE_TIME", "_NET_ACTIVE_WINDOW" });
     m_timeProperty = atoms("_VANTLE_TIME");
     m_activeWindow = atoms("_NET_ACTIVE_WINDOW");
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+X11Activation::~X11Activation()
+{
+    if (auto *application = QCoreApplication::instance())
+        application->removeNativeEventFilter(this);
 }
 
 void X11Activation::request()
@@ -45,26 +54,30 @@ void X11Activation::cancel()
     m_fallback.reset();
 }
 
-void X11Activation::handleEvent(const xcb_generic_event_t &event)
+bool X11Activation::nativeEventFilter(const QByteArray &, void *message, qintptr *)
 {
-    switch (event.response_type & 0x7f) {
+    switch (static_cast<const xcb_generic_event_t *>(message)->response_type & 0x7f) {
     case XCB_MAP_NOTIFY:
-        m_mapped = true;
-        if (m_wanted)
-            askTime();
+        if (static_cast<const xcb_map_notify_event_t *>(message)->window == native()) {
+            m_mapped = true;
+            if (m_wanted)
+                askTime();
+        }
         break;
     case XCB_UNMAP_NOTIFY:
-        m_mapped = false;
+        if (static_cast<const xcb_unmap_notify_event_t *>(message)->window == native())
+            m_mapped = false;
         break;
     case XCB_PROPERTY_NOTIFY: {
-        const auto &notify = reinterpret_cast<const xcb_property_notify_event_t &>(event);
-        if (m_wanted && notify.atom == m_timeProperty)
+        const auto &notify = *static_cast<const xcb_property_notify_event_t *>(message);
+        if (m_wanted && notify.window == native() && notify.atom == m_timeProperty)
             activate(notify.time);
         break;
     }
     default:
         break;
     }
+    return false;
 }
 
 /// A change of a property, even by nothing, comes back with the server's time.

@@ -2,6 +2,7 @@
 
 #include "base/MainQueue.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QWidget>
 
 #include <xcb/xcb.h>
@@ -9,11 +10,12 @@
 /// Gives one window of ours the keyboard, although the user did not act in it
 /// just now: window managers grant that to a request that comes as a pager's and
 /// bears the X server's present time.
-class X11Activation
+class X11Activation final : private QAbstractNativeEventFilter
 {
 public:
     X11Activation(QWidget &window, xcb_connection_t *connection, xcb_window_t root,
                   MainQueue &queue);
+    ~X11Activation() override;
 
     /// For a window that is shown; waits until the window manager has mapped it.
     void request();
@@ -21,10 +23,9 @@ public:
     /// window manager finds.
     void handOver(xcb_window_t other);
     void cancel();
-    /// Each native event of the window.
-    void handleEvent(const xcb_generic_event_t &event);
 
 private:
+    bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     xcb_window_t native() const { return static_cast<xcb_window_t>(m_window.internalWinId()); }
     void askTime();
     void activate(xcb_timestamp_t time);

@@ -30,8 +30,10 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     , m_connection(Xcb::toolkitConnection())
     , m_root(X11Root::of(m_connection, createNative()))
     , m_atoms(m_connection)
-    , m_compositor(m_connection, m_root)
-    , m_presence(*this, m_connection)
+    , m_presence(*this, m_connection, m_root,
+                 [](const QRect &whole, double ratio) {
+                     return roundedRegion(whole, qRound(cornerRadius * ratio));
+                 })
     , m_activation(*this, m_connection, m_root, queue)
     , m_manager(m_connection, m_root, native())
     , m_grip(*this, queue)
@@ -45,10 +47,6 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
                                 wmHintsSize);
     m_protocols = Xcb::property32(m_connection, native(), m_atoms("WM_PROTOCOLS"), XCB_ATOM_ATOM,
                                   mostProtocols);
-    m_compositor.onChange = [this] {
-        applyShape();
-        update();
-    };
     m_manager.onManagerChanged = [this] {
         askForPlace();
         if (isVisible())
@@ -60,13 +58,6 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     windowHandle()->installEventFilter(this);
     QMetaObject::invokeMethod(
         this, [this] { map(); }, Qt::QueuedConnection);
-}
-
-X11PanelWindow::~X11PanelWindow()
-{
-    // It stays its owner's.
-    if (m_rootView)
-        m_rootView->setParent(nullptr);
 }
 
 /// A window of 32 bits in any case: a compositor may come later.
@@ -84,14 +75,8 @@ xcb_window_t X11PanelWindow::createNative()
 
 void X11PanelWindow::setRootView(QWidget *view)
 {
-    m_rootView = view;
-    view->setParent(this);
+    m_presence.setView(view);
     layoutRootView();
-    // Else it is shown, laid out and given its fonts together with the panel.
-    if (isVisible())
-        view->show();
-    else
-        view->hide();
 }
 
 QRectF X11PanelWindow::frame() const
@@ -124,14 +109,8 @@ void X11PanelWindow::orderFront()
     const bool wasHidden = !isVisible();
     if (wasHidden) {
         map();
-        m_manager.beginFocusWatch();
-        if (m_rootView)
-            m_rootView->show();
-        if (m_focused)
-            m_focused->setFocus();
-        applyShape();
-        repaint(); // Out of sight, or what it showed last would be seen for a moment.
         m_presence.show();
+        m_manager.beginFocusWatch();
     }
     acceptKeyboard(true);
     moveToTop();
@@ -169,9 +148,6 @@ void X11PanelWindow::orderOut()
     acceptKeyboard(false);
     giveKeyboardBack();
     m_manager.endFocusWatch();
-    m_focused = focusWidget();
-    if (m_rootView)
-        m_rootView->hide();
 }
 
 /// A hidden panel is still mapped, and a window manager that looks for somebody to give the
@@ -209,16 +185,6 @@ void X11PanelWindow::changeEvent(QEvent *event)
 void X11PanelWindow::focus()
 {
     m_activation.request();
-}
-
-bool X11PanelWindow::canFade() const
-{
-    return m_compositor.isRunning();
-}
-
-void X11PanelWindow::setOpacity(double opacity)
-{
-    m_presence.setOpacity(canFade() ? opacity : 1);
 }
 
 void X11PanelWindow::setSlide(const QPointF &offset)
@@ -263,25 +229,16 @@ void X11PanelWindow::askForPlace()
                   { allDesktops, application });
 }
 
-/// Without a compositor what is translucent would be black: the corners are cut.
-void X11PanelWindow::applyShape()
-{
-    const double ratio = devicePixelRatio();
-    m_shapedSize = QSize(qRound(width() * ratio), qRound(height() * ratio));
-    m_presence.setShape(
-        canFade() ? QRegion()
-                  : roundedRegion(QRect(QPoint(), m_shapedSize), qRound(cornerRadius * ratio)));
-}
-
 /// Inside the border, and cut to its corners, which a view's own background
 /// would paint over.
 void X11PanelWindow::layoutRootView()
 {
-    if (!m_rootView)
+    QWidget *view = m_presence.view();
+    if (!view)
         return;
     const QRect inner = rect().adjusted(borderWidth, borderWidth, -borderWidth, -borderWidth);
-    m_rootView->setGeometry(inner.translated(m_slide.toPoint()));
-    m_rootView->setMask(roundedRegion(m_rootView->rect(), cornerRadius - borderWidth));
+    view->setGeometry(inner.translated(m_slide.toPoint()));
+    view->setMask(roundedRegion(view->rect(), cornerRadius - borderWidth));
 }
 
 void X11PanelWindow::paintEvent(QPaintEvent *)
@@ -303,7 +260,7 @@ void X11PanelWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     layoutRootView();
-    applyShape();
+    m_presence.fit();
     noteFrame();
 }
 
@@ -362,12 +319,7 @@ bool X11PanelWindow::filterMouse(const QMouseEvent &event)
 
 bool X11PanelWindow::nativeEvent(const QByteArray &type, void *message, qintptr *result)
 {
-    const auto &event = *static_cast<const xcb_generic_event_t *>(message);
-    m_activation.handleEvent(event);
-    // Also of the same size in points, when the dots per inch change.
-    if ((event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY
-        && m_shapedSize != QSizeF(QSizeF(size()) * devicePixelRatio()).toSize())
-        applyShape();
+    m_presence.handleEvent(*static_cast<const xcb_generic_event_t *>(message));
     return QWidget::nativeEvent(type, message, result);
 }
 

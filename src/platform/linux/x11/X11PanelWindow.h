@@ -4,12 +4,10 @@
 #include "platform/linux/WindowGrip.h"
 #include "platform/linux/x11/KeyRouter.h"
 #include "platform/linux/x11/X11Activation.h"
-#include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/X11ManagerWatch.h"
 #include "platform/linux/x11/X11Presence.h"
 #include "platform/linux/x11/Xcb.h"
 
-#include <QPointer>
 #include <QWidget>
 
 class QMouseEvent;
@@ -21,7 +19,6 @@ class X11PanelWindow final : public QWidget, public PanelWindow
 {
 public:
     explicit X11PanelWindow(MainQueue &queue);
-    ~X11PanelWindow() override;
 
     void setRootView(QWidget *view) override;
     QRectF frame() const override;
@@ -31,8 +28,8 @@ public:
     void orderFront() override;
     void orderOut() override;
     void focus() override;
-    bool canFade() const override;
-    void setOpacity(double opacity) override;
+    bool canFade() const override { return m_presence.canFade(); }
+    void setOpacity(double opacity) override { m_presence.setOpacity(opacity); }
     void setSlide(const QPointF &offset) override;
     void performDrag() override;
 
@@ -55,7 +52,6 @@ private:
     quint32 rootProperty(const char *name, xcb_atom_t type);
     void acceptKeyboard(bool accept);
     void giveKeyboardBack();
-    void applyShape();
     void layoutRootView();
     void noteFrame();
     bool filterMouse(const QMouseEvent &event);
@@ -64,17 +60,13 @@ private:
     xcb_connection_t *m_connection;
     xcb_window_t m_root;
     Xcb::Atoms m_atoms;
-    X11Compositor m_compositor;
     X11Presence m_presence;
     X11Activation m_activation;
     X11ManagerWatch m_manager;
     WindowGrip m_grip;
     KeyRouter m_keys;
-    QPointer<QWidget> m_rootView;
-    QPointer<QWidget> m_focused; // In the root view, while that is hidden.
     QList<quint32> m_wmHints; // As the toolkit wrote them.
     QList<quint32> m_protocols;
-    QSize m_shapedSize; // Pixels.
     QPointF m_slide;
     QRect m_knownGeometry; // The last that was set or reported.
     double m_settledAt = 0; // Uptime until which the desktop may still answer a frame that we set.

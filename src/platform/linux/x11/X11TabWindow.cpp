@@ -16,14 +16,10 @@ X11TabWindow::X11TabWindow(MainQueue &queue)
                   | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus)
     , m_connection(Xcb::toolkitConnection())
     , m_root(X11Root::of(m_connection, createNative()))
-    , m_compositor(m_connection, m_root)
-    , m_presence(*this, m_connection)
+    , m_presence(*this, m_connection, m_root,
+                 [this](const QRect &whole, double ratio) { return cut(whole, ratio); })
     , m_drags(queue)
 {
-    m_compositor.onChange = [this] {
-        applyShape();
-        update();
-    };
     m_drags.attach(winId());
     m_drags.onTargeted = [this](bool targeted) {
         if (targeted && onDragEntered)
@@ -31,13 +27,6 @@ X11TabWindow::X11TabWindow(MainQueue &queue)
     };
     QMetaObject::invokeMethod(
         this, [this] { m_presence.map(); }, Qt::QueuedConnection);
-}
-
-X11TabWindow::~X11TabWindow()
-{
-    // It stays its owner's.
-    if (m_rootView)
-        m_rootView->setParent(nullptr);
 }
 
 /// A window of 32 bits in any case: a compositor may come later.
@@ -55,25 +44,20 @@ xcb_window_t X11TabWindow::createNative()
 
 void X11TabWindow::setRootView(QWidget *view)
 {
-    m_rootView = view;
     view->setAttribute(Qt::WA_TransparentForMouseEvents);
-    view->setParent(this);
+    m_presence.setView(view);
     view->setGeometry(rect());
-    view->setVisible(isVisible());
 }
 
 void X11TabWindow::place(const QRectF &frame, DockEdge edge)
 {
     m_edge = edge;
     setGeometry(frame.toRect());
-    applyShape();
+    m_presence.fit();
 }
 
 void X11TabWindow::orderFront()
 {
-    if (m_rootView)
-        m_rootView->show();
-    applyShape();
     m_presence.show();
     raiseBelowLock();
 }
@@ -81,31 +65,16 @@ void X11TabWindow::orderFront()
 void X11TabWindow::orderOut()
 {
     m_presence.hide();
-    if (m_rootView)
-        m_rootView->hide();
     m_pointerInside = false;
 }
 
-void X11TabWindow::setOpacity(double opacity)
+/// But for the corners that lie against the edge.
+QRegion X11TabWindow::cut(const QRect &whole, double ratio) const
 {
-    m_presence.setOpacity(canFade() ? opacity : 1);
-}
-
-/// Without a compositor what is translucent would be black: the corners are cut,
-/// but for those that lie against the edge.
-void X11TabWindow::applyShape()
-{
-    const double ratio = devicePixelRatio();
-    m_shapedSize = QSizeF(QSizeF(QWidget::size()) * ratio).toSize();
-    if (canFade()) {
-        m_presence.setShape({});
-        return;
-    }
-    const QRect whole(QPoint(), m_shapedSize);
     const int radius = qRound(cornerRadius * ratio);
     const bool isRight = m_edge == DockEdge::Right;
     const QRect beyond = whole.adjusted(isRight ? 0 : -radius, 0, isRight ? radius : 0, 0);
-    m_presence.setShape(roundedRegion(beyond, radius) & whole);
+    return roundedRegion(beyond, radius) & whole;
 }
 
 /// Screen locks are windows that no manager manages, as this one is. What covers the whole
@@ -127,11 +96,7 @@ void X11TabWindow::raiseBelowLock()
 
 bool X11TabWindow::nativeEvent(const QByteArray &type, void *message, qintptr *result)
 {
-    // Also of the same size in points, when the dots per inch change.
-    if ((static_cast<const xcb_generic_event_t *>(message)->response_type & 0x7f)
-            == XCB_CONFIGURE_NOTIFY
-        && m_shapedSize != QSizeF(QSizeF(QWidget::size()) * devicePixelRatio()).toSize())
-        applyShape();
+    m_presence.handleEvent(*static_cast<const xcb_generic_event_t *>(message));
     return QWidget::nativeEvent(type, message, result);
 }
 
@@ -144,9 +109,9 @@ void X11TabWindow::paintEvent(QPaintEvent *)
 void X11TabWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    if (m_rootView)
-        m_rootView->setGeometry(rect());
-    applyShape();
+    if (QWidget *view = m_presence.view())
+        view->setGeometry(rect());
+    m_presence.fit();
 }
 
 /// The server reports a pointer that is inside as soon as the window is mapped;

@@ -1,11 +1,9 @@
 #pragma once
 
 #include "platform/TabWindow.h"
-#include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/X11Presence.h"
 #include "platform/linux/x11/XdndTarget.h"
 
-#include <QPointer>
 #include <QWidget>
 
 class MainQueue;
@@ -18,15 +16,14 @@ class X11TabWindow final : public QWidget, public TabWindow
 {
 public:
     explicit X11TabWindow(MainQueue &queue);
-    ~X11TabWindow() override;
 
     void setRootView(QWidget *view) override;
     void place(const QRectF &frame, DockEdge edge) override;
     bool isVisible() const override { return m_presence.isShown(); }
     void orderFront() override;
     void orderOut() override;
-    bool canFade() const override { return m_compositor.isRunning(); }
-    void setOpacity(double opacity) override;
+    bool canFade() const override { return m_presence.canFade(); }
+    void setOpacity(double opacity) override { m_presence.setOpacity(opacity); }
 
 protected:
     bool nativeEvent(const QByteArray &type, void *message, qintptr *result) override;
@@ -39,16 +36,13 @@ protected:
 
 private:
     xcb_window_t createNative();
-    void applyShape();
+    QRegion cut(const QRect &whole, double ratio) const;
     void raiseBelowLock();
 
     xcb_connection_t *m_connection;
     xcb_window_t m_root;
-    X11Compositor m_compositor;
     X11Presence m_presence;
     XdndTarget m_drags;
-    QPointer<QWidget> m_rootView;
     DockEdge m_edge = DockEdge::Right;
-    QSize m_shapedSize; // Pixels.
     bool m_pointerInside = false;
 };
