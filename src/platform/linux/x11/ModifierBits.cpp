@@ -37,7 +37,7 @@ ModifierBits ModifierBits::read(xcb_connection_t *connection)
     // The symbols' request goes out first, so that both are waited for together.
     const std::unique_ptr<xcb_key_symbols_t, FreeSymbols> symbols(
         xcb_key_symbols_alloc(connection));
-    const Xcb::Owned<xcb_get_modifier_mapping_reply_t> map(
+    const auto map = Xcb::owned(
         xcb_get_modifier_mapping_reply(connection, xcb_get_modifier_mapping(connection), nullptr));
     if (!map || !symbols)
         return bits;
@@ -62,28 +62,19 @@ ModifierBits ModifierBits::read(xcb_connection_t *connection)
 
 Modifiers ModifierBits::modifiers(uint16_t state) const
 {
-    Modifiers modifiers = 0;
-    if ((state & XCB_MOD_MASK_SHIFT) != 0)
-        modifiers |= EventModifier::Shift;
-    if ((state & XCB_MOD_MASK_CONTROL) != 0)
-        modifiers |= EventModifier::Command;
-    if ((state & option) != 0)
-        modifiers |= EventModifier::Option;
-    if ((state & control) != 0)
-        modifiers |= EventModifier::Control;
-    return modifiers;
+    const auto held
+        = [state](unsigned bit, Modifiers modifier) { return state & bit ? modifier : 0; };
+    return held(XCB_MOD_MASK_SHIFT, EventModifier::Shift)
+        | held(XCB_MOD_MASK_CONTROL, EventModifier::Command) | held(option, EventModifier::Option)
+        | held(control, EventModifier::Control);
 }
 
 uint16_t ModifierBits::state(int hotKeyModifiers) const
 {
-    unsigned state = 0;
-    if ((hotKeyModifiers & HotKeyModifier::Shift) != 0)
-        state |= XCB_MOD_MASK_SHIFT;
-    if ((hotKeyModifiers & HotKeyModifier::Command) != 0)
-        state |= XCB_MOD_MASK_CONTROL;
-    if ((hotKeyModifiers & HotKeyModifier::Option) != 0)
-        state |= option;
-    if ((hotKeyModifiers & HotKeyModifier::Control) != 0)
-        state |= control;
-    return static_cast<uint16_t>(state);
+    const auto wanted
+        = [=](int modifier, unsigned bit) { return hotKeyModifiers & modifier ? bit : 0; };
+    return static_cast<uint16_t>(wanted(HotKeyModifier::Shift, XCB_MOD_MASK_SHIFT)
+                                 | wanted(HotKeyModifier::Command, XCB_MOD_MASK_CONTROL)
+                                 | wanted(HotKeyModifier::Option, option)
+                                 | wanted(HotKeyModifier::Control, control));
 }

@@ -46,7 +46,10 @@ Ticket X11FrontApplication::identify(std::function<void(const QString &)> answer
     QList<qint64> processes;
     if (m_connection.isUsable()) {
         for (const xcb_window_t window :
-             { activeWindow(), Xcb::selectionOwner(m_connection.xcb(), m_dragSelection) }) {
+             { Xcb::property32(m_connection.xcb(), m_connection.root(), m_activeWindow,
+                               XCB_ATOM_WINDOW, 1)
+                   .value(0),
+               Xcb::selectionOwner(m_connection.xcb(), m_dragSelection) }) {
             const qint64 process = window == Xcb::none ? 0 : m_connection.processOf(window);
             if (process != 0 && process != ::getpid())
                 processes.append(process);
@@ -65,11 +68,4 @@ Ticket X11FrontApplication::identify(std::function<void(const QString &)> answer
         queue.post([tell, identifier] { tell(identifier); });
     });
     return request;
-}
-
-xcb_window_t X11FrontApplication::activeWindow() const
-{
-    return Xcb::property32(m_connection.xcb(), m_connection.root(), m_activeWindow, XCB_ATOM_WINDOW,
-                           1)
-        .value(0);
 }

@@ -21,8 +21,6 @@ public:
     Ticket identify(std::function<void(const QString &)> answer) override;
 
 private:
-    xcb_window_t activeWindow() const;
-
     const WatchConnection &m_connection;
     const std::shared_ptr<ApplicationResolver> m_resolver; // Work that hangs has it too.
     MainQueue &m_queue;

@@ -132,7 +132,7 @@ bool X11HotKey::grab(const std::vector<uint16_t> &states)
     // From the last to the first: when that is known all are, and the server is
     // waited for once.
     while (!cookies.empty()) {
-        const Xcb::Owned<xcb_generic_error_t> error(xcb_request_check(connection, cookies.back()));
+        const auto error = Xcb::owned(xcb_request_check(connection, cookies.back()));
         cookies.pop_back();
         isGranted = isGranted && !error;
     }

@@ -8,16 +8,12 @@ namespace {
 
 Modifiers modifiersOf(Qt::KeyboardModifiers held)
 {
-    Modifiers modifiers = 0;
-    if (held.testFlag(Qt::ShiftModifier))
-        modifiers |= EventModifier::Shift;
-    if (held.testFlag(Qt::MetaModifier))
-        modifiers |= EventModifier::Control;
-    if (held.testFlag(Qt::AltModifier))
-        modifiers |= EventModifier::Option;
-    if (held.testFlag(Qt::ControlModifier))
-        modifiers |= EventModifier::Command;
-    return modifiers;
+    const auto named
+        = [held](auto key, Modifiers modifier) { return held.testFlag(key) ? modifier : 0; };
+    return named(Qt::ShiftModifier, EventModifier::Shift)
+        | named(Qt::MetaModifier, EventModifier::Control)
+        | named(Qt::AltModifier, EventModifier::Option)
+        | named(Qt::ControlModifier, EventModifier::Command);
 }
 
 }
@@ -26,7 +22,7 @@ KeyCodes::SymbolTable X11Keyboard::symbolTable(xcb_connection_t *connection)
 {
     const auto *setup = xcb_get_setup(connection);
     const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const Xcb::Owned<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
+    const auto reply = Xcb::owned(xcb_get_keyboard_mapping_reply(
         connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr));
     if (!reply)
         return {};

@@ -6,7 +6,7 @@
 
 xcb_window_t X11Root::of(xcb_connection_t *connection, xcb_window_t window)
 {
-    const Xcb::Owned<xcb_get_geometry_reply_t> reply(
+    const auto reply = Xcb::owned(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
     return reply ? reply->root : xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
 }
@@ -39,10 +39,8 @@ xcb_window_t X11Root::lock(xcb_connection_t *connection, xcb_window_t root)
     const xcb_window_t manager
         = Xcb::property32(connection, root, atoms("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 1)
               .value(0);
-    const Xcb::Owned<xcb_get_geometry_reply_t> size(
-        xcb_get_geometry_reply(connection, sizeAsked, nullptr));
-    const Xcb::Owned<xcb_query_tree_reply_t> tree(
-        xcb_query_tree_reply(connection, treeAsked, nullptr));
+    const auto size = Xcb::owned(xcb_get_geometry_reply(connection, sizeAsked, nullptr));
+    const auto tree = Xcb::owned(xcb_query_tree_reply(connection, treeAsked, nullptr));
     if (!size || !tree)
         return Xcb::none;
     const uint32_t mask = ~xcb_get_setup(connection)->resource_id_mask;
@@ -62,10 +60,10 @@ xcb_window_t X11Root::lock(xcb_connection_t *connection, xcb_window_t root)
     }
     xcb_window_t found = Xcb::none;
     for (const Asked &each : asked) {
-        const Xcb::Owned<xcb_get_window_attributes_reply_t> attributes(
-            xcb_get_window_attributes_reply(connection, each.attributes, nullptr));
-        const Xcb::Owned<xcb_get_geometry_reply_t> geometry(
-            xcb_get_geometry_reply(connection, each.geometry, nullptr));
+        const auto attributes
+            = Xcb::owned(xcb_get_window_attributes_reply(connection, each.attributes, nullptr));
+        const auto geometry
+            = Xcb::owned(xcb_get_geometry_reply(connection, each.geometry, nullptr));
         // The lowest of several, for a lock may have one on top of another.
         if (attributes && geometry && attributes->override_redirect != 0
             && attributes->map_state == XCB_MAP_STATE_VIEWABLE

@@ -106,7 +106,7 @@ QList<QRect> readWorkAreas(xcb_connection_t *connection, xcb_window_t root)
 
 QSize sizeOf(xcb_connection_t *connection, xcb_window_t window)
 {
-    const Xcb::Owned<xcb_get_geometry_reply_t> reply(
+    const auto reply = Xcb::owned(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
     return reply ? QSize(reply->width, reply->height) : QSize();
 }

@@ -69,33 +69,14 @@ std::optional<QVariant> value(Reader &reader, quint8 type)
     }
 }
 
-template<typename Reply>
-Xcb::Owned<Reply> owned(Reply *reply)
-{
-    return Xcb::Owned<Reply>(reply);
-}
-
-xcb_atom_t atom(xcb_connection_t *connection, const QByteArray &name)
-{
-    const auto cookie
-        = xcb_intern_atom(connection, 1, static_cast<quint16>(name.size()), name.constData());
-    const auto reply = owned(xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply ? reply->atom : Xcb::none;
-}
-
 QByteArray property(xcb_connection_t *connection, int screen)
 {
-    // Neither atom exists before a manager made it.
-    const auto selection = atom(connection, "_XSETTINGS_S" + QByteArray::number(screen));
-    const auto name = atom(connection, "_XSETTINGS_SETTINGS");
-    if (selection == Xcb::none || name == Xcb::none)
-        return {};
-    const xcb_window_t owner = Xcb::selectionOwner(connection, selection);
-    if (owner == Xcb::none)
-        return {};
-    const auto reply = owned(xcb_get_property_reply(
-        connection, xcb_get_property(connection, 0, owner, name, name, 0, longestProperty),
-        nullptr));
+    Xcb::Atoms atoms(connection);
+    const auto owner
+        = Xcb::selectionOwner(connection, atoms("_XSETTINGS_S" + QByteArray::number(screen)));
+    const auto name = atoms("_XSETTINGS_SETTINGS");
+    const auto cookie = xcb_get_property(connection, 0, owner, name, name, 0, longestProperty);
+    const auto reply = Xcb::owned(xcb_get_property_reply(connection, cookie, nullptr));
     if (!reply || reply->format != 8)
         return {};
     return { static_cast<const char *>(xcb_get_property_value(reply.get())),

@@ -85,7 +85,9 @@ void XdndTarget::enter(const quint32 *data)
     const quint32 version = data[1] >> 24;
     if (version < oldestVersion || version > newestVersion)
         return;
-    if (!Xcb::isOwn(m_connection, data[0]) && !watch(data[0]))
+    // The X server tells when the source goes.
+    if (!Xcb::isOwn(m_connection, data[0])
+        && !Xcb::listenTo(m_connection, data[0], XCB_EVENT_MASK_STRUCTURE_NOTIFY))
         return;
     Hover hover;
     hover.source = data[0];
@@ -214,12 +216,6 @@ void XdndTarget::sourceGone(xcb_window_t source)
     }
     if (m_hover && m_hover->source == source)
         endHover();
-}
-
-/// Has the X server tell when that window goes; whether it is there at all.
-bool XdndTarget::watch(xcb_window_t source)
-{
-    return Xcb::listenTo(m_connection, source, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
 }
 
 void XdndTarget::setTargeted(bool targeted)

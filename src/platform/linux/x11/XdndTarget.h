@@ -68,7 +68,6 @@ private:
 
     QStringList offeredTypes(const quint32 *data);
     xcb_atom_t chosenAction(xcb_atom_t requested);
-    bool watch(xcb_window_t source);
     void setTargeted(bool targeted);
     void endHover();
     void startReading(const Hover &hover, quint32 time);
