@@ -200,7 +200,8 @@ def test_chromium_finds_the_panel_and_its_tab_whenever_they_show(desktop, progra
 
 def test_hidden_it_takes_part_in_nothing(desktop, shelf):
     """Its window is mapped all the time."""
-    hidden = next(w for w in desktop.windows("Vantle", shelf.process.pid, hidden=True) if desktop.title(w) == "Vantle")
+    hidden = wait_for(lambda: next((w for w in desktop.windows("Vantle", shelf.process.pid, hidden=True)
+                                    if desktop.title(w) == "Vantle"), None), 3, "the hidden window")
     assert "WM_TAKE_FOCUS" not in map(desktop.display.get_atom_name, desktop.property(hidden, "WM_PROTOCOLS"))
     assert desktop.cardinal(hidden, "_NET_WM_WINDOW_OPACITY") == 0
     assert hidden.get_wm_hints().input == 0
