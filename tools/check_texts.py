@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks the string tables against the program: every key that it uses has a text, every text is
-used, all languages have the same keys with the same arguments, and keep to the glossary."""
+used, all languages have the same keys with the same arguments, and keep to the glossary; so do
+the desktop entries."""
 import pathlib
 import re
 import sys
@@ -84,11 +85,24 @@ for language, table in tables.items():
     bad += [f"{language}: the text of {key} is empty" for key, text in table.items() if not text]
     bad += [f"{language}: {key} holds a percent sign that is neither doubled nor an argument"
             for key, text in table.items() if arguments(text) and "%" in CONVERSION.sub("", text)]
+# What menus and file managers show of it stands in entries of their own form.
+LOCALES = {"zh_CN": "zh-Hans", "zh_TW": "zh-Hant", "": "en"}
+ENTRY = re.compile(r"^(Name|GenericName|Comment|Keywords)(?:\[(\w+)\])?=(.*)$", re.M)
+spoken = [(language, key, text) for language, table in tables.items() for key, text in table.items()]
+for file in sorted([*root.glob("src/resources/*.desktop"), *root.glob("src/resources/filemanagers/*")]):
+    for part in re.split(r"^(?=\[)", file.read_text(encoding="utf-8"), flags=re.M) if file.suffix != ".py" else []:
+        there = {}
+        for key, locale, text in ENTRY.findall(part):
+            language = LOCALES.get(locale, locale)
+            there.setdefault(key, set()).add(language)
+            spoken.append((language, f"{file.name}: {key}", text))
+        bad += [f"{language}: no {key} in {file.name}, {part.splitlines()[0]}" for key, languages in there.items()
+                if key != "Name" or len(languages) > 1 for language in sorted(tables.keys() - languages)]
 # docs/glossary.md: one word for one thing.
 for row in re.finditer(r"^\| ([a-z]{2}(?:-Han[st])?) \| ([^|]+) \|$", (root / "docs/glossary.md").read_text("utf-8"), re.M):
     for word in row[2].split(", "):
         spelled = rf"\b{word}s?\b" if word.isascii() or row[1] in ("de", "es", "fr", "it") else word
         bad += [f"{row[1]}: {key} says {word}; see docs/glossary.md"
-                for key, text in tables.get(row[1], {}).items() if re.search(spelled, text, re.I)]
+                for language, key, text in spoken if language == row[1] and re.search(spelled, text, re.I)]
 print("\n".join(bad) or f"{len(tables)} language(s), {len(english)} keys")
 sys.exit(bool(bad) or not english)
