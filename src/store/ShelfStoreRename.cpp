@@ -39,23 +39,23 @@ void ShelfStore::rename(const QUuid &id, const QString &name,
     const QByteArray to = (folder == "/" ? folder : folder + '/') + name.toUtf8();
     const auto kind
         = before.path().endsWith(u'/') ? FilePath::Kind::Directory : FilePath::Kind::File;
-    m_workers.run(WorkerPriority::UserInitiated,
-                  [this, &queue = m_queue, &bookmarks = m_bookmarks, alive = std::weak_ptr(m_alive),
-                   id, before, from, to, kind, onFailure = std::move(onFailure)] {
-                      const int failure = moveFile(from, to);
-                      const auto now
-                          = failure == 0 ? bookmarks.make(FilePath::toUrl(to, kind)) : Bookmarked();
-                      queue.post([this, alive, id, before, now, failure, onFailure] {
-                          if (!alive.lock())
-                              return;
-                          if (failure == 0)
-                              applyRename(id, before, now);
-                          else if (onFailure)
-                              onFailure(failure == EEXIST
-                                            ? m_texts.text(QStringLiteral("rename_exists"))
-                                            : qt_error_string(failure));
-                      });
-                  });
+    m_workers.runAt(
+        from,
+        [this, &queue = m_queue, &bookmarks = m_bookmarks, alive = std::weak_ptr(m_alive), id,
+         before, from, to, kind, onFailure = std::move(onFailure)] {
+            const int failure = moveFile(from, to);
+            const auto now
+                = failure == 0 ? bookmarks.make(FilePath::toUrl(to, kind)) : Bookmarked();
+            queue.post([this, alive, id, before, now, failure, onFailure] {
+                if (!alive.lock())
+                    return;
+                if (failure == 0)
+                    applyRename(id, before, now);
+                else if (onFailure)
+                    onFailure(failure == EEXIST ? m_texts.text(QStringLiteral("rename_exists"))
+                                                : qt_error_string(failure));
+            });
+        });
 }
 
 /// The entry may be on another shelf by then, or wait to be brought back. One that
