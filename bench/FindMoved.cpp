@@ -78,7 +78,7 @@ public:
         for (int number = 0; number < leaves; ++number)
             fs::remove(leaf(m_tree, number) / "moved"); // Of a run that was interrupted.
         makeFile(m_file);
-        m_identity = identityOf(QByteArray::fromStdString(m_file.string())).value();
+        m_identity = lookAt(QByteArray::fromStdString(m_file.string())).identity;
     }
     World(const World &) = delete;
     World &operator=(const World &) = delete;

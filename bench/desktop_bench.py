@@ -252,8 +252,8 @@ def store():
 
 def files():
     """Following files. A check of unchanged entries beside bare stat calls for the same paths; a search among 500,000
-    entries in 10,000 folders with two threads beside find, which goes to the end. Cold is with the kernel's caches
-    dropped. Then a burst of 10,000 new files in a watched folder."""
+    entries in 10,000 folders beside find, which goes to the end. Cold is with the kernel's caches dropped. Then a
+    burst of 10,000 new files in a watched folder."""
     for count, folders in ((10000, 200), (10000, 5000)):
         check = named("location_check", count, folders)
         yield (f"Check of {count:,} unchanged files in {folders:,} folders (ms)", f"{check['check']:.1f}",

@@ -9,7 +9,7 @@ from desktop import wait_for
 from test_storage import state_of
 
 main = pytest.mark.main
-CHECK = 150  # Seconds: two checks, and searches at the lowest priority on a busy machine, begun anew when mounts change.
+CHECK = 60  # Seconds: two checks and two walks of the file system, on a busy machine.
 
 
 def names(program):

@@ -5,7 +5,6 @@
 #include "platform/linux/FileIdentity.h"
 #include "platform/linux/LinuxBookmarks.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -21,7 +20,14 @@
 
 inline void makeFolder(const QByteArray &path)
 {
-    QDir().mkpath(QFile::decodeName(path));
+    NativeFile::makeFolder(path);
+}
+
+inline FileIdentity identityOf(const QByteArray &path)
+{
+    const FileLook look = lookAt(path);
+    EXPECT_EQ(look.state, FileLook::State::Present) << path.constData();
+    return look.identity;
 }
 
 /// Whatever is missing may be called so at once.
@@ -40,13 +46,11 @@ struct BookmarkWorld
         : bounds(std::move(b))
     {
         begin();
-        mount(path(""), type, identityOf(path("home"))->device);
+        mount(path(""), type, identityOf(path("home")).device);
     }
 
-    ~BookmarkWorld()
-    {
-        NativeFile::remove(path(""));
-    } // QTemporaryDir leaves names that are not UTF-8.
+    /// QTemporaryDir leaves names that are not UTF-8.
+    ~BookmarkWorld() { NativeFile::remove(path("")); }
     BookmarkWorld(const BookmarkWorld &) = delete;
     BookmarkWorld &operator=(const BookmarkWorld &) = delete;
 
@@ -115,4 +119,15 @@ struct BookmarkWorld
     QByteArray table;
     LinuxBookmarks::Bounds bounds;
     std::unique_ptr<LinuxBookmarks> bookmarks;
+};
+
+class FollowingTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const QTemporaryDir folder;
+        if (!identityOf(folder.path().toUtf8()).hasBirth)
+            GTEST_SKIP() << "no birth times on the file system of the temporary folder";
+    }
 };

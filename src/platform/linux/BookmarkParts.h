@@ -1,17 +1,38 @@
 #pragma once
 
-#include "platform/linux/BookmarkMemo.h"
+#include "platform/linux/BookmarkCoding.h"
 #include "platform/linux/FolderMemory.h"
 #include "platform/linux/LinuxBookmarks.h"
 #include "platform/linux/MountTable.h"
 #include "platform/linux/OutsideSearches.h"
 #include "platform/linux/RemoteLooks.h"
-#include "platform/linux/Volumes.h"
-
-#include <QByteArray>
 
 #include <chrono>
+#include <memory>
 #include <mutex>
+#include <optional>
+
+/// What a query comes to when it is understood.
+struct KnownBookmark
+{
+    BookmarkQuery query;
+    QByteArray path; // Of the url; of the record where that names no file.
+    QByteArray folder;
+    const char *name = nullptr; // The path's last component.
+    bool pathIsUrls = false;
+    std::optional<BookmarkRecord> record;
+    quint64 mounts = 0; // The table's number when the rest was told.
+    bool remote = false;
+    bool trashed = false;
+};
+
+/// Thousands of queries are the same at each check, every three seconds, and
+/// nearly all at the same place of the list: those are understood once.
+struct BookmarkMemo
+{
+    QList<KnownBookmark> known; // One a query.
+    QList<int> order; // Queries by folder, so that neighbours follow each other.
+};
 
 /// What the checks share.
 struct BookmarkParts
@@ -34,14 +55,20 @@ struct BookmarkParts
     const LinuxBookmarks::Bounds bounds;
     const Clock::time_point start = Clock::now();
     MountTable mounts { places.mountTable };
-    FileSystemNumbers systems;
     FolderMemory memory { bounds.watchedFolders, bounds.moves };
     RemoteLooks remote { bounds.remoteLook };
-    OutsideSearches outside { bounds.outside, bounds.walksApart };
+    const std::shared_ptr<OutsideSearches> outside
+        = std::make_shared<OutsideSearches>(bounds.outside, bounds.walksApart);
     std::mutex memoMutex;
     BookmarkMemo memo;
-    std::mutex folderMutex;
-    QByteArray localFolder; // Was found to be local a moment ago.
-    quint64 localFolderMounts = 0;
-    Clock::time_point localFolderUntil;
+    /// The folder in which files were added a moment ago: thousands come at a time.
+    struct
+    {
+        std::mutex mutex;
+        QByteArray path; // Found to be local.
+        quint64 mounts = 0;
+        Clock::time_point until;
+        dev_t device = 0;
+        quint64 fileSystem = 0;
+    } added;
 };

@@ -24,12 +24,12 @@ FileLook lookAt(int folder, const char *name)
     using State = FileLook::State;
     struct statx found = {};
     constexpr int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
-    constexpr unsigned wanted = STATX_TYPE | STATX_NLINK | STATX_INO | STATX_BTIME;
+    constexpr unsigned wanted = STATX_TYPE | STATX_INO | STATX_BTIME;
     if (::statx(folder, name, flags, wanted, &found) != 0) {
         const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
-        return { missing ? State::Missing : State::Unknown, {}, false, 0 };
+        return { missing ? State::Missing : State::Unknown, {}, false };
     }
-    FileLook look = { State::Present, {}, S_ISDIR(found.stx_mode), found.stx_nlink };
+    FileLook look = { State::Present, {}, S_ISDIR(found.stx_mode) };
     look.identity.device = makedev(found.stx_dev_major, found.stx_dev_minor);
     look.identity.inode = found.stx_ino;
     if ((found.stx_mask & STATX_BTIME) != 0) {
@@ -38,12 +38,4 @@ FileLook lookAt(int folder, const char *name)
         look.identity.hasBirth = true;
     }
     return look;
-}
-
-std::optional<FileIdentity> identityOf(const QByteArray &path)
-{
-    const FileLook look = lookAt(path);
-    if (look.state != FileLook::State::Present)
-        return std::nullopt;
-    return look.identity;
 }

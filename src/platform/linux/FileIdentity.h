@@ -3,7 +3,6 @@
 #include <QByteArray>
 
 #include <cstdint>
-#include <optional>
 
 #include <sys/types.h>
 
@@ -33,7 +32,6 @@ struct FileLook
     State state = State::Unknown;
     FileIdentity identity;
     bool directory = false;
-    std::uint32_t links = 0;
 };
 
 /// Follows no link at the end of the path, mounts nothing, and takes what the
@@ -41,5 +39,3 @@ struct FileLook
 FileLook lookAt(const QByteArray &path);
 /// The same for a name relative to an open folder.
 FileLook lookAt(int folder, const char *name);
-
-std::optional<FileIdentity> identityOf(const QByteArray &path);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -41,26 +40,20 @@ void FolderMemory::watch(const QList<QByteArray> &folders)
     if (m_queue < 0)
         return;
     ++m_asked;
-    const qsizetype count = qMin(folders.size(), m_mostFolders);
-    for (qsizetype i = 0; i < count; ++i) {
-        const auto former = m_byFolder.constFind(folders[i]);
+    for (const QByteArray &folder : folders.mid(0, m_mostFolders)) {
+        const auto former = m_byFolder.constFind(folder);
         if (former != m_byFolder.cend()) {
             m_watches[*former].asked = m_asked;
             continue;
         }
-        const int watch = ::inotify_add_watch(m_queue, folders[i].constData(), told);
+        const int watch = ::inotify_add_watch(m_queue, folder.constData(), told);
         if (watch < 0)
             continue;
         Watch &known = m_watches[watch];
         m_byFolder.remove(known.folder); // One above it was renamed.
-        known = { folders[i], m_asked };
-        m_byFolder.insert(known.folder, watch);
+        known = { folder, m_asked };
+        m_byFolder.insert(folder, watch);
     }
-    removeOldest();
-}
-
-void FolderMemory::removeOldest()
-{
     while (m_watches.size() > m_mostFolders) {
         const auto oldest
             = std::min_element(m_watches.begin(), m_watches.end(),
@@ -82,20 +75,12 @@ void FolderMemory::drain()
     const std::lock_guard lock(m_mutex);
     alignas(inotify_event) std::array<char, 65536> bytes;
     ssize_t size = 0;
-    while (m_queue >= 0 && (size = ::read(m_queue, bytes.data(), bytes.size())) > 0)
-        read(bytes.data(), size);
-}
-
-void FolderMemory::read(const char *bytes, qsizetype size)
-{
-    qsizetype at = 0;
-    while (at + static_cast<qsizetype>(sizeof(inotify_event)) <= size) {
-        inotify_event event = {};
-        std::memcpy(&event, bytes + at, sizeof event);
-        const char *name = bytes + at + sizeof event;
-        note(event.wd, event.mask, event.cookie,
-             QByteArray(name, static_cast<qsizetype>(::strnlen(name, event.len))));
-        at += static_cast<qsizetype>(sizeof event + event.len);
+    while (m_queue >= 0 && (size = ::read(m_queue, bytes.data(), bytes.size())) > 0) {
+        for (ssize_t at = 0; at < size;) {
+            const auto &event = *reinterpret_cast<const inotify_event *>(bytes.data() + at);
+            note(event.wd, event.mask, event.cookie, event.len > 0 ? event.name : "");
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
     }
 }
 

@@ -32,10 +32,8 @@ private:
         QByteArray folder;
         quint64 asked = 0;
     };
-    void read(const char *bytes, qsizetype size);
     void note(int watch, quint32 mask, quint32 cookie, const QByteArray &name);
     void forgetWatch(int watch);
-    void removeOldest();
 
     const qsizetype m_mostFolders;
     const qsizetype

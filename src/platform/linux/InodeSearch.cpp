@@ -1,10 +1,14 @@
 #include "platform/linux/InodeSearch.h"
 
-#include <algorithm>
+#include "base/FilePath.h"
+
 #include <cerrno>
 #include <cstdlib>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -32,25 +36,19 @@ struct Descriptor
     const int number;
 };
 
-/// For reading, and not through a link at the end.
-int openFolder(const char *path)
-{
-    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
-    const int folder = ::open(path, flags | O_NOATIME);
-    return folder < 0 && errno == EPERM ? ::open(path, flags) : folder; // Another user's.
-}
-
-/// Below an open folder and on the same mount. What was mounted after a walk began is thus
-/// not even opened: a server that is gone would hold the walk up for ever.
-int openFolderOnMount(int root, const char *path)
+/// For reading, and not through a link at the end. Below a root that is open only on the same
+/// mount: what was mounted after a walk began is thus not even opened, since a server that is gone
+/// would hold the walk up for ever.
+int openFolder(const char *path, int root = AT_FDCWD)
 {
     // openat2(2), which has no wrapper; kernels before 5.6, and some sandboxes, have none.
     struct
     {
         quint64 flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOATIME;
         quint64 mode = 0;
-        quint64 resolve = 1; // RESOLVE_NO_XDEV
+        quint64 resolve = 0;
     } how;
+    how.resolve = root == AT_FDCWD ? 0 : 1; // RESOLVE_NO_XDEV
     auto folder = ::syscall(SYS_openat2, root, path, &how, sizeof how);
     if (folder < 0 && errno == EPERM) { // Another user's.
         how.flags &= ~quint64(O_NOATIME);
@@ -65,7 +63,7 @@ int openFolderOnMount(int root, const char *path)
 /// that can be searched, and that the user may write to or that has folders in it.
 bool mayHoldFiles(const char *path, int error)
 {
-    if (error == ENOENT || error == ENOTDIR || error == ELOOP || error == EXDEV)
+    if (error == ENOENT || error == ENOTDIR || error == ELOOP)
         return false;
     struct stat status = {};
     constexpr nlink_t withoutFolders = 2; // Where links are counted: its name and its ".".
@@ -93,14 +91,10 @@ InodeSearch::InodeSearch(const QList<FileIdentity> &wanted, Limits limits,
     , m_cancelled(cancelled)
     , m_buffer(bufferSize)
 {
-    QHash<FileIdentity, bool> known;
     for (const FileIdentity &identity : wanted) {
-        if (!std::exchange(known[identity], true))
-            m_wanted.push_back({ identity });
+        if (!m_wanted.contains(identity.inode, identity))
+            m_wanted.insert(identity.inode, identity);
     }
-    std::sort(m_wanted.begin(), m_wanted.end(),
-              [](const Wanted &a, const Wanted &b) { return a.identity.inode < b.identity.inode; });
-    m_missing = m_wanted.size();
 }
 
 bool InodeSearch::isOver()
@@ -108,7 +102,7 @@ bool InodeSearch::isOver()
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - m_start;
     m_limited = m_limited || m_entries >= m_limits.entries || time.count() >= m_limits.seconds
         || m_cancelled;
-    return m_limited || m_missing == 0;
+    return m_limited || m_wanted.isEmpty();
 }
 
 void InodeSearch::lookInto(const QByteArray &path)
@@ -119,7 +113,8 @@ void InodeSearch::lookInto(const QByteArray &path)
         read(folder, openFolder(folder.c_str()), false);
 }
 
-void InodeSearch::walk(const QByteArray &root, const Mounts &mounts, Subvolumes subvolumes)
+void InodeSearch::walk(const QByteArray &root, const Mounts &mounts, Subvolumes subvolumes,
+                       const QList<QByteArray> &first)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(root.constData(), nullptr),
                                                            &std::free);
@@ -130,29 +125,30 @@ void InodeSearch::walk(const QByteArray &root, const Mounts &mounts, Subvolumes 
     }
     m_device = status.st_dev;
     m_subvolumes = subvolumes;
-    // What is mounted below is not even opened: that could mount what is mounted on demand, or wait
-    // for a server that is gone.
-    m_mounts.clear();
-    for (const Mount &mount : mounts.all()) {
-        if (mount.point != real.get())
-            m_mounts.push_back(mount.point.toStdString());
+    const std::string top(real.get());
+    const Descriptor opened(openFolder(real.get()));
+    m_pending.assign(1, top);
+    std::map<std::string, bool> early; // Whether they were read.
+    for (auto folder = first.crbegin(); folder != first.crend(); ++folder) {
+        if (FilePath::isBelow(*folder, real.get())
+            && early.emplace(folder->toStdString(), false).second)
+            m_pending.push_back(folder->toStdString());
     }
-    std::sort(m_mounts.begin(), m_mounts.end());
-    const Descriptor top(openFolder(real.get()));
-    const std::string above(real.get());
-    m_pending.assign(1, above);
     while (!m_pending.empty() && !isOver()) {
         const std::string path = std::move(m_pending.back());
         m_pending.pop_back();
-        if (std::binary_search(m_mounts.begin(), m_mounts.end(), path))
+        const auto again = early.find(path);
+        if (again != early.end() && std::exchange(again->second, true))
             continue;
-        if (path == above)
+        const size_t start = top.size() + (top == "/" ? 0 : 1);
+        // What is mounted below is not even opened: that could mount what is mounted on demand, or
+        // wait for a server that is gone.
+        if (path == top)
             read(path, openFolder(path.c_str()), true);
+        else if (mounts.isPoint(QByteArray::fromRawData(path.data(), qsizetype(path.size()))))
+            m_covered.append(QByteArray::fromStdString(path));
         else
-            read(
-                path,
-                openFolderOnMount(top.number, path.c_str() + above.size() + (above == "/" ? 0 : 1)),
-                true);
+            read(path, openFolder(path.c_str() + start, opened.number), true);
     }
 }
 
@@ -160,18 +156,16 @@ void InodeSearch::read(const std::string &path, int opened, bool descend)
 {
     const int error = errno; // Of the opening, where that failed.
     const Descriptor folder(opened);
-    struct stat status = {};
-    if (folder.number < 0)
+    if (folder.number < 0 && error == EXDEV)
+        m_covered.append(QByteArray::fromStdString(path));
+    else if (folder.number < 0)
         m_trusted = m_trusted && !mayHoldFiles(path.c_str(), error);
-    else if (::fstat(folder.number, &status) == 0
-             && (!descend || status.st_dev == m_device || m_subvolumes == Subvolumes::Enter))
-        readEntries(path, folder.number, status.st_ino, descend);
-}
-
-void InodeSearch::readEntries(const std::string &path, int folder, ino_t number, bool descend)
-{
+    struct stat status = {};
+    if (folder.number < 0 || ::fstat(folder.number, &status) != 0
+        || (descend && status.st_dev != m_device && m_subvolumes == Subvolumes::Skip))
+        return;
     while (!isOver()) {
-        const ssize_t size = ::getdents64(folder, m_buffer.data(), bufferSize);
+        const ssize_t size = ::getdents64(folder.number, m_buffer.data(), bufferSize);
         if (size < 0 && errno != ENOENT) // Removed while it was read.
             m_trusted = false;
         if (size <= 0)
@@ -180,14 +174,13 @@ void InodeSearch::readEntries(const std::string &path, int folder, ino_t number,
             const auto &entry = *reinterpret_cast<const dirent64 *>(m_buffer.data() + at);
             const std::string_view name(entry.d_name);
             at += entry.d_reclen;
-            if (name == "." && entry.d_ino != number)
+            if (name == "." && entry.d_ino != status.st_ino)
                 m_trusted = false; // An overlay whose names carry the numbers of its layers.
             if (name == "." || name == "..")
                 continue;
             ++m_entries;
-            const auto fits = firstWanted(entry.d_ino);
-            if (fits != m_wanted.end() && fits->identity.inode == entry.d_ino)
-                lookAtEntry(path, folder, entry.d_name);
+            if (m_wanted.contains(entry.d_ino))
+                lookAtEntry(path, folder.number, entry.d_name);
             // A file of unknown type is tried as a folder.
             if (descend && (entry.d_type == DT_DIR || entry.d_type == DT_UNKNOWN))
                 m_pending.push_back(childOf(path, name));
@@ -202,20 +195,13 @@ void InodeSearch::lookAtEntry(const std::string &path, int folder, const char *n
         m_trusted = false;
     if (look.state != FileLook::State::Present)
         return;
-    for (auto at = firstWanted(look.identity.inode);
-         at != m_wanted.end() && at->identity.inode == look.identity.inode; ++at) {
-        if (!at->identity.hasBirth && at->identity.device == look.identity.device)
+    for (auto at = m_wanted.find(look.identity.inode);
+         at != m_wanted.end() && at.key() == look.identity.inode;) {
+        const bool same = *at == look.identity && at->hasBirth;
+        if (!at->hasBirth && at->device == look.identity.device)
             m_trusted = false; // May be the one or its successor.
-        else if (at->identity == look.identity && !std::exchange(at->found, true)) {
+        if (same)
             m_found.insert(look.identity, QByteArray::fromStdString(childOf(path, name)));
-            --m_missing;
-        }
+        at = same ? m_wanted.erase(at) : std::next(at);
     }
-}
-
-std::vector<InodeSearch::Wanted>::iterator InodeSearch::firstWanted(ino_t number)
-{
-    return std::lower_bound(
-        m_wanted.begin(), m_wanted.end(), number,
-        [](const Wanted &wanted, ino_t n) { return wanted.identity.inode < n; });
 }

@@ -1,6 +1,5 @@
 #include "platform/linux/LinuxBookmarks.h"
 
-#include "platform/linux/BookmarkParts.h"
 #include "platform/linux/LocalFolder.h"
 #include "platform/linux/LocationCheck.h"
 
@@ -10,26 +9,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How long a folder that was found to be local counts as such while files are
-/// added: thousands of one folder come at a time.
+/// How long a folder that was found to be local counts as such while files are added.
 constexpr auto folderTrust = std::chrono::milliseconds(500);
-
-bool isLocal(const QByteArray &path, const Mounts &mounts, BookmarkParts &parts)
-{
-    const std::lock_guard lock(parts.folderMutex);
-    const qsizetype slash = path.lastIndexOf('/');
-    const auto folder = QByteArray::fromRawData(path.constData(), qMax<qsizetype>(slash, 1));
-    const auto now = Clock::now();
-    if (parts.localFolder != folder || parts.localFolderMounts != mounts.number()
-        || parts.localFolderUntil < now) {
-        if (LocalFolder(FilePath::parent(path), mounts).state() != LocalFolder::State::Open)
-            return false;
-        parts.localFolder = FilePath::parent(path);
-        parts.localFolderMounts = mounts.number();
-        parts.localFolderUntil = now + folderTrust;
-    }
-    return !mounts.isRemote(path);
-}
 
 }
 
@@ -54,21 +35,38 @@ LinuxBookmarks::LinuxBookmarks(Places places, Bounds bounds)
 
 LinuxBookmarks::~LinuxBookmarks()
 {
-    m_parts->outside.cancel();
+    m_parts->outside->cancel();
 }
 
 Bookmarked LinuxBookmarks::make(const QUrl &url)
 {
     const QByteArray path = FilePath::standardized(FilePath::fromUrl(url));
     const auto mounts = m_parts->mounts.current();
-    if (path.isEmpty() || !isLocal(path, *mounts, *m_parts))
+    if (path.isEmpty() || mounts->isRemote(path))
         return { url, std::nullopt };
+    auto &added = m_parts->added;
+    const std::lock_guard lock(added.mutex);
+    const qsizetype slash = qMax<qsizetype>(path.lastIndexOf('/'), 1);
+    if (added.path != QByteArrayView(path).first(slash) || added.mounts != mounts->number()
+        || added.until < Clock::now()) {
+        const QByteArray folder = path.left(slash);
+        if (LocalFolder(folder, *mounts).state() != LocalFolder::State::Open)
+            return { url, std::nullopt };
+        added.path = folder;
+        added.mounts = mounts->number();
+        added.until = Clock::now() + folderTrust;
+        added.device = 0;
+    }
     const FileLook look = lookAt(path);
     if (look.state != FileLook::State::Present)
         return { url, std::nullopt };
+    if (added.device != look.identity.device) {
+        added.device = look.identity.device;
+        added.fileSystem = Volumes::fileSystemOf(path);
+    }
     const auto kind = look.directory ? FilePath::Kind::Directory : FilePath::Kind::File;
-    const quint64 system = m_parts->systems.of(look.identity.device, path, *mounts);
-    return { FilePath::toUrl(path, kind), BookmarkCoding::encode({ look.identity, system, path }) };
+    return { FilePath::toUrl(path, kind),
+             BookmarkCoding::encode({ look.identity, added.fileSystem, path }) };
 }
 
 QList<BookmarkAnswer> LinuxBookmarks::resolve(const QList<BookmarkQuery> &queries, Bound bound)

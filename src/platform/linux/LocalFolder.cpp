@@ -1,12 +1,12 @@
 #include "platform/linux/LocalFolder.h"
 
 #include "base/FilePath.h"
+#include "base/NativeFile.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
@@ -24,14 +24,23 @@ LocalFolder::State stateOfError(int error)
 
 }
 
-LocalFolder::LocalFolder(const QByteArray &path, const Mounts &mounts)
+LocalFolder::LocalFolder(const QByteArray &path, const Mounts &mounts, const LocalFolder *above)
     : m_path(path)
 {
-    if (mounts.isRemote(path)) {
+    const qsizetype slash = path.lastIndexOf('/');
+    const bool inside = above != nullptr && above->m_state == State::Open
+        && QByteArrayView(path).first(slash) == above->m_path;
+    if (inside ? mounts.isRemotePoint(path) : mounts.isRemote(path)) {
         m_state = State::Remote;
         return;
     }
-    m_state = open(RESOLVE_NO_SYMLINKS);
+    open_how how = {};
+    how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    m_descriptor = static_cast<int>(::syscall(SYS_openat2, inside ? above->m_descriptor : AT_FDCWD,
+                                              path.constData() + (inside ? slash + 1 : 0), &how,
+                                              sizeof how));
+    m_state = m_descriptor >= 0 ? State::Open : stateOfError(errno);
     if (m_state != State::Unknown)
         return;
     // A link in it, or a kernel or a container that does not know the call.
@@ -50,35 +59,9 @@ LocalFolder::~LocalFolder()
         ::close(m_descriptor);
 }
 
-QList<QByteArray> LocalFolder::folders(qsizetype limit) const
+bool LocalFolder::isBare() const
 {
-    QList<QByteArray> names;
-    const int readable
-        = ::openat(m_descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK);
-    DIR *const stream = readable < 0 ? nullptr : ::fdopendir(readable);
-    if (!stream && readable >= 0)
-        ::close(readable);
-    while (const dirent *const entry = stream ? ::readdir(stream) : nullptr) {
-        const QByteArray name(entry->d_name);
-        const bool folder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
-        if (folder && name != "." && name != "..")
-            names.append(name);
-        if (names.size() >= limit)
-            break;
-    }
-    if (stream)
-        ::closedir(stream);
-    return names;
-}
-
-LocalFolder::State LocalFolder::open(quint64 resolve)
-{
-    open_how how = {};
-    how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-    how.resolve = resolve;
-    m_descriptor
-        = static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, m_path.constData(), &how, sizeof how));
-    return m_descriptor >= 0 ? State::Open : stateOfError(errno);
+    return m_state != State::Open || NativeFile::namesIn(m_path).isEmpty();
 }
 
 /// One component after the other, each file system asked about only after the

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/Bookmarks.h"
 #include "platform/linux/BookmarkParts.h"
-#include "platform/linux/MissingFiles.h"
 #include "platform/linux/TrashFolders.h"
+#include "platform/linux/Volumes.h"
 
 #include <QHash>
 #include <QList>
@@ -11,7 +10,7 @@
 
 #include <chrono>
 #include <memory>
-#include <vector>
+#include <utility>
 
 /// One call of LinuxBookmarks::resolve.
 class LocationCheck
@@ -23,47 +22,45 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    /// Queries of one network mount.
-    struct RemoteGroup
+    /// Missing files of one file system: their queries and their identity now.
+    struct MissingGroup
     {
-        QList<int> queries;
-        QList<RemoteLooks::Task> tasks;
-        std::shared_ptr<RemoteLooks::Job> job;
+        Volume volume;
+        QList<std::pair<int, FileIdentity>> files;
     };
 
-    void sort();
+    void understand(const QList<BookmarkQuery> &queries);
     void lookInFolders();
-    void lookInFolder(int folder);
-    void lookFurther();
     void addRemote(int query, const QByteArray &mounted);
-    void startRemote();
     void collectRemote();
-    bool isLate() const;
 
-    void settle(int query, const FileLook &look);
-    void settleAway(int query, const FileLook &look, const QByteArray &otherPath,
-                    const FileLook &otherLook);
+    void settle(int query, const FileLook &look, const RemoteLooks::Result *remote = nullptr);
     void settleWithoutRecord(int query, const FileLook &look);
-    bool mayComeLate(const KnownBookmark &known) const;
     void resolve(int query, const QByteArray &path, const FileLook &look);
-    QByteArray bookmarkOf(const QByteArray &path, const FileLook &look);
-    void findMissing();
     FileLook lookSafely(const QByteArray &path) const;
+
+    // What is not where it was: in MissingFiles.cpp.
+    void findMissing();
+    bool isTold(int query, const FileIdentity &file, const Volume &volume);
+    bool isAt(int query, const QByteArray &path, const FileIdentity &file);
+    void search(MissingGroup &group);
+    bool searchNear(MissingGroup &group);
+    QList<QByteArray> lookInto(InodeSearch &search, const Volume &volume,
+                               const QList<QByteArray> &folders, QSet<QByteArray> &seen) const;
+    QList<QByteArray> likelyFolders(const MissingGroup &group) const;
+    QList<QByteArray> renamedInPlace(const QByteArray &missing) const;
 
     BookmarkParts &m_parts;
     BookmarkMemo &m_memo;
-    const QList<BookmarkQuery> &m_queries;
     const Bookmarks::Bound m_bound;
     const Clock::time_point m_deadline; // Of a brief check, and for network mounts.
     const std::shared_ptr<const Mounts> m_mounts;
     const TrashFolders m_trash;
     QList<BookmarkAnswer> m_answers;
-    std::vector<KnownBookmark> &m_known; // One a query.
-    std::vector<std::vector<int>> m_byFolder; // Queries, by the memo's folders.
-    std::vector<std::pair<int, FileLook>> m_away; // Not what the bookmark says.
     QList<QByteArray> m_openFolders; // Local folders of entries.
-    QHash<QByteArray, RemoteGroup> m_remote; // By mount point.
+    QHash<QByteArray, QList<RemoteLooks::Task>> m_remote; // By mount point.
+    QList<std::shared_ptr<RemoteLooks::Job>> m_jobs;
     QHash<quint64, quint64> m_remoteSystems; // Their own numbers, by device.
-    QList<int> m_missing;
-    QSet<int> m_uncovered; // Of those, on network mounts: what is near was not read.
+    QList<int> m_missing; // Queries.
+    QSet<int> m_uncovered; // On network mounts: what is near was not read.
 };

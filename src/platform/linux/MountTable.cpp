@@ -31,14 +31,12 @@ QByteArray unescaped(const QByteArray &text)
 
 bool isRemoteType(const QByteArray &type)
 {
-    constexpr const char *prefixes[] = { "nfs", "cifs", "smb", "fuse" };
-    constexpr const char *names[]
-        = { "9p",    "afs",   "autofs",   "beegfs", "ceph",  "coda",   "gfs2",    "lustre",
-            "ncpfs", "ocfs2", "orangefs", "prl_fs", "pvfs2", "vboxsf", "virtiofs" };
-    return std::any_of(std::begin(prefixes), std::end(prefixes),
-                       [&](const char *prefix) { return type.startsWith(prefix); })
-        || std::any_of(std::begin(names), std::end(names),
-                       [&](const char *name) { return type == name; });
+    constexpr const char *starts[]
+        = { "9p",     "afs",   "autofs", "beegfs", "ceph",    "cifs",  "coda",
+            "fuse",   "gfs2",  "lustre", "ncpfs",  "nfs",     "ocfs2", "orangefs",
+            "prl_fs", "pvfs2", "smb",    "vboxsf", "virtiofs" };
+    return std::any_of(std::begin(starts), std::end(starts),
+                       [&](const char *start) { return type.startsWith(start); });
 }
 
 QByteArray readFromStart(int file)

@@ -33,6 +33,9 @@ public:
     /// only where the table cannot be read.
     const Mount *of(const QByteArray &path) const;
     bool isRemote(const QByteArray &path) const;
+    /// Whether something is mounted right there, and a remote one.
+    bool isPoint(const QByteArray &path) const { return m_byPoint.contains(path); }
+    bool isRemotePoint(const QByteArray &path) const { return isPoint(path) && isRemote(path); }
 
 private:
     std::vector<Mount> m_mounts;

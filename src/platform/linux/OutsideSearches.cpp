@@ -1,12 +1,11 @@
 #include "platform/linux/OutsideSearches.h"
 
-#include <QHash>
-#include <QSet>
+#include "platform/linux/LocalFolder.h"
 
-#include <chrono>
-#include <mutex>
+#include <algorithm>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -18,111 +17,94 @@ using Clock = std::chrono::steady_clock;
 
 constexpr qsizetype mostKept = 100'000;
 
-/// For the calling thread and those that it starts.
-void takeLowestPriority()
+/// For the calling thread. Not the lowest one, at which the walk of a disk does not end while two
+/// other programs compute.
+void takeLowPriority()
 {
     // ioprio_set(2). Its constants have no header that every kernel keeps fit for C++.
     constexpr int thisThread = 1;
-    constexpr int idle = 3 << 13;
-    ::syscall(SYS_ioprio_set, thisThread, 0, idle);
-    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), 19);
+    constexpr int lastOfTheOthers = 2 << 13 | 7;
+    constexpr int niceness = 5;
+    ::syscall(SYS_ioprio_set, thisThread, 0, lastOfTheOthers);
+    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), niceness);
 }
 
 }
 
-struct OutsideSearches::Shared
+bool OutsideSearches::Walked::holdsFor(const Volume &volume, const Mounts &now)
 {
-    struct Kept
-    {
-        Answer answer;
-        Clock::time_point until;
-        quint64 mounts = 0; // The table's number at the search.
+    const auto hasComeToLight = [&](const QByteArray &path) {
+        return !now.isPoint(path) && !LocalFolder(path, now).isBare();
     };
-
-    const InodeSearch::Limits limits;
-    const std::chrono::duration<double> apart;
-    std::atomic<bool> cancelled = false;
-    std::mutex mutex;
-    QSet<quint64> running; // By device.
-    QHash<FileIdentity, Kept> kept;
-};
-
-OutsideSearches::OutsideSearches(InodeSearch::Limits limits, double secondsApart)
-    : m_shared(new Shared { limits, std::chrono::duration<double>(secondsApart), {}, {}, {}, {} })
-{
+    if (std::exchange(mounts, now.number()) != now.number())
+        holds = holds && std::none_of(covered.cbegin(), covered.cend(), hasComeToLight);
+    return holds
+        && std::all_of(volume.roots.cbegin(), volume.roots.cend(),
+                       [&](const QByteArray &root) { return roots.contains(root); });
 }
 
-OutsideSearches::~OutsideSearches()
+OutsideSearches::Answer OutsideSearches::answerFor(const FileIdentity &file, const Volume &volume,
+                                                   const Mounts &mounts)
 {
-    cancel();
-}
-
-void OutsideSearches::cancel()
-{
-    m_shared->cancelled = true;
-}
-
-OutsideSearches::Answer OutsideSearches::answerFor(const FileIdentity &file,
-                                                   const Mounts &mounts) const
-{
-    const std::lock_guard lock(m_shared->mutex);
-    const auto kept = m_shared->kept.constFind(file);
-    const bool holds = kept != m_shared->kept.cend() && kept->mounts == mounts.number()
-        && (kept->answer.state == Answer::State::Undecided || kept->until >= Clock::now());
+    using State = Answer::State;
+    const std::lock_guard lock(m_mutex);
+    const auto kept = m_kept.constFind(file);
+    if (kept == m_kept.cend())
+        return {};
+    const bool holds = kept->answer.state == State::Found
+        || ((kept->answer.state == State::Undecided || kept->until >= Clock::now())
+            && kept->walked->holdsFor(volume, mounts));
     return holds ? kept->answer : Answer();
 }
 
 void OutsideSearches::forget(const FileIdentity &file)
 {
-    const std::lock_guard lock(m_shared->mutex);
-    m_shared->kept.remove(file);
-}
-
-const std::atomic<bool> &OutsideSearches::cancelled() const
-{
-    return m_shared->cancelled;
+    const std::lock_guard lock(m_mutex);
+    m_kept.remove(file);
 }
 
 void OutsideSearches::start(const Volume &volume, const std::shared_ptr<const Mounts> &mounts,
-                            const QList<FileIdentity> &wanted)
+                            const QList<FileIdentity> &wanted, const QList<QByteArray> &first)
 {
-    const std::lock_guard lock(m_shared->mutex);
-    if (m_shared->running.contains(volume.device))
+    const std::lock_guard lock(m_mutex);
+    if (m_running.contains(volume.device))
         return;
-    if (m_shared->kept.size() > mostKept)
-        m_shared->kept.clear();
+    if (m_kept.size() > mostKept)
+        m_kept.clear();
     try {
-        std::thread(search, m_shared, volume, mounts, wanted).detach();
-        m_shared->running.insert(volume.device);
+        std::thread([self = shared_from_this(), volume, mounts, wanted, first] {
+            self->search(volume, *mounts, wanted, first);
+        }).detach();
+        m_running.insert(volume.device);
     } catch (const std::system_error &) { // No thread to be had; the next check tries again.
     }
 }
 
-void OutsideSearches::search(const std::shared_ptr<Shared> &shared, const Volume &volume,
-                             const std::shared_ptr<const Mounts> &mounts,
-                             QList<FileIdentity> wanted)
+void OutsideSearches::search(const Volume &volume, const Mounts &mounts, QList<FileIdentity> wanted,
+                             const QList<QByteArray> &first)
 {
-    using State = Answer::State;
-    takeLowestPriority();
-    QHash<FileIdentity, QByteArray> found;
+    takeLowPriority();
+    const auto walked = std::make_shared<Walked>();
+    walked->roots = volume.roots;
+    const auto keep = [&](const FileIdentity &file, const Answer &answer) {
+        m_kept.insert(file, { answer, Clock::now() + std::chrono::minutes(10), walked });
+    };
     bool whole = true;
     for (int look = 0; look < 2 && whole && !wanted.isEmpty(); ++look) {
         if (look > 0)
-            std::this_thread::sleep_for(shared->apart);
-        InodeSearch walk(wanted, shared->limits, shared->cancelled);
+            std::this_thread::sleep_for(m_apart);
+        InodeSearch walk(wanted, m_limits, m_cancelled);
         for (const QByteArray &root : volume.roots)
-            walk.walk(root, *mounts, volume.subvolumes);
-        found.insert(walk.found());
-        wanted.removeIf([&](const FileIdentity &file) { return found.contains(file); });
+            walk.walk(root, mounts, volume.subvolumes, first);
+        wanted.removeIf([&](const FileIdentity &file) { return walk.found().contains(file); });
         whole = walk.isWhole();
+        walked->covered += walk.covered();
+        const std::lock_guard lock(m_mutex);
+        for (auto file = walk.found().cbegin(); file != walk.found().cend(); ++file)
+            keep(file.key(), { Answer::State::Found, file.value() });
     }
-    const std::lock_guard lock(shared->mutex);
-    const Clock::time_point until = Clock::now() + std::chrono::minutes(10);
-    for (auto file = found.cbegin(); file != found.cend(); ++file)
-        shared->kept.insert(file.key(),
-                            { { State::Found, file.value() }, until, mounts->number() });
+    const std::lock_guard lock(m_mutex);
     for (const FileIdentity &file : std::as_const(wanted))
-        shared->kept.insert(
-            file, { { whole ? State::Absent : State::Undecided, {} }, until, mounts->number() });
-    shared->running.remove(volume.device);
+        keep(file, { whole ? Answer::State::Absent : Answer::State::Undecided, {} });
+    m_running.remove(volume.device);
 }

@@ -36,7 +36,6 @@ std::shared_ptr<RemoteLooks::Job> RemoteLooks::start(const QByteArray &mountPoin
         start = last->next % tasks.size();
     }
     const std::shared_ptr<Job> job(new Job { tasks, {}, {}, {}, 0, false, false });
-    job->results.resize(tasks.size());
     try {
         std::thread(work, job, m_look, start).detach();
     } catch (const std::system_error &) {
@@ -74,14 +73,11 @@ void RemoteLooks::work(const std::shared_ptr<Job> &job, const Look &look, qsizet
     for (qsizetype i = 0; i < count; ++i) {
         const qsizetype index = (start + i) % count;
         const Task &task = job->tasks[index];
-        Result result;
-        result.done = true;
-        result.look = look(task.path);
+        Result result { task.query, look(task.path), task.otherPath, {}, false, 0 };
         result.otherLook.state = FileLook::State::Missing;
         if (!task.otherPath.isEmpty())
             result.otherLook = look(task.otherPath);
         const bool present = result.look.state == FileLook::State::Present;
-        result.otherPath = task.otherPath;
         if (!present && result.otherLook.state == FileLook::State::Missing && task.wanted)
             lookNear(task, result);
         const FileLook &file = present ? result.look : result.otherLook;
@@ -91,7 +87,7 @@ void RemoteLooks::work(const std::shared_ptr<Job> &job, const Look &look, qsizet
                                Volumes::fileSystemOf(present ? task.path : result.otherPath));
         result.fileSystem = fileSystems.value(device);
         const std::lock_guard lock(job->mutex);
-        job->results[index] = result;
+        job->results.append(result);
         job->next = i + 1 == count ? 0 : index + 1;
         if (job->stopped)
             break;

@@ -25,6 +25,7 @@ public:
 
     struct Task
     {
+        int query;
         QByteArray path;
         QByteArray otherPath; // May be empty.
         std::optional<FileIdentity> wanted; // Looked for in the folders `near` where both are free.
@@ -32,7 +33,7 @@ public:
     };
     struct Result
     {
-        bool done = false;
+        int query;
         FileLook look;
         QByteArray otherPath; // The task's, or where it was found.
         FileLook otherLook; // Missing where there was no other path.
@@ -44,8 +45,7 @@ public:
     /// Null while the mount's thread has not come back. A job that was cut short
     /// is followed by one that begins where it ended.
     std::shared_ptr<Job> start(const QByteArray &mountPoint, const QList<Task> &tasks);
-    /// One result a task. Waits until all are done, at most until then, and lets
-    /// the rest be.
+    /// Waits until all are done, at most until then, and lets the rest be.
     static QList<Result> collect(Job &job, Clock::time_point deadline);
 
 private:

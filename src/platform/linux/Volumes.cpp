@@ -37,16 +37,14 @@ QList<QByteArray> rootsAmong(const QList<const Mount *> &mounts, const Mount *ow
     QList<QByteArray> roots;
     if (mounts.contains(own))
         roots.append(own->point);
+    const auto whole = std::find_if(mounts.cbegin(), mounts.cend(),
+                                    [](const Mount *mount) { return mount->root == "/"; });
+    if (!roots.isEmpty() && own->root == "/")
+        return roots;
+    if (whole != mounts.cend())
+        return roots += (*whole)->point;
     for (const Mount *mount : mounts) {
-        if (mount->root == "/" && !roots.contains(mount->point)) {
-            roots.append(mount->point);
-            return roots;
-        }
-        if (mount == own && mount->root == "/")
-            return roots;
-    }
-    for (const Mount *mount : mounts) {
-        if (!roots.contains(mount->point))
+        if (mount != own)
             roots.append(mount->point);
     }
     return roots;
@@ -174,15 +172,4 @@ Volumes::Match Volumes::match(const BookmarkRecord &record, const Numbers &numbe
 quint64 Volumes::fileSystemOf(const QByteArray &path)
 {
     return numbersAt(path).fileSystem;
-}
-
-quint64 FileSystemNumbers::of(dev_t device, const QByteArray &path, const Mounts &mounts)
-{
-    const std::lock_guard lock(m_mutex);
-    if (m_mounts != mounts.number())
-        m_numbers.clear();
-    m_mounts = mounts.number();
-    const auto known = m_numbers.constFind(device);
-    return known != m_numbers.cend() ? *known
-                                     : *m_numbers.insert(device, Volumes::fileSystemOf(path));
 }

@@ -7,7 +7,6 @@
 #include <QHash>
 #include <QList>
 
-#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -51,16 +50,4 @@ private:
     const Mounts &m_mounts;
     std::vector<std::pair<const Mount *, Numbers>> m_seen; // Not hidden by another one.
     QHash<QByteArray, std::optional<Volume>> m_known; // By what a record says of it.
-};
-
-/// Remembers fileSystemOf for each device. Any thread.
-class FileSystemNumbers
-{
-public:
-    quint64 of(dev_t device, const QByteArray &path, const Mounts &mounts);
-
-private:
-    std::mutex m_mutex;
-    quint64 m_mounts = 0; // Numbers of devices are given out again.
-    QHash<quint64, quint64> m_numbers;
 };
