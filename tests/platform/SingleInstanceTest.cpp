@@ -1,22 +1,17 @@
+#include "PrivateBus.h"
+
 #include "platform/linux/SingleInstance.h"
 
 #include "platform/linux/ApplicationService.h"
-#include "platform/linux/ArgumentUrls.h"
 
-#include <QCoreApplication>
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
-#include <QProcess>
 #include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <csignal>
 #include <thread>
 
@@ -24,89 +19,15 @@ namespace {
 
 using Result = SingleInstance::Result;
 
-/// A message bus of the test's own, with one connection for each "process".
-class Bus
-{
-public:
-    Bus()
-    {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       { QStringLiteral("--session"), QStringLiteral("--nofork"),
-                         QStringLiteral("--print-address") });
-        if (m_daemon.waitForReadyRead(5000))
-            m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
-    }
-    ~Bus()
-    {
-        for (const auto &name : m_names)
-            QDBusConnection::disconnectFromBus(name);
-        m_daemon.terminate();
-        m_daemon.waitForFinished(5000);
-    }
-    QString connection(const char *name)
-    {
-        m_names.append(QLatin1String(name));
-        EXPECT_TRUE(QDBusConnection::connectToBus(m_address, m_names.last()).isConnected());
-        return m_names.last();
-    }
-
-private:
-    QProcess m_daemon;
-    QString m_address;
-    QStringList m_names;
-};
-
-/// Runs on a thread, as another process would, while this one answers its events.
-template<typename Work>
-auto elsewhere(Work work)
-{
-    std::atomic<bool> done = false;
-    decltype(work()) result {};
-    std::thread thread([&] {
-        result = work();
-        done = true;
-    });
-    while (!done)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    thread.join();
-    return result;
-}
-
 /// A connection that no bus is behind.
 const QString noBus = QStringLiteral("none");
 
 }
 
-TEST(SingleInstanceTest, TheSecondStartAsksTheFirstToComeUp)
+TEST(SingleInstanceTest, AnotherStartAsksTheFirstAndRequestsThatComeTooEarlyWaitInTheirOrder)
 {
     const QTemporaryDir state;
-    Bus bus;
-    SingleInstance first(state.path().toUtf8(), bus.connection("first"));
-    ASSERT_EQ(first.acquire(), Result::First);
-    const QString second = bus.connection("second");
-    const auto start = [&] { return SingleInstance(state.path().toUtf8(), second).acquire(); };
-
-    // Requests that come while the first is still starting are answered, kept and delivered once.
-    EXPECT_EQ(elsewhere(start), Result::HandedOver);
-    EXPECT_EQ(elsewhere(start), Result::HandedOver);
-    int activated = 0;
-    first.deliverTo(
-        { .activate = [&] { ++activated; }, .open = {}, .perform = {}, .addToShelf = {} });
-    EXPECT_EQ(activated, 1);
-    EXPECT_EQ(elsewhere(start), Result::HandedOver);
-    EXPECT_EQ(activated, 2);
-
-    // A different state folder does not make a second one.
-    const QTemporaryDir other;
-    EXPECT_EQ(elsewhere([&] { return SingleInstance(other.path().toUtf8(), second).acquire(); }),
-              Result::HandedOver);
-    EXPECT_EQ(activated, 3);
-}
-
-TEST(SingleInstanceTest, RequestsThatComeTooEarlyAreAnsweredInTheirOrder)
-{
-    const QTemporaryDir state;
-    Bus bus;
+    PrivateBus bus;
     SingleInstance first(state.path().toUtf8(), bus.connection("first"));
     ASSERT_EQ(first.acquire(), Result::First);
     const QString second = bus.connection("second");
@@ -121,62 +42,65 @@ TEST(SingleInstanceTest, RequestsThatComeTooEarlyAreAnsweredInTheirOrder)
     constexpr char standard[] = "org.freedesktop.Application";
     constexpr char own[] = "app.vantleapp.Vantle";
 
-    const QList<QUrl> given { QUrl(QStringLiteral("file:///n%E4me")),
-                              QUrl(QStringLiteral("file:///b")) };
-    EXPECT_EQ(
-        elsewhere([&] { return SingleInstance(state.path().toUtf8(), second).acquire(given); }),
-        Result::HandedOver);
+    const QTemporaryDir other; // Which does not make a second one.
+    const auto start = [&](const QTemporaryDir &of, const QList<QUrl> &given) {
+        EXPECT_EQ(
+            elsewhere([&] { return SingleInstance(of.path().toUtf8(), second).acquire(given); }),
+            Result::HandedOver);
+    };
+    start(state, {});
+    start(other, {});
+    start(state,
+          QUrl::fromStringList({ QStringLiteral("file:///n%E4me"), QStringLiteral("file:///b") }));
     auto early
         = client.asyncCall(message(own, "AddToShelf", { QStringList(), QStringLiteral("a") }));
     client.send(message(standard, "ActivateAction",
                         { QStringLiteral("toggle"), QVariantList(), QVariantMap() }));
     QStringList log;
-    const auto requests = [&log] {
-        return ServiceRequests {
-            .activate = [&log] { log += QStringLiteral("activate"); },
-            .open =
-                [&log](const QList<QUrl> &urls) {
-                    for (const QUrl &url : urls)
-                        log += QString::fromLatin1(url.toEncoded());
-                },
-            .perform = [&log](const QString &action) { log += action; },
-            .addToShelf =
-                [&log](const QList<QUrl> &urls, const QString &text) {
-                    log += QString::number(urls.size()) + text;
-                    return !text.isEmpty();
-                },
-        };
-    };
     // The bus keeps the order: once this is answered, the others have arrived.
     elsewhere([&] { return client.call(message("org.freedesktop.DBus.Peer", "Ping", {})); });
     QCoreApplication::processEvents();
     EXPECT_FALSE(early.isFinished());
-    first.deliverTo(requests());
-    EXPECT_EQ(log,
-              (QStringList { QStringLiteral("file:///n%E4me"), QStringLiteral("file:///b"),
-                             QStringLiteral("0a"), QStringLiteral("toggle") }));
+    first.deliverTo({
+        .activate = [&] { log += QStringLiteral("activate"); },
+        .open =
+            [&](const QList<QUrl> &urls) {
+                for (const QUrl &url : urls)
+                    log += QString::fromLatin1(url.toEncoded());
+            },
+        .perform = [&](const QString &action) { log += action; },
+        .addToShelf =
+            [&](const QList<QUrl> &urls, const QString &text) {
+                log += QString::number(urls.size()) + text;
+                return !text.isEmpty();
+            },
+    });
+    EXPECT_EQ(log.join(u' '), QStringLiteral("activate file:///n%E4me file:///b 0a toggle"));
     elsewhere([&] { return early.waitForFinished(), true; });
     EXPECT_EQ(early.reply().arguments(), QVariantList { true });
 
+    log.clear();
+    start(state, {});
+    EXPECT_EQ(log.join(u' '), QStringLiteral("activate"));
+
     // Hostile arguments: nothing of them arrives, and the caller learns of the rest.
-    struct Case
+    constexpr char unknown[] = "org.freedesktop.DBus.Error.UnknownMethod";
+    const QStringList odd { QString(), QStringLiteral("file://elsewhere/a"), QStringLiteral("::"),
+                            QStringLiteral("file:///a%00b"), QString(100000, u'/') };
+    const struct
     {
         const char *interface, *method;
         QVariantList arguments;
         const char *answer; // The signature of what comes back, or the error.
         QString logged;
-    };
-    constexpr char unknown[] = "org.freedesktop.DBus.Error.UnknownMethod";
-    const QStringList odd { QString(), QStringLiteral("file://elsewhere/a"), QStringLiteral("::"),
-                            QStringLiteral("file:///a%00b"), QString(100000, u'/') };
-    const Case cases[] = {
+    } cases[] = {
         { own, "AddToShelf", { odd, QString() }, "b", QStringLiteral("0") },
         { own, "AddToShelf", { QStringLiteral("a"), QString() }, unknown, {} },
         { standard, "Open", { odd, QVariantMap() }, "", {} },
         { standard, "Open", { odd }, unknown, {} },
         { standard, "Close", {}, unknown, {} },
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.method);
         log.clear();
         const auto reply = elsewhere([&] {
@@ -186,33 +110,6 @@ TEST(SingleInstanceTest, RequestsThatComeTooEarlyAreAnsweredInTheirOrder)
             = reply.type() == QDBusMessage::ErrorMessage ? reply.errorName() : reply.signature();
         EXPECT_EQ(answer.toStdString(), c.answer);
         EXPECT_EQ(log.join(u' '), c.logged);
-    }
-}
-
-TEST(ArgumentUrlsTest, PathsAndAddressesAreTold)
-{
-    struct Case
-    {
-        const char *what;
-        QByteArrayList arguments;
-        QByteArrayList urls;
-    };
-    const Case cases[] = {
-        { "paths",
-          { "a", "/b/../c", "n\xE4me" },
-          { "file:///d/a", "file:///c", "file:///d/n%E4me" } },
-        { "addresses",
-          { "file:///a%20b", "https://x.org/" },
-          { "file:///a%20b", "https://x.org/" } },
-        { "options", { "-x", "--gapplication-service", "", "--", "-x" }, { "file:///d/-x" } },
-        { "a colon in a name", { "a:b" }, { "file:///d/a:b" } },
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
-        QByteArrayList urls;
-        for (const QUrl &url : argumentUrls(c.arguments, "/d"))
-            urls.append(url.toEncoded());
-        EXPECT_EQ(urls, c.urls);
     }
 }
 
@@ -247,7 +144,7 @@ TEST(SingleInstanceTest, WithoutABusTheLockDecidesAndGoesWithItsProcess)
 
 TEST(SingleInstanceTest, AHolderThatEndsMeanwhileIsSucceeded)
 {
-    Bus bus;
+    PrivateBus bus;
     // One without a bus, and one that takes the request but ends before it answers.
     for (const QString &its : { noBus, bus.connection("first") }) {
         SCOPED_TRACE(qPrintable(its));
@@ -268,7 +165,7 @@ TEST(SingleInstanceTest, AHolderThatEndsMeanwhileIsSucceeded)
 
 TEST(SingleInstanceTest, WhereNoLockCanBeHadTheNameAloneDecides)
 {
-    Bus bus;
+    PrivateBus bus;
     const QByteArray nowhere = "/proc/nowhere";
     SingleInstance first(nowhere, bus.connection("first"));
     EXPECT_EQ(first.acquire(), Result::First);

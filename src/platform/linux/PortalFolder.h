@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QObject>
 #include <QUrl>
 #include <QVariantMap>
@@ -16,19 +17,25 @@ class PortalFolder final : public QObject
     Q_OBJECT
 
 public:
-    /// Asks, in front of that window and no longer than it lives. chosen: not called where
-    /// the user chose nothing. unavailable: where no portal asks.
+    /// Asks, in front of that window and no longer than it lives. While one question is open
+    /// there, another is none. chosen: not called where the user chose nothing. unavailable:
+    /// where no portal asks, or the question ended without the user.
     static void ask(QWidget &window, const QString &title, std::function<void(const QUrl &)> chosen,
                     std::function<void()> unavailable);
+    /// The same by another bus than the session's.
+    static void askBy(const QDBusConnection &bus, QWidget &window, const QString &title,
+                      std::function<void(const QUrl &)> chosen, std::function<void()> unavailable);
 
 private:
-    PortalFolder(QWidget &window, std::function<void(const QUrl &)> chosen,
+    PortalFolder(QDBusConnection bus, QWidget &window, std::function<void(const QUrl &)> chosen,
                  std::function<void()> unavailable);
     void call(const QString &window, const QString &title);
     void answered(QDBusPendingCallWatcher *call);
     void listenAt(const QString &path);
     Q_SLOT void respond(uint response, const QVariantMap &results);
+    void end(const std::function<void()> &then);
 
+    QDBusConnection m_bus;
     std::function<void(const QUrl &)> m_chosen;
     std::function<void()> m_unavailable;
     QString m_path; // Of the portal's object for this question.
