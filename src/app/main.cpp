@@ -1,11 +1,10 @@
 #include "app/AppDelegate.h"
+#include "app/CommandLine.h"
 #include "base/QtMainQueue.h"
 #include "base/ThreadWorkers.h"
 #include "platform/linux/ApplicationResolver.h"
 #include "platform/linux/ApplicationService.h"
-#include "platform/linux/ArgumentUrls.h"
 #include "platform/linux/CanberraSounds.h"
-#include "platform/linux/CommandLine.h"
 #include "platform/linux/DecoderPool.h"
 #include "platform/linux/DesktopThumbnails.h"
 #include "platform/linux/FileLanes.h"
@@ -258,8 +257,8 @@ int main(int argc, char **argv)
     const Directories directories = XdgDirectories::fromEnvironment();
     SingleInstance instance(directories.state);
     // The toolkit has taken its own arguments out by now.
-    const auto files = argumentUrls(QByteArrayList(argv + std::min(argc, 1), argv + argc),
-                                    QFile::encodeName(QDir::currentPath()));
+    const auto files = CommandLine::urls(QByteArrayList(argv + std::min(argc, 1), argv + argc),
+                                         QFile::encodeName(QDir::currentPath()));
     switch (instance.acquire(files)) {
     case SingleInstance::Result::First:
         return run(application, directories, instance, files);

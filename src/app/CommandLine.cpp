@@ -1,4 +1,7 @@
-#include "platform/linux/CommandLine.h"
+#include "app/CommandLine.h"
+
+#include "base/FilePath.h"
+#include "platform/linux/DropFormats.h"
 
 #include <algorithm>
 #include <array>
@@ -68,4 +71,20 @@ std::optional<int> CommandLine::answered(const QByteArrayList &arguments)
         }
     }
     return {};
+}
+
+QList<QUrl> CommandLine::urls(const QByteArrayList &arguments, const QByteArray &folder)
+{
+    QList<QUrl> urls;
+    bool onlyFiles = false;
+    for (const QByteArray &argument : arguments) {
+        if (!onlyFiles && argument.startsWith('-'))
+            onlyFiles = argument == "--";
+        else if (argument.startsWith("file:") || argument.contains("://"))
+            urls += DropFormats::urls(argument);
+        else if (!argument.isEmpty())
+            urls.append(FilePath::toUrl(FilePath::standardized(
+                argument.startsWith('/') ? argument : folder + '/' + argument)));
+    }
+    return urls;
 }
