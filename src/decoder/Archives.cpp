@@ -121,7 +121,7 @@ Decoded Decode::archive(int file, SharedMemory &memory)
 
     const QByteArray bytes = DecoderProtocol::encode(listing);
     DecoderProtocol::Result result;
-    result.decoded = true;
+    result.count = 1;
     result.bytes = bytes.size();
     uchar *const to = memory.begin(result.bytes);
     if (to == nullptr)

@@ -34,7 +34,6 @@ Decoded fromImage(const QImage &image, const QSize &whole, int count, SharedMemo
 {
     const QImage painted = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     DecoderProtocol::Result result;
-    result.decoded = true;
     result.width = painted.width();
     result.height = painted.height();
     result.wholeWidth = whole.width();

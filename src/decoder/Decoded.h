@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/DecoderProtocol.h"
+#include "decoder/DecoderProtocol.h"
 
 #include <QImage>
 #include <QSize>

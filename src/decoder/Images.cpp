@@ -131,7 +131,6 @@ Decoded decodeImage(int file, int maxPixel, SharedMemory &memory)
     if (to == nullptr)
         return std::nullopt;
     writePixels(image, to);
-    result.decoded = true;
     return result;
 }
 
@@ -150,8 +149,8 @@ Decoded decodeFrames(int file, int first, int maxPixel, SharedMemory &memory)
                                                             1, DecoderProtocol::mostFrames));
     const int frames = std::clamp(count - first, 0, several);
 
-    DecoderProtocol::Result result { true,  width, height,        header.width(), header.height(),
-                                     count, {},    frames * bytes };
+    DecoderProtocol::Result result { width, height, header.width(), header.height(),
+                                     count, 0,      frames * bytes };
     const std::vector<int> delays
         = header.get_typeof("delay") != 0 ? header.get_array_int("delay") : std::vector<int>();
     if (frames == 0)
@@ -176,7 +175,8 @@ Decoded decodeFrames(int file, int first, int maxPixel, SharedMemory &memory)
             return std::nullopt;
         writePixels(inScreenColours(sized), to + frame * bytes);
         const auto place = static_cast<size_t>(first) + static_cast<size_t>(frame);
-        result.milliseconds.append(shownFor(place < delays.size() ? delays[place] : 0));
+        result.milliseconds[static_cast<size_t>(result.frames++)]
+            = shownFor(place < delays.size() ? delays[place] : 0);
     }
     return result;
 }

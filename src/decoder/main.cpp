@@ -55,7 +55,7 @@ int main()
         const auto received = receive(socketDescriptor);
         if (!received || received->message.isEmpty())
             std::_Exit(EXIT_SUCCESS); // Nothing of it has to be tidied up.
-        const auto job = decodeJob(received->message);
+        const auto job = decode<Job>(received->message);
         const auto [file, memory] = received->files;
         const auto decoded = job ? work(*job, file, memory) : std::nullopt;
         for (const int open : received->files) {

@@ -1,7 +1,5 @@
 #include "player/Player.h"
 
-#include "platform/linux/DecoderProtocol.h"
-
 #include <QImage>
 #include <QMediaDevices>
 #include <QMediaMetaData>
@@ -10,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 #include <unistd.h>
 
@@ -36,7 +35,7 @@ void Player::receive()
     const auto received = DecoderProtocol::receive(m_socket);
     if (!received || received->message.isEmpty())
         std::_Exit(EXIT_SUCCESS); // The program is gone. Nothing has to be tidied up.
-    if (const auto command = PlayerProtocol::decodeCommand(received->message))
+    if (const auto command = DecoderProtocol::decode<Command>(received->message))
         obey(*command);
 }
 
@@ -78,7 +77,7 @@ void Player::open(int file)
 
 void Player::tell(const Event &event) const
 {
-    if (!DecoderProtocol::send(m_socket, PlayerProtocol::encode(event)))
+    if (!DecoderProtocol::send(m_socket, DecoderProtocol::encode(event)))
         std::_Exit(EXIT_SUCCESS);
 }
 
@@ -104,12 +103,15 @@ void Player::tellState()
 {
     if (!m_isOpen)
         return;
-    const qint64 duration = std::max<qint64>(m_player.duration(), 0);
+    const auto inTime = [](qint64 time) {
+        return static_cast<qint32>(std::clamp<qint64>(time, 0, std::numeric_limits<qint32>::max()));
+    };
+    const qint64 duration = m_player.duration();
     const bool isAtEnd = m_player.mediaStatus() == QMediaPlayer::EndOfMedia;
     tell({ .kind = Event::Kind::State,
            .flag = m_player.playbackState() == QMediaPlayer::PlayingState,
-           .position = isAtEnd ? duration : m_player.position(), // It steps back at last.
-           .duration = duration });
+           .position = inTime(isAtEnd ? duration : m_player.position()), // It steps back at last.
+           .duration = inTime(duration) });
 }
 
 /// No larger than there is room for. One that nobody had time for is left out.

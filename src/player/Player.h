@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/PlayerProtocol.h"
+#include "player/PlayerProtocol.h"
 
 #include <QAudioDevice>
 #include <QAudioOutput>

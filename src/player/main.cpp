@@ -1,7 +1,6 @@
 // Plays a file for the program, in a process of its own that alone links Qt Multimedia and its
 // codecs; whatever a hostile file makes of them stays in here.
 #include "confined/Confinement.h"
-#include "platform/linux/DecoderProtocol.h"
 #include "player/Player.h"
 
 #include <QDir>
@@ -52,7 +51,9 @@ int main(int argc, char **argv)
     // Of the program's own files and sockets nothing is to be in reach.
     Confined::closeOthers(socketDescriptor);
     const auto received = DecoderProtocol::receive(socketDescriptor);
-    const auto command = received ? PlayerProtocol::decodeCommand(received->message) : std::nullopt;
+    const auto command = received
+        ? DecoderProtocol::decode<PlayerProtocol::Command>(received->message)
+        : std::nullopt;
     if (!command || command->kind != PlayerProtocol::Command::Kind::Open)
         return EXIT_SUCCESS; // The program is gone.
     const auto [file, memory] = received->files;

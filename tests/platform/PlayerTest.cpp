@@ -1,9 +1,7 @@
 #include "PictureWorld.h"
 
-#include "platform/linux/FileLanes.h"
 #include "platform/linux/PlayerProcess.h"
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <sys/stat.h>
@@ -11,7 +9,7 @@
 namespace {
 
 /// A player of one file, and what it told.
-struct PlayerWorld
+struct PlayerWorld : PictureWorld
 {
     static QString program() { return QStringLiteral(VANTLE_BINARY_DIR "/bin/vantle-player"); }
 
@@ -27,19 +25,9 @@ struct PlayerWorld
         player.onFailed = [this] { failed = true; };
     }
 
-    static bool waitFor(const std::function<bool()> &enough)
-    {
-        QElapsedTimer time;
-        time.start();
-        while (!enough() && time.elapsed() < 20'000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-        return enough();
-    }
     bool isRed() const { return !picture.isNull() && picture.pixelColor(5, 5).red() > 150; }
     bool isBlue() const { return !picture.isNull() && picture.pixelColor(5, 5).blue() > 150; }
 
-    QtMainQueue queue;
-    FileLanes lanes;
     std::optional<MediaPlayer::Facts> facts;
     QImage picture;
     MediaPlayer::State state;

@@ -70,7 +70,7 @@ void unmap(void *mapping)
 QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
 {
     const qint64 each = static_cast<qint64>(result.width) * result.height * 4;
-    const uchar *const at = result.decoded ? mapped(result, memory) : nullptr;
+    const uchar *const at = result.isDecoded() ? mapped(result, memory) : nullptr;
     if (at == nullptr)
         return {};
     QList<QImage> images;
@@ -92,7 +92,7 @@ QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
 
 std::optional<PictureDecoder::Listing> listingOf(const Result &result, int memory)
 {
-    const uchar *const at = result.decoded ? mapped(result, memory) : nullptr;
+    const uchar *const at = result.isDecoded() ? mapped(result, memory) : nullptr;
     if (at == nullptr)
         return std::nullopt;
     const QByteArray bytes(reinterpret_cast<const char *>(at),
@@ -372,7 +372,7 @@ void DecoderPool::finished(Worker &worker, const Result &result)
 {
     worker.limit.reset();
     const WorkPointer work = std::exchange(worker.work, nullptr);
-    if (!result.decoded)
+    if (!result.isDecoded())
         rememberFailure(*work);
     answer(*work, result);
     advance();
@@ -415,14 +415,14 @@ void DecoderPool::answer(const Work &work, const Result &result)
     if (work.listing)
         return work.listing(listingOf(result, work.memory));
     if (work.frames) {
-        if (result.decoded && result.milliseconds.isEmpty())
+        if (result.isDecoded() && result.frames == 0)
             return work.frames(QList<Frame>()); // Past the end.
-        const auto images = imagesOf(result, work.memory, result.milliseconds.size());
+        const auto images = imagesOf(result, work.memory, result.frames);
         if (images.isEmpty())
             return work.frames(std::nullopt);
         QList<Frame> frames;
         for (qsizetype i = 0; i < images.size(); ++i)
-            frames.append({ images[i], result.milliseconds[i] });
+            frames.append({ images[i], result.milliseconds[static_cast<size_t>(i)] });
         return work.frames(frames);
     }
     const auto images = imagesOf(result, work.memory, 1);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "decoder/DecoderProtocol.h"
 #include "platform/PictureDecoder.h"
-#include "platform/linux/DecoderProtocol.h"
 #include "platform/linux/FileLanes.h"
 
 #include <QSet>

@@ -66,7 +66,7 @@ void PlayerProcess::opened(int file)
     m_process->onEnd = [this](HelperProcess::End) { fail(); };
     m_memory = HelperProcess::makeMemory(PlayerProtocol::mostBytes);
     if (m_memory < 0
-        || !m_process->give(PlayerProtocol::encode(Command { Command::Kind::Open, 0, m_room }),
+        || !m_process->give(DecoderProtocol::encode(Command { Command::Kind::Open, 0, m_room }),
                             { file, m_memory }))
         fail();
 }
@@ -74,7 +74,7 @@ void PlayerProcess::opened(int file)
 void PlayerProcess::tell(const Command &command)
 {
     if (m_process)
-        m_process->give(PlayerProtocol::encode(command));
+        m_process->give(DecoderProtocol::encode(command));
 }
 
 void PlayerProcess::play()
@@ -89,7 +89,7 @@ void PlayerProcess::pause()
 
 void PlayerProcess::seek(double seconds)
 {
-    tell({ Command::Kind::Seek, static_cast<qint64>(seconds * 1000), {} });
+    tell({ Command::Kind::Seek, static_cast<qint32>(seconds * 1000), {} });
 }
 
 void PlayerProcess::setRoom(const QSize &room)
@@ -107,14 +107,14 @@ bool PlayerProcess::hear(const QByteArray &message)
         return false;
     switch (event->kind) {
     case Event::Kind::Opened:
-        onOpened({ event->flag, event->size });
+        onOpened({ event->flag != 0, event->size });
         break;
     case Event::Kind::Picture:
         tell({ Command::Kind::Taken, 0, {} });
         onPicture(picture);
         break;
     case Event::Kind::State:
-        onState({ event->flag, static_cast<double>(event->position) / 1000,
+        onState({ event->flag != 0, static_cast<double>(event->position) / 1000,
                   static_cast<double>(event->duration) / 1000 });
         break;
     case Event::Kind::Failed:

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/MediaPlayer.h"
-#include "platform/linux/PlayerProtocol.h"
+#include "player/PlayerProtocol.h"
 
 #include <QString>
 #include <QUrl>
