@@ -1,6 +1,6 @@
 #include "platform/linux/ApplicationResolver.h"
 
-#include "base/NativeFile.h"
+#include "platform/linux/KeyFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -104,9 +104,8 @@ QString ApplicationResolver::find(qint64 process)
 
 QString ApplicationResolver::fromSandbox(qint64 process) const
 {
-    const auto info = NativeFile::read(QFile::encodeName(path(process, "root/.flatpak-info")));
-    return QString::fromUtf8(
-        keyFileGroup(info.bytes.value_or(QByteArray()), "Application").value("name"));
+    const auto file = QFile::encodeName(path(process, "root/.flatpak-info"));
+    return QString::fromUtf8(keyFileGroup(file, "Application").value("name"));
 }
 
 /// GIO marks what it launches. Children inherit the mark, but not the process id in it.

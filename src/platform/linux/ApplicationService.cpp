@@ -10,21 +10,14 @@
 namespace {
 
 /// What is no address, or a file of another machine, is left out.
-QList<QUrl> urlsOf(const QStringList &uris)
+QList<QUrl> urlsOf(const QVariant &uris)
 {
     QList<QUrl> urls;
-    for (const QString &uri : uris)
+    for (const QString &uri : uris.toStringList())
         urls += DropFormats::urls(uri.toUtf8());
     return urls;
 }
 
-}
-
-ApplicationService::ApplicationService()
-{
-    // Found by the bus library as children.
-    new ApplicationAdaptor(*this);
-    new ShelfAdaptor(*this);
 }
 
 void ApplicationService::deliverTo(ServiceRequests requests)
@@ -43,64 +36,63 @@ void ApplicationService::whenReady(std::function<void()> request)
         m_waiting.push_back(std::move(request));
 }
 
-void ApplicationService::activate()
+QString ApplicationService::introspect(const QString &) const
 {
-    if (!m_requests && std::exchange(m_activationWaits, true))
-        return;
-    whenReady([this] { m_requests->activate(); });
+    return QStringLiteral(R"(  <interface name="org.freedesktop.Application">
+    <method name="Activate">
+      <arg name="platform_data" type="a{sv}" direction="in"/>
+    </method>
+    <method name="Open">
+      <arg name="uris" type="as" direction="in"/>
+      <arg name="platform_data" type="a{sv}" direction="in"/>
+    </method>
+    <method name="ActivateAction">
+      <arg name="action_name" type="s" direction="in"/>
+      <arg name="parameter" type="av" direction="in"/>
+      <arg name="platform_data" type="a{sv}" direction="in"/>
+    </method>
+  </interface>
+  <interface name="app.vantleapp.Vantle">
+    <method name="AddToShelf">
+      <arg name="uris" type="as" direction="in"/>
+      <arg name="text" type="s" direction="in"/>
+      <arg name="added" type="b" direction="out"/>
+    </method>
+  </interface>
+)");
 }
 
-void ApplicationService::open(const QStringList &uris)
+/// Arguments of other types are answered by the bus library: there is no such method. All but
+/// the last method are answered before their request, which may have to wait, is done.
+bool ApplicationService::handleMessage(const QDBusMessage &call, const QDBusConnection &bus)
 {
-    whenReady([this, urls = urlsOf(uris)] { m_requests->open(urls); });
-}
-
-void ApplicationService::perform(const QString &action)
-{
-    whenReady([this, action] { m_requests->perform(action); });
-}
-
-bool ApplicationService::addToShelf(const QStringList &uris, const QString &text)
-{
-    const auto urls = urlsOf(uris);
-    if (m_requests)
-        return m_requests->addToShelf(urls, text);
-    setDelayedReply(true);
-    whenReady([this, urls, text, bus = connection(), call = message()] {
-        bus.send(call.createReply(m_requests->addToShelf(urls, text)));
-    });
-    return false;
-}
-
-ApplicationAdaptor::ApplicationAdaptor(ApplicationService &service)
-    : QDBusAbstractAdaptor(&service)
-    , m_service(service)
-{
-}
-
-void ApplicationAdaptor::Activate(const QVariantMap &)
-{
-    m_service.activate();
-}
-
-void ApplicationAdaptor::Open(const QStringList &uris, const QVariantMap &)
-{
-    m_service.open(uris);
-}
-
-void ApplicationAdaptor::ActivateAction(const QString &name, const QVariantList &,
-                                        const QVariantMap &)
-{
-    m_service.perform(name);
-}
-
-ShelfAdaptor::ShelfAdaptor(ApplicationService &service)
-    : QDBusAbstractAdaptor(&service)
-    , m_service(service)
-{
-}
-
-bool ShelfAdaptor::AddToShelf(const QStringList &uris, const QString &text)
-{
-    return m_service.addToShelf(uris, text);
+    const auto arguments = call.arguments();
+    const auto is = [&](const char *interface, const char *method, const char *signature) {
+        return (call.interface().isEmpty() || call.interface() == QLatin1String(interface))
+            && call.member() == QLatin1String(method)
+            && call.signature() == QLatin1String(signature);
+    };
+    const auto answer = [bus, call](const QVariantList &values) {
+        if (call.isReplyRequired())
+            bus.send(call.createReply(values));
+    };
+    constexpr char standard[] = "org.freedesktop.Application";
+    if (is("app.vantleapp.Vantle", "AddToShelf", "ass")) {
+        whenReady([this, answer, urls = urlsOf(arguments[0]), text = arguments[1].toString()] {
+            answer({ m_requests->addToShelf(urls, text) });
+        });
+        return true;
+    }
+    if (is(standard, "Activate", "a{sv}")) {
+        if (m_requests || !std::exchange(m_activationWaits, true))
+            whenReady([this] { m_requests->activate(); });
+    } else if (is(standard, "Open", "asa{sv}")) {
+        whenReady([this, urls = urlsOf(arguments[0])] { m_requests->open(urls); });
+    } else if (is(standard, "ActivateAction", "sava{sv}")) {
+        whenReady([this, action = arguments[0].toString()] { m_requests->perform(action); });
+    } else {
+        return false;
+    }
+    answer({});
+    return true;
 }

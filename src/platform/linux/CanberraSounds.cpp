@@ -2,14 +2,12 @@
 
 #include "platform/linux/x11/XSettings.h"
 
+#include <QThreadPool>
+
 #include <canberra.h>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <optional>
-#include <thread>
 #include <utility>
 
 #include <dlfcn.h>
@@ -18,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr size_t mostWaiting = 3; // Sounds; more come too late to mean anything.
+constexpr int mostWaiting = 3; // Sounds; more come too late to mean anything.
 constexpr std::chrono::seconds serverPause(30); // Before a server that failed is tried again.
 
 const char *fileName(Sound sound)
@@ -46,33 +44,24 @@ bool desktopWantsSounds()
 /// there are no sounds.
 struct Library
 {
-    decltype(&ca_context_create) create = nullptr;
-    decltype(&ca_context_destroy) destroy = nullptr;
-    decltype(&ca_context_change_props) changeProperties = nullptr;
-    decltype(&ca_context_open) open = nullptr;
-    decltype(&ca_context_play) play = nullptr;
-
-    Library()
-    {
-        void *const handle = ::dlopen("libcanberra.so.0", RTLD_LAZY | RTLD_LOCAL);
-        if (handle == nullptr)
-            return;
-        resolve(handle, "ca_context_create", create);
-        resolve(handle, "ca_context_destroy", destroy);
-        resolve(handle, "ca_context_change_props", changeProperties);
-        resolve(handle, "ca_context_open", open);
-        resolve(handle, "ca_context_play", play);
-        usable = create && destroy && changeProperties && open && play;
-    }
-
-    bool usable = false;
+    void *handle = ::dlopen("libcanberra.so.0", RTLD_LAZY | RTLD_LOCAL);
+    decltype(&ca_context_create) create = resolve("ca_context_create");
+    decltype(&ca_context_destroy) destroy = resolve("ca_context_destroy");
+    decltype(&ca_context_change_props) changeProperties = resolve("ca_context_change_props");
+    decltype(&ca_context_open) open = resolve("ca_context_open");
+    decltype(&ca_context_play) play = resolve("ca_context_play");
 
 private:
-    template<typename Function>
-    static void resolve(void *handle, const char *name, Function &function)
+    struct Symbol
     {
-        function = reinterpret_cast<Function>(::dlsym(handle, name));
-    }
+        void *address;
+        template<typename Function>
+        operator Function *() const
+        {
+            return reinterpret_cast<Function *>(address);
+        }
+    };
+    Symbol resolve(const char *name) const { return { handle ? ::dlsym(handle, name) : nullptr }; }
 };
 
 /// The way to the sound server. One that is missing or has gone costs a failed
@@ -87,7 +76,7 @@ public:
 
     void play(const QByteArray &path)
     {
-        if (!m_library.usable)
+        if (m_library.handle == nullptr)
             return;
         if (m_context == nullptr && Clock::now() >= m_nextAttempt)
             open();
@@ -129,56 +118,41 @@ private:
 
 }
 
-struct CanberraSounds::Shared
+struct CanberraSounds::Thread
 {
-    QByteArray folder;
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<Sound> waiting;
-    bool ending = false;
+    Player player;
+    std::atomic<int> waiting = 0;
+    QThreadPool pool;
 };
 
 CanberraSounds::CanberraSounds(QByteArray folder)
-    : m_shared(std::make_shared<Shared>())
+    : m_folder(std::move(folder))
 {
-    m_shared->folder = std::move(folder);
 }
 
 /// Does not wait for the thread: a sound server that hangs must not keep the
 /// process from ending.
 CanberraSounds::~CanberraSounds()
 {
-    const std::lock_guard lock(m_shared->mutex);
-    m_shared->ending = true;
-    m_shared->changed.notify_one();
+    if (!m_thread)
+        return;
+    m_thread->pool.clear();
+    if (!m_thread->pool.waitForDone(0))
+        static_cast<void>(m_thread.release());
 }
 
 void CanberraSounds::play(Sound sound)
 {
-    {
-        const std::lock_guard lock(m_shared->mutex);
-        if (m_shared->waiting.size() >= mostWaiting)
-            return;
-        m_shared->waiting.push_back(sound);
-        m_shared->changed.notify_one();
+    if (!m_thread) {
+        m_thread = std::make_unique<Thread>();
+        m_thread->pool.setMaxThreadCount(1);
     }
-    if (!std::exchange(m_started, true))
-        std::thread(&CanberraSounds::run, m_shared).detach();
-}
-
-void CanberraSounds::run(const std::shared_ptr<Shared> &shared)
-{
-    Player player;
-    for (;;) {
-        std::unique_lock lock(shared->mutex);
-        shared->changed.wait(lock, [&] { return shared->ending || !shared->waiting.empty(); });
-        if (shared->ending)
-            return;
-        const Sound sound = shared->waiting.front();
-        shared->waiting.pop_front();
-        const QByteArray path = shared->folder + fileName(sound);
-        lock.unlock();
+    if (m_thread->waiting >= mostWaiting)
+        return;
+    ++m_thread->waiting;
+    m_thread->pool.start([thread = m_thread.get(), path = m_folder + fileName(sound)] {
+        --thread->waiting;
         if (desktopWantsSounds())
-            player.play(path);
-    }
+            thread->player.play(path);
+    });
 }

@@ -21,9 +21,7 @@ public:
     void play(Sound sound) override;
 
 private:
-    struct Shared;
-    static void run(const std::shared_ptr<Shared> &shared);
-
-    std::shared_ptr<Shared> m_shared; // With the thread, which may outlive us.
-    bool m_started = false;
+    struct Thread;
+    QByteArray m_folder;
+    std::unique_ptr<Thread> m_thread; // From the first sound on.
 };

@@ -1,6 +1,6 @@
 #include "platform/linux/DesktopEntries.h"
 
-#include "base/NativeFile.h"
+#include "platform/linux/KeyFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,32 +29,6 @@ void skipEnv(QStringList &words)
         words.removeFirst();
 }
 
-}
-
-QHash<QByteArray, QByteArray> keyFileGroup(const QByteArray &file, const QByteArray &group)
-{
-    QHash<QByteArray, QByteArray> values;
-    const QByteArray head = '[' + group + ']';
-    bool isInGroup = false;
-    for (qsizetype from = 0; from < file.size();) {
-        auto end = file.indexOf('\n', from);
-        end = end < 0 ? file.size() : end;
-        const auto line = QByteArrayView(file).sliced(from, end - from).trimmed();
-        from = end + 1;
-        if (line.startsWith('[')) {
-            if (isInGroup)
-                break;
-            isInGroup = line == head;
-            continue;
-        }
-        const auto equals = line.indexOf('=');
-        if (!isInGroup || equals <= 0 || line.startsWith('#'))
-            continue;
-        const auto key = line.first(equals).trimmed();
-        if (!key.endsWith(']')) // A language in brackets: most of the file is that.
-            values.insert(key.toByteArray(), line.sliced(equals + 1).trimmed().toByteArray());
-    }
-    return values;
 }
 
 DesktopEntries::DesktopEntries(QStringList folders)
@@ -170,8 +144,7 @@ void DesktopEntries::readEntry(const QString &path, const QString &identifier)
 {
     if (m_identifiers.contains(identifier))
         return; // A more important folder has it.
-    const auto content = NativeFile::read(QFile::encodeName(path));
-    const auto values = keyFileGroup(content.bytes.value_or(QByteArray()), "Desktop Entry");
+    const auto values = keyFileGroup(QFile::encodeName(path), "Desktop Entry");
     const bool isApplication
         = values.value("Type") == "Application" && values.value("Hidden") != "true";
     m_identifiers.insert(identifier, isApplication);

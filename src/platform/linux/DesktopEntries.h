@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QDateTime>
 #include <QHash>
 #include <QList>
@@ -9,10 +8,6 @@
 
 #include <optional>
 #include <utility>
-
-/// The values of one group ("Desktop Entry") of a file in the format that
-/// desktop entries have, without their translations.
-QHash<QByteArray, QByteArray> keyFileGroup(const QByteArray &file, const QByteArray &group);
 
 /// The installed applications' desktop entries, as far as they tell which of
 /// them a process is. Read when first asked, and again after a folder changed.

@@ -1,6 +1,5 @@
-#include "platform/linux/GioApplications.h"
-
 #include "base/FilePath.h"
+#include "platform/Applications.h"
 
 #include <QByteArray>
 #include <QByteArrayList>
@@ -11,15 +10,10 @@
 #include <gio/gio.h>
 
 #include <atomic>
-#include <memory>
+#include <functional>
 #include <utility>
 
 namespace {
-
-struct Unref
-{
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
 
 constexpr int revealLimit = 10000; // Milliseconds for a file manager, which may have to start.
 constexpr char startupIdKey[] = "vantle-startup-id";
@@ -50,47 +44,31 @@ QByteArray newStartupId(quint32 userTime)
         + QByteArray::number(++count) + "_TIME" + QByteArray::number(userTime);
 }
 
-struct Free
+/// The caller's own.
+GAppLaunchContext *newContext(quint32 userTime)
 {
-    void operator()(char *text) const { g_free(text); }
-};
-
-struct FreeList
-{
-    void operator()(GList *list) const { g_list_free_full(list, g_object_unref); }
-};
-
-using Text = std::unique_ptr<char, Free>;
-using AppInfo = std::unique_ptr<GAppInfo, Unref>;
-using AppInfos = std::unique_ptr<GList, FreeList>;
-
-std::unique_ptr<GAppLaunchContext, Unref> newContext(quint32 userTime)
-{
-    std::unique_ptr<GAppLaunchContext, Unref> context(
-        static_cast<GAppLaunchContext *>(g_object_new(contextType(), nullptr)));
+    auto *context = static_cast<GAppLaunchContext *>(g_object_new(contextType(), nullptr));
     const QByteArray id = newStartupId(userTime);
-    g_object_set_data_full(G_OBJECT(context.get()), startupIdKey, g_strdup(id.constData()), g_free);
+    g_object_set_data_full(G_OBJECT(context), startupIdKey, g_strdup(id.constData()), g_free);
     return context;
 }
 
 /// The content type of a file, or the one that stands for an address: by the name
 /// where that tells it, else by a look at the file.
-Text contentType(const QUrl &url)
+QByteArray contentType(const QUrl &url)
 {
     if (!url.isLocalFile())
-        return Text(g_strdup(("x-scheme-handler/" + url.scheme().toUtf8()).constData()));
+        return "x-scheme-handler/" + url.scheme().toUtf8();
     gboolean isUncertain = TRUE;
-    Text named(g_content_type_guess(FilePath::lastComponent(FilePath::fromUrl(url)).constData(),
-                                    nullptr, 0, &isUncertain));
+    g_autofree char *named = g_content_type_guess(
+        FilePath::lastComponent(FilePath::fromUrl(url)).constData(), nullptr, 0, &isUncertain);
     if (isUncertain == FALSE && !url.path().endsWith(u'/'))
         return named;
-    const std::unique_ptr<GFile, Unref> file(g_file_new_for_uri(url.toEncoded().constData()));
-    const std::unique_ptr<GFileInfo, Unref> info(
-        g_file_query_info(file.get(), G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
-                          G_FILE_QUERY_INFO_NONE, nullptr, nullptr));
-    if (const char *type = info ? g_file_info_get_content_type(info.get()) : nullptr)
-        return Text(g_strdup(type));
-    return named;
+    g_autoptr(GFile) file = g_file_new_for_uri(url.toEncoded().constData());
+    g_autoptr(GFileInfo) info = g_file_query_info(file, G_FILE_ATTRIBUTE_STANDARD_CONTENT_TYPE,
+                                                  G_FILE_QUERY_INFO_NONE, nullptr, nullptr);
+    const char *type = info ? g_file_info_get_content_type(info) : nullptr;
+    return type ? type : named;
 }
 
 OpenWithApp described(GAppInfo *info)
@@ -99,9 +77,11 @@ OpenWithApp described(GAppInfo *info)
     QString picture;
     if (icon != nullptr && G_IS_THEMED_ICON(icon))
         picture = QString::fromUtf8(g_themed_icon_get_names(G_THEMED_ICON(icon))[0]);
-    else if (icon != nullptr && G_IS_FILE_ICON(icon))
-        picture = QString::fromUtf8(
-            Text(g_file_get_path(g_file_icon_get_file(G_FILE_ICON(icon)))).get());
+    g_autofree char *path = icon != nullptr && G_IS_FILE_ICON(icon)
+        ? g_file_get_path(g_file_icon_get_file(G_FILE_ICON(icon)))
+        : nullptr;
+    if (path)
+        picture = QString::fromUtf8(path);
     return { QString::fromUtf8(g_app_info_get_id(info)),
              QString::fromUtf8(g_app_info_get_display_name(info)), picture };
 }
@@ -112,54 +92,67 @@ bool takesFiles(GAppInfo *info)
         && (g_app_info_supports_files(info) != FALSE || g_app_info_supports_uris(info) != FALSE);
 }
 
-}
-
-GioApplications::GioApplications(std::function<quint32()> userTime)
-    : m_userTime(std::move(userTime))
+/// GIO's knowledge of types and applications, and the file manager by its bus name.
+/// In a module of its own, which LateApplications loads.
+class GioApplications final : public Applications
 {
+public:
+    explicit GioApplications(std::function<quint32()> userTime)
+        : m_userTime(std::move(userTime))
+    {
+    }
+    void open(const QList<QUrl> &urls) override;
+    void open(const QList<QUrl> &urls, const QString &application) override;
+    QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override;
+    QList<InstalledApplication> all() override;
+    void reveal(const QList<QUrl> &urls) override;
+
+private:
+    std::function<quint32()> m_userTime;
+};
+
 }
 
 void GioApplications::open(const QList<QUrl> &urls)
 {
     const quint32 time = m_userTime();
     for (const QUrl &url : urls) {
-        const auto context = newContext(time);
-        g_app_info_launch_default_for_uri(url.toEncoded().constData(), context.get(), nullptr);
+        g_autoptr(GAppLaunchContext) context = newContext(time);
+        g_app_info_launch_default_for_uri(url.toEncoded().constData(), context, nullptr);
     }
 }
 
 void GioApplications::open(const QList<QUrl> &urls, const QString &application)
 {
-    const AppInfos all(g_app_info_get_all());
+    g_autolist(GAppInfo) all = g_app_info_get_all();
     const QByteArray identifier = application.toUtf8();
-    for (GList *link = all.get(); link != nullptr; link = link->next) {
+    for (GList *link = all; link != nullptr; link = link->next) {
         auto *info = static_cast<GAppInfo *>(link->data);
         if (identifier != g_app_info_get_id(info))
             continue;
         QByteArrayList addresses;
         for (const QUrl &url : urls)
             addresses.append(url.toEncoded());
-        GList *list = nullptr;
+        g_autoptr(GList) list = nullptr;
         for (QByteArray &address : addresses)
-            list = g_list_prepend(list, address.data());
-        list = g_list_reverse(list);
-        g_app_info_launch_uris(info, list, newContext(m_userTime()).get(), nullptr);
-        g_list_free(list);
+            list = g_list_append(list, address.data());
+        g_autoptr(GAppLaunchContext) context = newContext(m_userTime());
+        g_app_info_launch_uris(info, list, context, nullptr);
         return;
     }
 }
 
 QList<OpenWithApp> GioApplications::thatOpen(const QUrl &url, int limit)
 {
-    const Text type = contentType(url);
-    const AppInfos all(g_app_info_get_all_for_type(type.get()));
-    const AppInfo first(g_app_info_get_default_for_type(type.get(), FALSE));
+    const QByteArray type = contentType(url);
+    g_autolist(GAppInfo) all = g_app_info_get_all_for_type(type.constData());
+    g_autoptr(GAppInfo) first = g_app_info_get_default_for_type(type.constData(), FALSE);
     QList<OpenWithApp> found;
-    for (GList *link = all.get(); link != nullptr; link = link->next) {
+    for (GList *link = all; link != nullptr; link = link->next) {
         auto *info = static_cast<GAppInfo *>(link->data);
         if (!takesFiles(info))
             continue;
-        if (first && g_app_info_equal(info, first.get()) != FALSE)
+        if (first && g_app_info_equal(info, first) != FALSE)
             found.prepend(described(info));
         else
             found.append(described(info));
@@ -170,8 +163,8 @@ QList<OpenWithApp> GioApplications::thatOpen(const QUrl &url, int limit)
 QList<InstalledApplication> GioApplications::all()
 {
     QList<InstalledApplication> result;
-    const AppInfos all(g_app_info_get_all());
-    for (const GList *link = all.get(); link != nullptr; link = link->next) {
+    g_autolist(GAppInfo) all = g_app_info_get_all();
+    for (const GList *link = all; link != nullptr; link = link->next) {
         auto *info = static_cast<GAppInfo *>(link->data);
         const OpenWithApp application = described(info);
         if (!application.identifier.endsWith(QLatin1String(".desktop")))

@@ -1,11 +1,11 @@
 #include "platform/linux/HelperProcess.h"
 
 #include "confined/Confinement.h"
-#include "platform/linux/DecoderProtocol.h"
-#include "platform/linux/ProcessEnd.h"
+#include "decoder/DecoderProtocol.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QSet>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -142,4 +142,23 @@ void HelperProcess::end(End how)
         m_notifier->setEnabled(false);
     tellErrors();
     onEnd(how);
+}
+
+void endSoon(std::unique_ptr<QProcess> process)
+{
+    if (!process)
+        return;
+    process->disconnect();
+    // In reach until the end, where some may be left.
+    static auto *const ending = new QSet<QProcess *>;
+    QProcess *const left = process.release();
+    ending->insert(left);
+    const auto gone = [left] {
+        ending->remove(left);
+        left->deleteLater();
+    };
+    if (left->state() == QProcess::NotRunning)
+        return gone();
+    QObject::connect(left, &QProcess::finished, left, gone);
+    left->kill();
 }

@@ -51,3 +51,7 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
     bool m_ended = false;
 };
+
+/// Kills it, and waits for nothing: it may hang in the kernel on a file that never
+/// answers. The object goes when the process has ended. Main thread.
+void endSoon(std::unique_ptr<QProcess> process);

@@ -4,80 +4,43 @@
 
 #include <QHash>
 
-#include <array>
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace {
 
-struct Key
-{
-    int evdev;
-    int keyCode;
-    std::string_view us; // Unshifted and shifted characters on a US keyboard; a keypad's one.
+/// By their virtual codes, from 0 on; 0 where there is no such key.
+constexpr int evdevCodes[] = {
+    // What the main part types.
+    KEY_A, KEY_S, KEY_D, KEY_F, KEY_H, KEY_G, KEY_Z, KEY_X, KEY_C, KEY_V, KEY_102ND, KEY_B, KEY_Q,
+    KEY_W, KEY_E, KEY_R, KEY_Y, KEY_T, KEY_1, KEY_2, KEY_3, KEY_4, KEY_6, KEY_5, KEY_EQUAL, KEY_9,
+    KEY_7, KEY_MINUS, KEY_8, KEY_0, KEY_RIGHTBRACE, KEY_O, KEY_U, KEY_LEFTBRACE, KEY_I, KEY_P,
+    KEY_ENTER, KEY_L, KEY_J, KEY_APOSTROPHE, KEY_K, KEY_SEMICOLON, KEY_BACKSLASH, KEY_COMMA,
+    KEY_SLASH, KEY_N, KEY_M, KEY_DOT, KEY_TAB, KEY_SPACE, KEY_GRAVE,
+    // What it does not, and the keypad.
+    KEY_BACKSPACE, 0, KEY_ESC, KEY_RIGHTCTRL, KEY_LEFTCTRL, KEY_LEFTSHIFT, KEY_CAPSLOCK,
+    KEY_LEFTALT, KEY_LEFTMETA, KEY_RIGHTSHIFT, KEY_RIGHTALT, KEY_RIGHTMETA, 0, KEY_F17, KEY_KPDOT,
+    0, KEY_KPASTERISK, 0, KEY_KPPLUS, 0, KEY_NUMLOCK, KEY_VOLUMEUP, KEY_VOLUMEDOWN, KEY_MUTE,
+    KEY_KPSLASH, KEY_KPENTER, 0, KEY_KPMINUS, KEY_F18, KEY_F19, KEY_KPEQUAL, KEY_KP0, KEY_KP1,
+    KEY_KP2, KEY_KP3, KEY_KP4, KEY_KP5, KEY_KP6, KEY_KP7, KEY_F20, KEY_KP8, KEY_KP9, KEY_YEN,
+    KEY_RO, KEY_KPCOMMA,
+    // From F5 on.
+    KEY_F5, KEY_F6, KEY_F7, KEY_F3, KEY_F8, KEY_F9, KEY_HANJA, KEY_F11, KEY_HANGEUL, KEY_F13,
+    KEY_F16, KEY_F14, 0, KEY_F10, KEY_COMPOSE, KEY_F12, 0, KEY_F15, KEY_INSERT, KEY_HOME,
+    KEY_PAGEUP, KEY_DELETE, KEY_F4, KEY_END, KEY_F2, KEY_PAGEDOWN, KEY_F1, KEY_LEFT, KEY_RIGHT,
+    KEY_DOWN, KEY_UP
 };
 
-constexpr std::array keys {
-    Key { KEY_A, 0, "aA" },           Key { KEY_S, 1, "sS" },
-    Key { KEY_D, 2, "dD" },           Key { KEY_F, 3, "fF" },
-    Key { KEY_H, 4, "hH" },           Key { KEY_G, 5, "gG" },
-    Key { KEY_Z, 6, "zZ" },           Key { KEY_X, 7, "xX" },
-    Key { KEY_C, 8, "cC" },           Key { KEY_V, 9, "vV" },
-    Key { KEY_102ND, 10, "<>" },      Key { KEY_B, 11, "bB" },
-    Key { KEY_Q, 12, "qQ" },          Key { KEY_W, 13, "wW" },
-    Key { KEY_E, 14, "eE" },          Key { KEY_R, 15, "rR" },
-    Key { KEY_Y, 16, "yY" },          Key { KEY_T, 17, "tT" },
-    Key { KEY_1, 18, "1!" },          Key { KEY_2, 19, "2@" },
-    Key { KEY_3, 20, "3#" },          Key { KEY_4, 21, "4$" },
-    Key { KEY_6, 22, "6^" },          Key { KEY_5, 23, "5%" },
-    Key { KEY_EQUAL, 24, "=+" },      Key { KEY_9, 25, "9(" },
-    Key { KEY_7, 26, "7&" },          Key { KEY_MINUS, 27, "-_" },
-    Key { KEY_8, 28, "8*" },          Key { KEY_0, 29, "0)" },
-    Key { KEY_RIGHTBRACE, 30, "]}" }, Key { KEY_O, 31, "oO" },
-    Key { KEY_U, 32, "uU" },          Key { KEY_LEFTBRACE, 33, "[{" },
-    Key { KEY_I, 34, "iI" },          Key { KEY_P, 35, "pP" },
-    Key { KEY_ENTER, 36, "" },        Key { KEY_L, 37, "lL" },
-    Key { KEY_J, 38, "jJ" },          Key { KEY_APOSTROPHE, 39, "'\"" },
-    Key { KEY_K, 40, "kK" },          Key { KEY_SEMICOLON, 41, ";:" },
-    Key { KEY_BACKSLASH, 42, "\\|" }, Key { KEY_COMMA, 43, ",<" },
-    Key { KEY_SLASH, 44, "/?" },      Key { KEY_N, 45, "nN" },
-    Key { KEY_M, 46, "mM" },          Key { KEY_DOT, 47, ".>" },
-    Key { KEY_TAB, 48, "" },          Key { KEY_SPACE, 49, "  " },
-    Key { KEY_GRAVE, 50, "`~" },      Key { KEY_BACKSPACE, 51, "" },
-    Key { KEY_ESC, 53, "" },          Key { KEY_RIGHTCTRL, 54, "" },
-    Key { KEY_LEFTCTRL, 55, "" },     Key { KEY_LEFTSHIFT, 56, "" },
-    Key { KEY_CAPSLOCK, 57, "" },     Key { KEY_LEFTALT, 58, "" },
-    Key { KEY_LEFTMETA, 59, "" },     Key { KEY_RIGHTSHIFT, 60, "" },
-    Key { KEY_RIGHTALT, 61, "" },     Key { KEY_RIGHTMETA, 62, "" },
-    Key { KEY_F17, 64, "" },          Key { KEY_KPDOT, 65, "." },
-    Key { KEY_KPASTERISK, 67, "*" },  Key { KEY_KPPLUS, 69, "+" },
-    Key { KEY_NUMLOCK, 71, "" },      Key { KEY_VOLUMEUP, 72, "" },
-    Key { KEY_VOLUMEDOWN, 73, "" },   Key { KEY_MUTE, 74, "" },
-    Key { KEY_KPSLASH, 75, "/" },     Key { KEY_KPENTER, 76, "" },
-    Key { KEY_KPMINUS, 78, "-" },     Key { KEY_F18, 79, "" },
-    Key { KEY_F19, 80, "" },          Key { KEY_KPEQUAL, 81, "=" },
-    Key { KEY_KP0, 82, "0" },         Key { KEY_KP1, 83, "1" },
-    Key { KEY_KP2, 84, "2" },         Key { KEY_KP3, 85, "3" },
-    Key { KEY_KP4, 86, "4" },         Key { KEY_KP5, 87, "5" },
-    Key { KEY_KP6, 88, "6" },         Key { KEY_KP7, 89, "7" },
-    Key { KEY_F20, 90, "" },          Key { KEY_KP8, 91, "8" },
-    Key { KEY_KP9, 92, "9" },         Key { KEY_YEN, 93, "" },
-    Key { KEY_RO, 94, "" },           Key { KEY_KPCOMMA, 95, "," },
-    Key { KEY_F5, 96, "" },           Key { KEY_F6, 97, "" },
-    Key { KEY_F7, 98, "" },           Key { KEY_F3, 99, "" },
-    Key { KEY_F8, 100, "" },          Key { KEY_F9, 101, "" },
-    Key { KEY_HANJA, 102, "" },       Key { KEY_F11, 103, "" },
-    Key { KEY_HANGEUL, 104, "" },     Key { KEY_F13, 105, "" },
-    Key { KEY_F16, 106, "" },         Key { KEY_F14, 107, "" },
-    Key { KEY_F10, 109, "" },         Key { KEY_COMPOSE, 110, "" },
-    Key { KEY_F12, 111, "" },         Key { KEY_F15, 113, "" },
-    Key { KEY_INSERT, 114, "" },      Key { KEY_HOME, 115, "" },
-    Key { KEY_PAGEUP, 116, "" },      Key { KEY_DELETE, 117, "" },
-    Key { KEY_F4, 118, "" },          Key { KEY_END, 119, "" },
-    Key { KEY_F2, 120, "" },          Key { KEY_PAGEDOWN, 121, "" },
-    Key { KEY_F1, 122, "" },          Key { KEY_LEFT, 123, "" },
-    Key { KEY_RIGHT, 124, "" },       Key { KEY_DOWN, 125, "" },
-    Key { KEY_UP, 126, "" },
-};
+/// What the first keys type on a US keyboard, unshifted and shifted; likewise.
+constexpr std::string_view
+    usCharacters("aAsSdDfFhHgGzZxXcCvV<>bBqQwWeErRyYtT"
+                 "1!2@3#4$6^5%=+9(7&-_8*0)]}oOuU[{iIpP\0\0lLjJ'\"kK;:\\|,</?nNmM.>\0\0  `~",
+                 102);
+
+/// What keypads type on every layout, from that virtual code on.
+constexpr int firstKeypadCode = 65;
+constexpr std::string_view keypadCharacters(". * +     /  -  =01234567 89  ,");
 
 struct NamedKey
 {
@@ -86,27 +49,14 @@ struct NamedKey
 };
 
 // A key code's first symbol is the one that it is bound by.
-constexpr std::array namedKeys {
-    NamedKey { 0xff0d, 36 },  NamedKey { 0xff09, 48 },  NamedKey { 0xfe20, 48 },
-    NamedKey { 0x0020, 49 },  NamedKey { 0xff08, 51 },  NamedKey { 0xff1b, 53 },
-    NamedKey { 0xff8d, 76 },  NamedKey { 0xff50, 115 }, NamedKey { 0xff55, 116 },
-    NamedKey { 0xffff, 117 }, NamedKey { 0xff57, 119 }, NamedKey { 0xff56, 121 },
-    NamedKey { 0xff51, 123 }, NamedKey { 0xff53, 124 }, NamedKey { 0xff54, 125 },
-    NamedKey { 0xff52, 126 }, NamedKey { 0xffbe, 122 }, NamedKey { 0xffbf, 120 },
-    NamedKey { 0xffc0, 99 },  NamedKey { 0xffc1, 118 }, NamedKey { 0xffc2, 96 },
-    NamedKey { 0xffc3, 97 },  NamedKey { 0xffc4, 98 },  NamedKey { 0xffc5, 100 },
-    NamedKey { 0xffc6, 101 }, NamedKey { 0xffc7, 109 }, NamedKey { 0xffc8, 103 },
-    NamedKey { 0xffc9, 111 },
+constexpr NamedKey namedKeys[] = {
+    { 0xff0d, 36 },  { 0xff09, 48 },  { 0xfe20, 48 },  { 0x0020, 49 },  { 0xff08, 51 },
+    { 0xff1b, 53 },  { 0xff8d, 76 },  { 0xff50, 115 }, { 0xff55, 116 }, { 0xffff, 117 },
+    { 0xff57, 119 }, { 0xff56, 121 }, { 0xff51, 123 }, { 0xff53, 124 }, { 0xff54, 125 },
+    { 0xff52, 126 }, { 0xffbe, 122 }, { 0xffbf, 120 }, { 0xffc0, 99 },  { 0xffc1, 118 },
+    { 0xffc2, 96 },  { 0xffc3, 97 },  { 0xffc4, 98 },  { 0xffc5, 100 }, { 0xffc6, 101 },
+    { 0xffc7, 109 }, { 0xffc8, 103 }, { 0xffc9, 111 },
 };
-
-const Key *find(int Key::*member, int value)
-{
-    for (const Key &key : keys) {
-        if (key.*member == value)
-            return &key;
-    }
-    return nullptr;
-}
 
 bool isDigitRow(int evdevCode)
 {
@@ -167,46 +117,46 @@ namespace KeyCodes {
 
 int fromEvdev(int evdevCode)
 {
-    const Key *key = find(&Key::evdev, evdevCode);
-    return key ? key->keyCode : none;
+    const auto *found = std::ranges::find(evdevCodes, evdevCode);
+    return evdevCode == 0 || found == std::end(evdevCodes) ? none
+                                                           : static_cast<int>(found - evdevCodes);
 }
 
 int toEvdev(int keyCode)
 {
-    const Key *key = find(&Key::keyCode, keyCode);
-    return key ? key->evdev : none;
+    const int code = keyCode >= 0 && keyCode < static_cast<int>(std::size(evdevCodes))
+        ? evdevCodes[keyCode]
+        : 0;
+    return code == 0 ? none : code;
 }
 
 int fromSymbol(uint32_t symbol)
 {
-    for (const NamedKey &key : namedKeys) {
-        if (key.symbol == symbol)
-            return key.keyCode;
-    }
-    return none;
+    const auto *key = std::ranges::find(namedKeys, symbol, &NamedKey::symbol);
+    return key == std::end(namedKeys) ? none : key->keyCode;
 }
 
 uint32_t toSymbol(int keyCode)
 {
-    for (const NamedKey &key : namedKeys) {
-        if (key.keyCode == keyCode)
-            return key.symbol;
-    }
-    return 0;
+    const auto *key = std::ranges::find(namedKeys, keyCode, &NamedKey::keyCode);
+    return key == std::end(namedKeys) ? 0 : key->symbol;
 }
 
 QString characters(int evdevCode, ShiftKey shift, const SymbolTable &table)
 {
     const size_t level = shift == ShiftKey::Down ? 1 : 0;
-    const Key *key = find(&Key::evdev, evdevCode);
-    const std::string_view us = key ? key->us : std::string_view();
-    // A keypad types the same on every layout, and with NumLock's help only.
-    if (us.size() == 1 || (isDigitRow(evdevCode) && level == 0))
-        return QChar(QLatin1Char(us.front()));
+    const auto code = static_cast<size_t>(fromEvdev(evdevCode)); // Beyond all where there is none.
+    // With NumLock's help only.
+    const size_t onKeypad = code - firstKeypadCode;
+    if (onKeypad < keypadCharacters.size() && keypadCharacters[onKeypad] != ' ')
+        return QChar(QLatin1Char(keypadCharacters[onKeypad]));
+    const char us = code * 2 + level < usCharacters.size() ? usCharacters[code * 2 + level] : '\0';
+    if (isDigitRow(evdevCode) && level == 0)
+        return QChar(QLatin1Char(us));
     const int column = latinColumn(table);
     const int row = evdevCode - table.firstEvdevCode;
     if (column == none)
-        return us.size() > level ? QString(QLatin1Char(us[level])).toLower() : QString();
+        return us != '\0' ? QString(QLatin1Char(us)).toLower() : QString();
     const size_t place = static_cast<size_t>(row * table.width + column) + level;
     if (row < 0 || place >= table.symbols.size())
         return {};

@@ -12,7 +12,9 @@
 class LateApplications final : public Applications
 {
 public:
-    /// userTime: as GioApplications takes it.
+    /// userTime: the moment of the user's act in the window system's time, told to
+    /// what is started, because window managers keep behind what does not know it.
+    /// Called on any thread.
     explicit LateApplications(std::function<quint32()> userTime);
     void open(const QList<QUrl> &urls) override;
     void open(const QList<QUrl> &urls, const QString &application) override;

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <dlfcn.h>
+#include <glib.h>
 #include <sys/stat.h>
 
 #include <condition_variable>
@@ -15,30 +16,22 @@
 
 namespace {
 
-void *symbol(void *library, const char *name)
-{
-    return library ? dlsym(library, name) : nullptr;
-}
-
 /// The desktop mounts these below a folder of the user's, where every program finds
 /// their files. None for what it has not mounted, or cannot.
 QUrl mounted(const QUrl &url)
 {
     // Loaded by the first such address: the program's start does without the library.
-    static void *library = dlopen("libgio-2.0.so.0", RTLD_NOW | RTLD_LOCAL);
-    static const auto fileFor
-        = reinterpret_cast<void *(*)(const char *)>(symbol(library, "g_file_new_for_uri"));
-    static const auto pathOf
-        = reinterpret_cast<char *(*)(void *)>(symbol(library, "g_file_get_path"));
-    static const auto unref = reinterpret_cast<void (*)(void *)>(symbol(library, "g_object_unref"));
-    static const auto release = reinterpret_cast<void (*)(void *)>(symbol(library, "g_free"));
-    if (!fileFor || !pathOf || !unref || !release)
+    static void *const gio = ::dlopen("libgio-2.0.so.0", RTLD_NOW | RTLD_LOCAL);
+    if (!gio)
         return url;
+    static const auto fileFor
+        = reinterpret_cast<void *(*)(const char *)>(::dlsym(gio, "g_file_new_for_uri"));
+    static const auto pathOf = reinterpret_cast<char *(*)(void *)>(::dlsym(gio, "g_file_get_path"));
+    static const auto unref = reinterpret_cast<void (*)(void *)>(::dlsym(gio, "g_object_unref"));
     const QByteArray address = url.toEncoded();
     void *file = fileFor(address.constData());
-    char *path = pathOf(file);
+    g_autofree char *path = pathOf(file);
     const QByteArray local(path);
-    release(path);
     unref(file);
     return local.isEmpty() ? url : FilePath::toUrl(FilePath::standardized(local));
 }

@@ -2,6 +2,7 @@
 
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
+#include "platform/linux/KeyFile.h"
 
 #include <QXmlStreamReader>
 
@@ -18,22 +19,6 @@ QByteArray pathFrom(QByteArray value, const QByteArray &home)
     if (value == "~" || value.startsWith("~/"))
         return home + value.mid(1);
     return value.startsWith('/') ? FilePath::standardized(value) : QByteArray();
-}
-
-/// The value of a key in a group of an INI file; the group "" stands before the
-/// first one. KDE marks a value that holds variables with "[$e]" after its key.
-QByteArray iniValue(const QByteArray &file, const QByteArray &group, const QByteArray &key)
-{
-    QByteArray current;
-    for (const QByteArray &raw : NativeFile::read(file).bytes.value_or(QByteArray()).split('\n')) {
-        const QByteArray line = raw.trimmed();
-        const auto equals = line.indexOf('=');
-        if (line.startsWith('[') && line.endsWith(']'))
-            current = line.mid(1, line.size() - 2);
-        else if (current == group && line.left(equals).trimmed().replace("[$e]", "") == key)
-            return line.mid(equals + 1).trimmed();
-    }
-    return {};
 }
 
 /// The value of a property of an xfconf channel file.
@@ -53,8 +38,7 @@ QByteArray xfconfValue(const QByteArray &file, const QString &property)
 QByteArray firstOf(std::initializer_list<QByteArray> values, const QByteArray &home)
 {
     for (const QByteArray &value : values) {
-        const QByteArray path = pathFrom(value, home);
-        if (!path.isEmpty())
+        if (QByteArray path = pathFrom(value, home); !path.isEmpty())
             return path;
     }
     return {};
@@ -65,17 +49,18 @@ QByteArray told(const Directories &directories, const QStringList &desktops)
     const QByteArray &config = directories.config;
     if (desktops.contains(QLatin1String("KDE"))) {
         const QByteArray file = config + "/spectaclerc";
-        return firstOf({ iniValue(file, "ImageSave", "imageSaveLocation"),
-                         iniValue(file, "Save", "defaultSaveLocation"),
-                         iniValue(file, "General", "screenshotLocation") },
+        return firstOf({ keyFileGroup(file, "ImageSave").value("imageSaveLocation"),
+                         keyFileGroup(file, "Save").value("defaultSaveLocation"),
+                         keyFileGroup(file, "General").value("screenshotLocation") },
                        directories.home);
     }
     if (desktops.contains(QLatin1String("XFCE"))) {
         const QByteArray channel
             = config + "/xfce4/xfconf/xfce-perchannel-xml/xfce4-screenshooter.xml";
-        return firstOf({ xfconfValue(channel, QStringLiteral("screenshot-dir")),
-                         iniValue(config + "/xfce4/xfce4-screenshooter", "", "screenshot_dir") },
-                       directories.home);
+        return firstOf(
+            { xfconfValue(channel, QStringLiteral("screenshot-dir")),
+              keyFileGroup(config + "/xfce4/xfce4-screenshooter", "").value("screenshot_dir") },
+            directories.home);
     }
     return {};
 }
@@ -86,9 +71,9 @@ QByteArray screenshotFolder(const Directories &directories, const QStringList &d
 {
     QByteArray folder = told(directories, desktops);
     if (folder.isEmpty() && !desktops.contains(QLatin1String("GNOME")))
-        folder = firstOf(
-            { iniValue(directories.config + "/flameshot/flameshot.ini", "General", "savePath") },
-            directories.home);
+        folder = firstOf({ keyFileGroup(directories.config + "/flameshot/flameshot.ini", "General")
+                               .value("savePath") },
+                         directories.home);
     if (!folder.isEmpty())
         return folder;
     const bool gnome = desktops.contains(QLatin1String("GNOME"));

@@ -117,7 +117,7 @@ bool SingleInstance::serve()
 {
     QDBusConnection bus = busNamed(m_connection);
     m_service = std::make_unique<ApplicationService>();
-    bus.registerObject(objectPath, m_service.get(), QDBusConnection::ExportAdaptors);
+    bus.registerVirtualObject(objectPath, m_service.get());
     bus.interface()->setTimeout(callLimit);
     const auto reply
         = bus.interface()->registerService(busName, QDBusConnectionInterface::DontQueueService,

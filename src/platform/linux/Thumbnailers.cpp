@@ -3,7 +3,7 @@
 #include "base/MainQueue.h"
 #include "base/NativeFile.h"
 #include "confined/FileTree.h"
-#include "platform/linux/ProcessEnd.h"
+#include "platform/linux/HelperProcess.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,39 +21,19 @@ namespace {
 constexpr double longestRun = 10; // Seconds.
 constexpr const char *group = "Thumbnailer Entry";
 
-struct FreeList
-{
-    void operator()(char **list) const { g_strfreev(list); }
-};
-struct FreeText
-{
-    void operator()(char *text) const { g_free(text); }
-};
-struct FreeFile
-{
-    void operator()(GKeyFile *file) const { g_key_file_free(file); }
-};
-using Text = std::unique_ptr<char, FreeText>;
-
-Text valueOf(GKeyFile *file, const char *key)
-{
-    return Text(g_key_file_get_string(file, group, key, nullptr));
-}
-
 /// In the words of the entry; the first is the path of the program.
 QByteArrayList commandIn(GKeyFile *file)
 {
-    const Text tried = valueOf(file, "TryExec");
-    const Text line = valueOf(file, "Exec");
-    char **words = nullptr;
-    if ((tried && !Text(g_find_program_in_path(tried.get()))) || !line
-        || !g_shell_parse_argv(line.get(), nullptr, &words, nullptr))
+    g_autofree char *tried = g_key_file_get_string(file, group, "TryExec", nullptr);
+    g_autofree char *line = g_key_file_get_string(file, group, "Exec", nullptr);
+    g_auto(GStrv) words = nullptr;
+    g_autofree char *found = tried ? g_find_program_in_path(tried) : nullptr;
+    if ((tried && !found) || !line || !g_shell_parse_argv(line, nullptr, &words, nullptr))
         return {};
-    const std::unique_ptr<char *, FreeList> owned(words);
-    const Text program(g_find_program_in_path(words[0]));
+    g_autofree char *program = g_find_program_in_path(words[0]);
     if (!program)
         return {};
-    QByteArrayList command { program.get() };
+    QByteArrayList command { program };
     for (char **word = words + 1; *word != nullptr; ++word)
         command.append(*word);
     return command;
@@ -62,31 +42,17 @@ QByteArrayList commandIn(GKeyFile *file)
 /// The fields of one word of a command.
 QByteArray filled(const QByteArray &word, const Thumbnailers::Job &job, const QByteArray &output)
 {
+    const QHash<char, QByteArray> fields { { 'i', job.input },
+                                           { 'u', job.uri },
+                                           { 'o', output },
+                                           { 's', QByteArray::number(job.edge) },
+                                           { '%', "%" } };
     QByteArray result;
     for (qsizetype i = 0; i < word.size(); ++i) {
-        if (word[i] != '%' || i + 1 == word.size()) {
+        if (word[i] == '%' && i + 1 < word.size())
+            result += fields.value(word[++i]);
+        else
             result += word[i];
-            continue;
-        }
-        switch (word[++i]) {
-        case 'i':
-            result += job.input;
-            break;
-        case 'u':
-            result += job.uri;
-            break;
-        case 'o':
-            result += output;
-            break;
-        case 's':
-            result += QByteArray::number(job.edge);
-            break;
-        case '%':
-            result += '%';
-            break;
-        default:
-            break;
-        }
     }
     return result;
 }
@@ -142,16 +108,15 @@ std::optional<QByteArrayList> Thumbnailers::commandFor(const QByteArrayList &typ
         for (const QByteArray &folder : m_dataFolders) {
             const QDir entries(QFile::decodeName(folder + "/thumbnailers"));
             for (const QString &name : entries.entryList({ QStringLiteral("*.thumbnailer") })) {
-                const std::unique_ptr<GKeyFile, FreeFile> file(g_key_file_new());
+                g_autoptr(GKeyFile) file = g_key_file_new();
                 const QByteArray path = QFile::encodeName(entries.filePath(name));
-                if (!g_key_file_load_from_file(file.get(), path.constData(), G_KEY_FILE_NONE,
-                                               nullptr))
+                if (!g_key_file_load_from_file(file, path.constData(), G_KEY_FILE_NONE, nullptr))
                     continue;
-                const QByteArrayList command = commandIn(file.get());
-                const Text listed = valueOf(file.get(), "MimeType");
-                if (command.isEmpty() || !listed)
+                const QByteArrayList command = commandIn(file);
+                g_autofree char *listed = g_key_file_get_string(file, group, "MimeType", nullptr);
+                if (command.isEmpty())
                     continue;
-                for (const QByteArray &type : QByteArray(listed.get()).split(';')) {
+                for (const QByteArray &type : QByteArray(listed).split(';')) {
                     if (!type.isEmpty() && !m_commands.contains(type))
                         m_commands.insert(type, command);
                 }

@@ -3,7 +3,6 @@
 #include "base/MainQueue.h"
 #include "platform/StatusItem.h"
 #include "platform/linux/TrayHosts.h"
-#include "platform/linux/TrayLabel.h"
 
 #include <QIcon>
 #include <QSystemTrayIcon>
@@ -12,6 +11,13 @@
 #include <optional>
 
 class QMenu;
+
+/// Where a tray's menu is drawn: by the program that shows the tray, over the
+/// bus, or by ours.
+enum class TrayKind { Notifier, Embedded };
+
+/// A title such that the tray's menu shows it as it is.
+QString trayLabel(const QString &title, TrayKind kind);
 
 /// The item in a tray of either kind, as soon as the session has one. The toolkit
 /// decides on the kind when it is first asked about trays and stays with it until

@@ -2,14 +2,12 @@
 
 #include "base/AtomicFile.h"
 #include "base/NativeFile.h"
-
-#include <QList>
+#include "platform/linux/KeyFile.h"
 
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -39,20 +37,6 @@ QByteArray execArgument(const QByteArray &path)
     return escapedValue(quoted + '"');
 }
 
-/// The value of a key in the entry's own group; empty where it is missing.
-QByteArray valueOf(const QByteArray &entry, const QByteArray &key)
-{
-    bool ownGroup = false;
-    for (const QByteArray &line : entry.split('\n')) {
-        if (line.startsWith('['))
-            ownGroup = line.trimmed() == "[Desktop Entry]";
-        const auto equals = line.indexOf('=');
-        if (ownGroup && equals > 0 && line.left(equals).trimmed() == key)
-            return line.mid(equals + 1).trimmed();
-    }
-    return {};
-}
-
 QString lastError()
 {
     return QString::fromStdString(std::system_category().message(errno));
@@ -69,9 +53,9 @@ XdgAutostart::XdgAutostart(const QByteArray &configFolder, QByteArray executable
 
 bool XdgAutostart::enabled() const
 {
-    const auto content = NativeFile::read(m_path);
-    return content.bytes && valueOf(*content.bytes, "Hidden") != "true"
-        && valueOf(*content.bytes, "X-GNOME-Autostart-enabled") != "false";
+    const auto entry = keyFileGroup(m_path, "Desktop Entry");
+    return !entry.isEmpty() && entry.value("Hidden") != "true"
+        && entry.value("X-GNOME-Autostart-enabled") != "false";
 }
 
 std::optional<QString> XdgAutostart::setEnabled(bool enabled)
@@ -88,23 +72,19 @@ std::optional<QString> XdgAutostart::setEnabled(bool enabled)
 
 QByteArray XdgAutostart::entry() const
 {
-    return "[Desktop Entry]\n"
-           "Type=Application\n"
-           "Name=Vantle\n"
-           "Icon=app.vantleapp.Vantle\n"
-           "Exec="
-        + execArgument(m_executable)
-        + "\n"
-          "TryExec="
-        + escapedValue(m_executable)
-        + "\n"
-          "Terminal=false\n"
-          "StartupNotify=false\n";
+    return R"([Desktop Entry]
+Type=Application
+Name=Vantle
+Icon=app.vantleapp.Vantle
+Terminal=false
+StartupNotify=false
+Exec=)" + execArgument(m_executable)
+        + "\nTryExec=" + escapedValue(m_executable) + '\n';
 }
 
 QByteArray XdgAutostart::runningExecutable()
 {
-    std::array<char, PATH_MAX> buffer {};
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    return length > 0 ? QByteArray(buffer.data(), length) : QByteArray();
+    std::error_code unreadable;
+    return QByteArray::fromStdString(
+        std::filesystem::read_symlink("/proc/self/exe", unreadable).native());
 }
