@@ -81,6 +81,9 @@ TEST(Confinement, NothingOnTheListGetsOut)
     f_owner_ex owner { F_OWNER_PID, ::getppid() };
     timespec longAgo[2] = {};
     timex clock = {};
+    const uint64_t how[3] = { O_WRONLY, 0, 0 };
+    const unsigned long processors = 1;
+    const rlimit more { 4096, 4096 };
     iovec part { longAgo, sizeof longAgo };
     const std::string again = "/proc/self/fd/" + std::to_string(given);
     enum Where { Everywhere, WithLandlock, NotInPrograms, Pretended };
@@ -103,10 +106,7 @@ TEST(Confinement, NothingOnTheListGetsOut)
         { "create", [&] { return ::open(other, O_RDONLY | O_CREAT, 0600); } },
         { "create without a name", [&] { return ::open(folder, O_TMPFILE | O_RDWR, 0600); } },
         { "open by the newer call",
-          [&] {
-              const uint64_t how[3] = { O_WRONLY, 0, 0 };
-              return call(openat2Call, AT_FDCWD, file, how, sizeof how);
-          } },
+          [&] { return call(openat2Call, AT_FDCWD, file, how, sizeof how); } },
         { "create by the older call", [&] { return ::creat(other, 0600); } },
         { "truncate", [&] { return ::truncate(file, 0); } },
         { "unlink", [&] { return ::unlink(file); } },
@@ -159,11 +159,8 @@ TEST(Confinement, NothingOnTheListGetsOut)
           NotInPrograms },
         { "others' priority", [] { return ::setpriority(PRIO_PROCESS, ::getppid(), 0); } },
         { "others' processors",
-          [] {
-              cpu_set_t all;
-              CPU_ZERO(&all);
-              CPU_SET(0, &all);
-              return ::sched_setaffinity(::getppid(), sizeof all, &all);
+          [&] {
+              return call(SYS_sched_setaffinity, ::getppid(), sizeof processors, &processors);
           } },
         { "program", [] { return ::execl("/bin/true", "true", nullptr); }, NotInPrograms },
         { "process", [] { return ::fork(); }, NotInPrograms },
@@ -192,11 +189,7 @@ TEST(Confinement, NothingOnTheListGetsOut)
         { "rings", [] { return call(SYS_io_uring_setup, 1, nullptr); } },
         { "faults", [] { return call(SYS_userfaultfd, 0); } },
         { "modules", [] { return call(SYS_init_module, nullptr, 0, ""); } },
-        { "more of its own limits",
-          [] {
-              const rlimit more { 4096, 4096 };
-              return ::setrlimit(RLIMIT_NOFILE, &more);
-          } },
+        { "more of its own limits", [&] { return ::setrlimit(RLIMIT_NOFILE, &more); } },
     // Memory and descriptors.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
         { "gigabytes",
@@ -310,10 +303,7 @@ int main(int argc, char **argv)
         kind = each;
         if (isProgram() && Confined::landlockVersion() == 0)
             continue; // None is run there.
-        std::printf("%s\n",
-                    each == Calls::Decoding ? "Decoding"
-                        : isProgram()       ? "Program"
-                                            : "Playing");
+        std::printf("Confinement %d\n", static_cast<int>(each));
         std::fflush(stdout);
         const pid_t child = ::fork();
         if (child == 0)

@@ -115,24 +115,21 @@ TEST(ApplicationResolverTest, EntriesAreToldApartByProgramAndArguments)
 {
     const struct
     {
-        const char *what;
         QByteArray executable;
         std::string words;
         const char *identifier;
     } cases[] = {
-        { "by name", "/usr/bin/thunar", "thunar\0"s, "thunar" },
-        { "by an argument", "/usr/bin/thunar", "thunar\0--bulk-rename\0/a\0"s, "bulk" },
-        { "replaced by an update", "/usr/bin/thunar (deleted)", "/usr/bin/thunar\0"s, "thunar" },
-        { "behind a wrapper", "/usr/lib/fox-esr/fox-esr", "fox\0"s, "fox" },
-        { "the one in that place", "/opt/fox/fox-esr", "/opt/fox/fox-esr\0"s, "fox-own" },
-        { "a script", "/usr/bin/python3.11", "/usr/bin/python3\0-s\0/usr/bin/find-it\0"s,
-          "kde-find" },
-        { "behind env", "/usr/lib/office/program/soffice.bin",
-          "/usr/lib/office/program/soffice.bin\0--writer\0"s, "writer" },
-        { "hidden by the user", "/usr/bin/gone", "gone\0"s, "" },
-        { "any program of a sandbox", "/usr/bin/flatpak", "flatpak\0run\0"s, "" },
-        { "unknown", "/usr/bin/unknown", "unknown\0"s, "" },
-        { "nothing known of it", "", "", "" },
+        { "/usr/bin/thunar", "thunar\0"s, "thunar" },
+        { "/usr/bin/thunar", "thunar\0--bulk-rename\0/a\0"s, "bulk" },
+        { "/usr/bin/thunar (deleted)", "/usr/bin/thunar\0"s, "thunar" }, // By an update.
+        { "/usr/lib/fox-esr/fox-esr", "fox\0"s, "fox" }, // Behind a wrapper.
+        { "/opt/fox/fox-esr", "/opt/fox/fox-esr\0"s, "fox-own" },
+        { "/usr/bin/python3.11", "/usr/bin/python3\0-s\0/usr/bin/find-it\0"s, "kde-find" },
+        { "/usr/lib/office/soffice.bin", "/usr/lib/office/soffice.bin\0--writer\0"s, "writer" },
+        { "/usr/bin/gone", "gone\0"s, "" }, // Hidden by the user.
+        { "/usr/bin/flatpak", "flatpak\0run\0"s, "" },
+        { "/usr/bin/unknown", "unknown\0"s, "" },
+        { "", "", "" },
     };
     World w;
     w.install("system/bulk", "thunar --bulk-rename %F");
@@ -148,7 +145,7 @@ TEST(ApplicationResolverTest, EntriesAreToldApartByProgramAndArguments)
     w.install("system/org.x.App", "/usr/bin/flatpak run org.x.App", "X-Flatpak=org.x.App");
     w.write("system/broken.desktop", "[Desktop Entry\nExec");
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(c.words);
         w.run(c.executable, words(c.words));
         w.restart();
         EXPECT_EQ(w.identifier(), c.identifier);

@@ -1,10 +1,9 @@
-#include "platform/linux/LookSources.h"
+#include "base/NativeFile.h"
+#include "platform/linux/LinuxLook.h"
 #include "platform/linux/ThemeIcons.h"
-#include "platform/linux/TrayLabel.h"
+#include "platform/linux/TrayItem.h"
 #include "platform/linux/x11/XSettings.h"
 
-#include <QDir>
-#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -58,10 +57,7 @@ class Theme
 public:
     Theme()
     {
-        QDir(m_folder.path()).mkpath(QStringLiteral("breeze/32"));
-        QFile index(m_folder.filePath(QStringLiteral("breeze/index.theme")));
-        EXPECT_TRUE(index.open(QIODevice::WriteOnly));
-        index.write("[Icon Theme]\nName=Test\nDirectories=32\n[32]\nSize=32\n");
+        write("breeze/index.theme", "[Icon Theme]\nName=Test\nDirectories=32\n[32]\nSize=32\n");
         QIcon::setThemeSearchPaths({ m_folder.path() });
     }
     ~Theme()
@@ -70,28 +66,20 @@ public:
         QIcon::setThemeName(m_name);
         QIcon::setFallbackThemeName(m_fallback);
     }
-    void add(const char *name, Qt::GlobalColor color) const
+    /// A picture of that colour; a name without a folder is one of our own.
+    void draw(const QByteArray &name, const QByteArray &color) const
     {
-        QImage image(32, 32, QImage::Format_RGB32);
-        image.fill(color);
-        const QString file = QStringLiteral("breeze/32/%1.png").arg(QLatin1String(name));
-        EXPECT_TRUE(image.save(m_folder.filePath(file)));
+        write(name + ".svg",
+              "<svg xmlns='http://www.w3.org/2000/svg' width='32' height='32'>"
+              "<rect width='32' height='32' fill='"
+                  + color + "'/></svg>");
     }
-    QString ownPictures() const
-    {
-        draw(QStringLiteral("document.svg"), "black");
-        draw(QStringLiteral("web-page.svg"), "white");
-        return m_folder.path();
-    }
+    QString folder() const { return m_folder.path(); }
 
 private:
-    void draw(const QString &name, const QByteArray &color) const
+    void write(const QByteArray &name, const QByteArray &bytes) const
     {
-        QFile file(m_folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 1 1'><rect width='1' "
-                   "height='1' fill='"
-                   + color + "'/></svg>");
+        EXPECT_TRUE(NativeFile::writeNew(m_folder.path().toUtf8() + '/' + name, bytes));
     }
 
     QTemporaryDir m_folder;
@@ -148,14 +136,13 @@ TEST(LookSourcesTest, ThePortalSpeaksFirstAndEveryWishForEaseCounts)
     };
     const char *const scheme = "org.freedesktop.appearance color-scheme";
     const char *const scale = "org.gnome.desktop.interface text-scaling-factor";
-    struct Case
+    const auto motion = Motion::Reduced;
+    const struct
     {
         const char *what;
         LookSources sources;
         DesktopLook look;
-    };
-    const auto motion = Motion::Reduced;
-    const Case cases[] = {
+    } cases[] = {
         { "nothing", {}, {} },
         { "dark", { portal(scheme, 1U), theme("Adwaita") }, { Scheme::Dark } },
         { "light over a dark theme", { portal(scheme, 2U), theme("X-dark") }, { Scheme::Light } },
@@ -189,10 +176,12 @@ TEST(LookSourcesTest, ThePortalSpeaksFirstAndEveryWishForEaseCounts)
 TEST(ThemeIconsTest, TheNameAloneDecidesAndWhatTheThemeLacksIsOurs)
 {
     const Theme theme;
-    theme.add("application-pdf", Qt::red);
-    theme.add("folder", Qt::blue);
-    theme.add("x-office-document", Qt::green); // What office types have in common.
-    ThemeIcons icons(theme.ownPictures());
+    theme.draw("breeze/32/application-pdf", "red");
+    theme.draw("breeze/32/folder", "blue");
+    theme.draw("breeze/32/x-office-document", "lime"); // What office types have in common.
+    theme.draw("document", "black");
+    theme.draw("web-page", "white");
+    ThemeIcons icons(theme.folder());
     const auto color
         = [&](const char *address) { return colorOf(icons.forFile(QUrl(QLatin1String(address)))); };
     EXPECT_EQ(color("file:///nowhere/A%20b.PDF"), QColor(Qt::red));
@@ -206,11 +195,10 @@ TEST(ThemeIconsTest, TheNameAloneDecidesAndWhatTheThemeLacksIsOurs)
 
 TEST(TrayLabelTest, MarksOfMnemonicsAreWrittenSoThatTheyShow)
 {
-    struct Case
+    const struct
     {
         QString title, notifier, embedded;
-    };
-    const Case cases[] = {
+    } cases[] = {
         { u"Quit"_qs, u"Quit"_qs, u"Quit"_qs },
         { u"a_b__c"_qs, u"a__b____c"_qs, u"a_b__c"_qs },
         // Over the bus the first one becomes an underscore: "_R & D & more".

@@ -33,44 +33,29 @@ QByteArray utf16(const QString &text)
 
 TEST(DropFormatsTest, AListOfAddressesKeepsEveryByteOfItsFiles)
 {
-    struct Case
-    {
-        const char *what;
-        QByteArray list;
-        QByteArrayList urls;
-    };
     const QByteArray own = QSysInfo::machineHostName().toUtf8();
-    const Case cases[] = {
-        { "order, comments, blank lines, every line ending",
-          "# c\r\nfile:///b\r\n\r\nfile:///a\nfile:///c\r",
+    const std::pair<QByteArray, QByteArrayList> cases[] = {
+        // Order, comments, blank lines, every line ending.
+        { "# c\r\nfile:///b\r\n\r\nfile:///a\nfile:///c\r",
           { "file:///b", "file:///a", "file:///c" } },
-        { "escapes of bytes that are not UTF-8", "file:///n%E4me%ff", { "file:///n%E4me%FF" } },
-        { "the same bytes without escapes", "file:///n\xE4me", { "file:///n%E4me" } },
-        { "newline and percent sign in a name",
-          "file:///a%0Ab/100%25",
-          { "file:///a%0Ab/100%25" } },
-        { "broken escapes",
-          "file:///a%\nfile:///b%4\nfile:///c%zz",
+        // Bytes that are not UTF-8, with escapes and without.
+        { "file:///n%E4me%ff\nfile:///n\xE4me", { "file:///n%E4me%FF", "file:///n%E4me" } },
+        { "file:///a%0Ab/100%25", { "file:///a%0Ab/100%25" } },
+        // Broken escapes.
+        { "file:///a%\nfile:///b%4\nfile:///c%zz",
           { "file:///a%25", "file:///b%254", "file:///c%25zz" } },
-        { "this machine's names",
-          "file://localhost/a\nfile://" + own + "/b\nfile:/c",
+        { "file://localhost/a\nfile://" + own + "/b\nfile:/c",
           { "file:///a", "file:///b", "file:///c" } },
-        { "another machine, no path, a zero byte",
-          "file://elsewhere/a\nfile://\nfile:x\nfile:///a%00b",
-          {} },
-        { "a directory, and a way around",
-          "file:///a/b/\nfile:///a/./c/../d",
-          { "file:///a/b/", "file:///a/d" } },
-        { "a place in a page", "file:///page.html#top", { "file:///page.html" } },
-        { "web addresses among files",
-          "https://example.org/?a=b#c\nFILE:///a\nnonsense\n://",
+        // Another machine, no path, a zero byte.
+        { "file://elsewhere/a\nfile://\nfile:x\nfile:///a%00b", {} },
+        { "file:///a/b/\nfile:///a/./c/../d", { "file:///a/b/", "file:///a/d" } },
+        { "file:///page.html#top", { "file:///page.html" } },
+        { "https://example.org/?a=b#c\nFILE:///a\nnonsense\n://",
           { "https://example.org/?a=b#c", "file:///a" } },
-        { "zero bytes at the end", QByteArray("file:///a\r\n\0\0", 13), { "file:///a" } },
+        { QByteArray("file:///a\r\n\0\0", 13), { "file:///a" } },
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(spelled(c.list), c.urls);
-    }
+    for (const auto &[list, urls] : cases)
+        EXPECT_EQ(spelled(list), urls) << list.constData();
 }
 
 TEST(DropFormatsTest, HostileDataIsReadToItsEnd)
@@ -95,41 +80,31 @@ TEST(DropFormatsTest, HostileDataIsReadToItsEnd)
 
 TEST(DropFormatsTest, TextIsDecodedAsItsTypeSays)
 {
-    struct Case
+    const QString umlaut = u"\u00e4b"_s;
+    const struct
     {
-        const char *what;
         QString type;
         QByteArray data;
         QString text;
-    };
-    const QString umlaut = u"\u00e4b"_s;
-    const Case cases[] = {
-        { "UTF-8", u"text/plain;charset=UTF-8"_s, "\xc3\xa4"_ba + "b", umlaut },
-        { "UTF-8 with a zero at its end", u"UTF8_STRING"_s,
-          QByteArray("\xc3\xa4"
-                     "b\0",
-                     4),
-          umlaut },
-        { "valid UTF-8 of unknown kind", u"text/plain"_s, "\xc3\xa4"_ba + "b", umlaut },
-        { "not valid, so Latin-1", u"text/plain"_s, "\xe4"_ba + "b", umlaut },
-        { "Latin-1", u"STRING"_s, "\xe4"_ba + "b", umlaut },
-        { "UTF-16", u"text/unicode"_s, utf16(umlaut), umlaut },
-        { "UTF-16 with a mark", u"text/unicode"_s, utf16(u"\ufeff"_s + umlaut), umlaut },
-        { "UTF-16, the other way round", u"text/unicode"_s, QByteArray("\0a\0b", 4), u"ab"_s },
-        { "a lone link", u"text/html"_s, "<html><body> <a href=\"https://a.b/c\">title</a>\n",
+    } cases[] = {
+        { u"text/plain;charset=UTF-8"_s, "\xc3\xa4"_ba + "b", umlaut },
+        { u"UTF8_STRING"_s, "\xc3\xa4"_ba + "b" + '\0', umlaut },
+        { u"text/plain"_s, "\xc3\xa4"_ba + "b", umlaut },
+        { u"text/plain"_s, "\xe4"_ba + "b", umlaut },
+        { u"STRING"_s, "\xe4"_ba + "b", umlaut },
+        { u"text/unicode"_s, utf16(umlaut), umlaut },
+        { u"text/unicode"_s, utf16(u"\ufeff"_s + umlaut), umlaut },
+        { u"text/unicode"_s, QByteArray("\0a\0b", 4), u"ab"_s },
+        { u"text/html"_s, "<html><body> <a href=\"https://a.b/c\">title</a>\n",
           u"https://a.b/c"_s },
-        { "a lone picture", u"text/html"_s, "<img src=\"https://a.b/c.png\" alt=x>",
-          u"https://a.b/c.png"_s },
-        { "a picture in a link", u"text/html"_s, "<a href='https://a.b/'><img src='c.png'></a>",
-          u"https://a.b/"_s },
-        { "a page", u"text/html"_s, "<p>one <a href=\"https://a.b/\">two</a></p><p>three",
+        { u"text/html"_s, "<img src=\"https://a.b/c.png\" alt=x>", u"https://a.b/c.png"_s },
+        { u"text/html"_s, "<a href='https://a.b/'><img src='c.png'></a>", u"https://a.b/"_s },
+        { u"text/html"_s, "<p>one <a href=\"https://a.b/\">two</a></p><p>three",
           u"one two\nthree"_s },
-        { "a page in UTF-16", u"text/html"_s, utf16(u"<b>bold</b>"_s), u"bold"_s },
+        { u"text/html"_s, utf16(u"<b>bold</b>"_s), u"bold"_s },
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(DropFormats::text(c.type, c.data), c.text);
-    }
+    for (const auto &c : cases)
+        EXPECT_EQ(DropFormats::text(c.type, c.data), c.text) << qPrintable(c.type) << c.data.data();
 }
 
 TEST(DropFormatsTest, APageReadsNoFileThatItNames)
@@ -187,13 +162,12 @@ TEST(DragFormatsTest, EachKindOfEntryIsOfferedAsItsTargetsTakeIt)
     const auto list = u"text/uri-list"_s, plain = u"text/plain"_s, jpeg = u"image/jpeg"_s;
     const auto gnome = u"x-special/gnome-copied-files"_s, mate = u"x-special/mate-copied-files"_s;
     const auto none = QByteArray("none");
-    struct Case
+    const struct
     {
         const char *what;
         QList<QUrl> urls;
         QList<std::pair<QString, QByteArray>> drag, clipboard; // A path stands for its content.
-    };
-    const Case cases[] = {
+    } cases[] = {
         { "files",
           { folder, file },
           { { list, "file:///a%20b/raw_%E4\r\nfile:///c\r\n" }, { plain, none } },
@@ -222,7 +196,7 @@ TEST(DragFormatsTest, EachKindOfEntryIsOfferedAsItsTargetsTakeIt)
           { { jpeg, "/p.jpeg" }, { plain, "/p.jpeg" } } },
         { "two pictures", { picture, picture }, { { jpeg, none } }, { { jpeg, none } } },
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         const auto drag = DragFormats::formatsFor(c.urls, "/texts");
         // Targets prefer the first.

@@ -1,4 +1,5 @@
 #include "base/NativeFile.h"
+#include "platform/linux/ScreenshotFolder.h"
 #include "platform/linux/SystemLanguages.h"
 #include "platform/linux/XdgAutostart.h"
 #include "platform/linux/XdgDirectories.h"
@@ -34,9 +35,8 @@ private:
 
 void write(const QString &path, const QByteArray &bytes)
 {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
+    NativeFile::remove(path.toUtf8());
+    ASSERT_TRUE(NativeFile::writeNew(path.toUtf8(), bytes));
 }
 
 }
@@ -93,7 +93,7 @@ TEST(XdgDirectoriesTest, TheDownloadsFolderIsTheOneThatTheDesktopNames)
     const std::pair<QByteArray, QByteArray> cases[] = {
         { "# XDG_DOWNLOAD_DIR=\"/commented\"\n", "" },
         { "XDG_DOWNLOAD_DIR=\"$HOME/Geladenes\"\nXDG_MUSIC_DIR=\"/m\"\n", "/home/anna/Geladenes" },
-        { "XDG_DOWNLOAD_DIR=\"/mnt/a \\\"b\\\" \\$c/\"", "/mnt/a \"b\" $c" },
+        { R"(XDG_DOWNLOAD_DIR="/mnt/a \"b\" \$c/")", "/mnt/a \"b\" $c" },
         { "XDG_DOWNLOAD_DIR=\"/one\"\n  XDG_DOWNLOAD_DIR = \"/two\"\n", "/two" },
         { "XDG_DOWNLOAD_DIR=\"$HOME/\"\n", "" },
         { "XDG_DOWNLOAD_DIR=\"$HOMER/x\"\n", "" },
@@ -145,4 +145,41 @@ TEST(XdgAutostartTest, OnWritesAnEntryAndOffRemovesItAndTheSessionMaySwitchItOff
     write(config.filePath(u"autostart"_qs), "a file where the folder should be");
     for (const bool on : { true, false })
         EXPECT_TRUE(autostart.setEnabled(on).value_or(QString()).contains(u"directory"_qs));
+}
+
+TEST(ScreenshotFolder, IsWhatTheRunningDesktopSays)
+{
+    const QTemporaryDir directory;
+    Directories directories;
+    directories.home = directory.path().toUtf8();
+    directories.config = directories.home + "/.config";
+    directories.pictures = directories.home + "/Bilder";
+    const QByteArray fallback = directories.pictures + "/Screenshots";
+    const auto folder = [&](const char *desktop) {
+        return screenshotFolder(directories, QString::fromLatin1(desktop).split(QLatin1Char(':')));
+    };
+    for (const char *desktop : { "", "KDE", "XFCE", "ubuntu:GNOME", "Openbox" })
+        EXPECT_EQ(folder(desktop), fallback) << desktop;
+
+    const auto tell = [&](const char *name, const QByteArray &bytes) {
+        write(directory.filePath(u".config"_qs + QLatin1String(name)), bytes);
+    };
+    tell("/flameshot/flameshot.ini", "[Shortcuts]\nsavePath=/wrong\n[General]\nsavePath=/shots/\n");
+    tell("/spectaclerc", "[Save]\ndefaultSaveLocation=file:///old%20place/\n");
+    tell("/xfce4/xfce4-screenshooter", "app=none\nscreenshot_dir=~/xfce old\n");
+    EXPECT_EQ(folder("KDE"), "/old place");
+    EXPECT_EQ(folder("XFCE"), directories.home + "/xfce old");
+    EXPECT_EQ(folder("Openbox"), "/shots");
+    EXPECT_EQ(folder("GNOME"), fallback) << "whose own tool has no such setting";
+
+    tell("/spectaclerc",
+         "[ImageSave]\nimageSaveLocation[$e]=file://$HOME/new/\n"
+         "[Save]\ndefaultSaveLocation=file:///old/\n");
+    tell("/xfce4/xfconf/xfce-perchannel-xml/xfce4-screenshooter.xml",
+         R"(<channel name="xfce4-screenshooter" version="1.0"><property name="actions"/>
+          <property name="screenshot-dir" type="string" value="file:///new/xfce"/></channel>)");
+    EXPECT_EQ(folder("KDE"), directories.home + "/new");
+    EXPECT_EQ(folder("XFCE"), "/new/xfce");
+    tell("/xfce4/xfconf/xfce-perchannel-xml/xfce4-screenshooter.xml", "<channel><broken");
+    EXPECT_EQ(folder("XFCE"), directories.home + "/xfce old");
 }

@@ -1,8 +1,7 @@
 #include "platform/linux/JsonPreferences.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
+#include "base/NativeFile.h"
+
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -16,18 +15,21 @@ const QString keyA = QStringLiteral("a");
 
 struct World
 {
-    World() { QDir(config.path()).mkdir(QStringLiteral("Vantle")); }
-    QString path(const char *name) const { return config.filePath(QLatin1String(name)); }
-    void write(const char *name, const QByteArray &bytes) const
+    World() { NativeFile::makeFolder(path("Vantle")); }
+    QByteArray path(const QByteArray &name) const { return config.path().toUtf8() + '/' + name; }
+    void write(const QByteArray &name, const QByteArray &bytes) const
     {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        NativeFile::remove(path(name));
+        ASSERT_TRUE(NativeFile::writeNew(path(name), bytes));
     }
-    QByteArray read(const char *name) const
+    QByteArray read(const QByteArray &name) const
     {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("missing");
+        return NativeFile::read(path(name)).bytes.value_or(QByteArrayLiteral("missing"));
+    }
+    mode_t mode(const QByteArray &name) const
+    {
+        struct stat status = {};
+        return ::lstat(path(name), &status) == 0 ? status.st_mode & 0777 : 0;
     }
     JsonPreferences start() const { return JsonPreferences(config.path().toUtf8()); }
     QTemporaryDir config;
@@ -55,18 +57,12 @@ TEST(JsonPreferencesTest, ValuesAreKeptWithTheirTypesAndUnknownKeysStay)
 TEST(JsonPreferencesTest, NothingIsWrittenBeforeTheFirstChangeAndThenForTheUserAlone)
 {
     const World w;
-    ASSERT_TRUE(QDir(w.config.path()).rmdir(QStringLiteral("Vantle")));
+    NativeFile::remove(w.path("Vantle"));
     auto preferences = w.start();
-    EXPECT_FALSE(QFileInfo::exists(w.path("Vantle")));
-
+    EXPECT_EQ(w.mode("Vantle"), 0U);
     preferences.setValue(keyA, 1);
-    struct stat status
-    {
-    };
-    ASSERT_EQ(::stat(qPrintable(w.path("Vantle/preferences.json")), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
-    ASSERT_EQ(::stat(qPrintable(w.path("Vantle")), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0700u);
+    EXPECT_EQ(w.mode("Vantle/preferences.json"), 0600U);
+    EXPECT_EQ(w.mode("Vantle"), 0700U);
 }
 
 TEST(JsonPreferencesTest, WhatCannotBeReadCountsAsEmptyAndIsSetAside)
@@ -91,24 +87,20 @@ TEST(JsonPreferencesTest, WhatCannotBeReadCountsAsEmptyAndIsSetAside)
 
 TEST(JsonPreferencesTest, AFolderOrPipeInItsPlaceIsSetAsideWithoutWaiting)
 {
-    for (const bool folder : { true, false }) {
-        SCOPED_TRACE(folder);
+    for (const auto make : { ::mkdir, ::mkfifo }) {
         const World w;
-        const QByteArray path = w.path("Vantle/preferences.json").toUtf8();
-        ASSERT_EQ(folder ? ::mkdir(path, 0700) : ::mkfifo(path, 0600), 0);
+        ASSERT_EQ(make(w.path("Vantle/preferences.json"), 0700), 0);
         w.start().setValue(keyA, 1);
         EXPECT_EQ(w.start().value(keyA).toInt(), 1);
-        EXPECT_TRUE(QFileInfo::exists(w.path("Vantle/preferences-broken.json")));
+        EXPECT_EQ(w.mode("Vantle/preferences-broken.json"), 0700U);
     }
 }
 
 TEST(JsonPreferencesTest, OfALinkTheTargetIsReplacedOrSetAside)
 {
     const World w;
-    QDir(w.config.path()).mkdir(QStringLiteral("dotfiles"));
-    ASSERT_EQ(::symlink("../dotfiles/vantle.json", qPrintable(w.path("Vantle/preferences.json"))),
-              0);
     w.write("dotfiles/vantle.json", "{\"a\":1}");
+    ASSERT_EQ(::symlink("../dotfiles/vantle.json", w.path("Vantle/preferences.json")), 0);
     auto preferences = w.start();
     EXPECT_EQ(preferences.value(keyA).toInt(), 1);
     preferences.setValue(keyA, 2);
@@ -118,19 +110,18 @@ TEST(JsonPreferencesTest, OfALinkTheTargetIsReplacedOrSetAside)
     w.start().setValue(keyA, 3);
     EXPECT_EQ(w.read("dotfiles/preferences-broken.json"), "oops");
     EXPECT_TRUE(w.read("dotfiles/vantle.json").contains("3"));
-    EXPECT_TRUE(QFileInfo(w.path("Vantle/preferences.json")).isSymLink());
+    EXPECT_EQ(w.mode("Vantle/preferences.json"), 0777U) << "still a link";
 }
 
 TEST(JsonPreferencesTest, AFailedWriteHoldsForThisRunAndTheNextChangeTriesAgain)
 {
     const World w;
-    ASSERT_TRUE(QDir(w.config.path()).rmdir(QStringLiteral("Vantle")));
     w.write("Vantle", "a file where the folder should be");
     auto preferences = w.start();
     preferences.setValue(keyA, 1);
     EXPECT_EQ(preferences.value(keyA).toInt(), 1);
 
-    ASSERT_TRUE(QFile::remove(w.path("Vantle")));
+    NativeFile::remove(w.path("Vantle"));
     preferences.setValue(keyA, 1);
     EXPECT_EQ(w.start().value(keyA).toInt(), 1);
 }
@@ -138,11 +129,11 @@ TEST(JsonPreferencesTest, AFailedWriteHoldsForThisRunAndTheNextChangeTriesAgain)
 TEST(JsonPreferencesTest, ThePredecessorsPreferencesAreReadIfTheyAreAnObject)
 {
     const World w;
-    EXPECT_FALSE(JsonPreferences::predecessor(w.config.path().toUtf8()));
+    const auto found = [&] { return JsonPreferences::predecessor(w.config.path().toUtf8()); };
+    EXPECT_FALSE(found());
     w.write("me.ondra.app.json", "[]");
-    EXPECT_FALSE(JsonPreferences::predecessor(w.config.path().toUtf8()));
+    EXPECT_FALSE(found());
     w.write("me.ondra.app.json", "{\"dockToEdge\":false}");
-    const auto object = JsonPreferences::predecessor(w.config.path().toUtf8());
-    ASSERT_TRUE(object);
-    EXPECT_EQ(object->value(QStringLiteral("dockToEdge")), QJsonValue(false));
+    ASSERT_TRUE(found());
+    EXPECT_EQ(found()->value(QStringLiteral("dockToEdge")), QJsonValue(false));
 }
