@@ -15,10 +15,8 @@ os.environ["VANTLE"] = str(BUILD / "bin/vantle")
 
 import desktop as virtual  # noqa: E402
 import peers  # noqa: E402
-from program import Program  # noqa: E402
-from test_storage import state_of  # noqa: E402
+from program import Program, state_of  # noqa: E402
 
-virtual.FIRST_DISPLAY = 90  # Tests may run beside.
 ICON = BUILD / "share/vantle/icons/tray-full.svg"
 BARE = [BUILD / "bin/bench_bare_tray", ICON]
 COPYQ = ["copyq"]

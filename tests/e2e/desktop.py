@@ -1,5 +1,6 @@
 """A virtual X desktop of its own: server, session bus, window manager, fresh home, pointer."""
 import contextlib
+import functools
 import os
 import re
 import shutil
@@ -7,15 +8,16 @@ import signal
 import socket
 import subprocess
 import tempfile
+import threading
 import time
 import uuid
 from pathlib import Path
 
+from gi.repository import Gio, GLib
 from Xlib import X, XK, display as xdisplay, error
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
-FIRST_DISPLAY = 70
 PATIENCE = float(os.environ.get("VANTLE_PATIENCE", 1))  # For a program that was built to run slowly.
 
 # Every file and folder is drawn in one flat colour of its own, so that icons
@@ -55,16 +57,10 @@ def wait_for(predicate, timeout=10.0, what=None):
         time.sleep(0.02)
 
 
-def display_owner(number):
-    """The process whose server has the display, if it lives; a dead one's lock is the next server's to take."""
-    try:
-        owner = int(Path(f"/tmp/.X{number}-lock").read_text())
-        os.kill(owner, 0)
-        return owner
-    except (FileNotFoundError, ProcessLookupError, ValueError):
-        return None
-    except PermissionError:
-        return owner
+@functools.lru_cache
+def main_loop():
+    """Where services of the tests answer."""
+    threading.Thread(target=GLib.MainLoop().run, daemon=True).start()
 
 
 class Rect(tuple):
@@ -165,28 +161,19 @@ class Desktop:
         path.write_bytes(text if isinstance(text, bytes) else text.encode())
         return path
 
-    def _start_server(self):
-        for number in range(FIRST_DISPLAY, FIRST_DISPLAY + 100):
-            if display_owner(number):
-                continue
-            name = f":{number}"
-            server = self.start("Xvfb", "Xvfb", name, "-screen", "0", "{}x{}x24".format(*self.size),
-                                "-nolisten", "tcp", "-noreset")
-            wait_for(lambda: server.poll() is not None
-                     or display_owner(number) == server.pid and self._connect(name), what="the X server")
-            if self.display:
-                self.environment["DISPLAY"] = name
-                return
-        raise AssertionError("no free display")
+    def files(self, *names):
+        """Small files of these names at home, each with its name in it."""
+        return [self.write(self.home / name, os.fsencode(name)) for name in names]
 
-    def _connect(self, name):
-        try:
-            self.display = xdisplay.Display(name)
-        except (error.DisplayConnectionError, OSError):
-            return False
+    def _start_server(self):
+        self.start("Xvfb", "Xvfb", "-displayfd", "1", "-screen", "0", "{}x{}x24".format(*self.size), "-nolisten", "tcp",
+                   "-noreset")
+        log = self.logs / "Xvfb.log"
+        number = wait_for(lambda: re.search(r"^(\d+)\n", log.read_text(), re.MULTILINE), what="the X server")[1]
+        self.environment["DISPLAY"] = f":{number}"
+        self.display = xdisplay.Display(f":{number}")
         self.display.set_error_handler(lambda *_: None)  # Windows of others may go at any time.
         self.root = self.display.screen().root
-        return True
 
     def _start_bus(self):
         self.start("bus", "dbus-daemon", "--session", "--nofork", "--nopidfile",
@@ -196,6 +183,40 @@ class Desktop:
     def _bus_listens(self):
         with socket.socket(socket.AF_UNIX) as attempt:
             return attempt.connect_ex(str(self.root_dir / "run/bus")) == 0
+
+    @functools.cached_property
+    def bus(self):
+        flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+        bus = Gio.DBusConnection.new_for_address_sync(self.environment["DBUS_SESSION_BUS_ADDRESS"], flags, None, None)
+        bus.set_exit_on_close(False)
+        return bus
+
+    def call(self, name, path, method, form=None, *arguments):
+        """What a method, named with its interface, returns."""
+        interface, _, method = method.rpartition(".")
+        packed = GLib.Variant(form, arguments) if form else None
+        return self.bus.call_sync(name, path, interface, method, packed, None, 0, 5000).unpack()
+
+    def call_bus(self, method, form=None, *arguments):
+        return self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", f"org.freedesktop.DBus.{method}", form,
+                         *arguments)
+
+    def is_named(self, name):
+        return self.call_bus("NameHasOwner", "(s)", name)[0]
+
+    def serve(self, name, path, interface, answer, properties=None):
+        """A service of the test's own. Answer gets a method's name, its arguments and its call, on a thread of the
+        harness, and gives what makes the variant to return. The name's number is for Gio.bus_unown_name."""
+        main_loop()
+
+        def called(_bus, _sender, _path, _interface, method, arguments, invocation):
+            answered = answer(method, arguments.unpack(), invocation)
+            invocation.return_value(answered and GLib.Variant(answered[0], answered[1:]))
+        node = Gio.DBusNodeInfo.new_for_xml(f"<node>{interface}</node>")
+        self.bus.register_object(path, node.interfaces[0], called, lambda *key: GLib.Variant(*properties[key[-1]]), None)
+        number = Gio.bus_own_name_on_connection(self.bus, name, 0, None, None)
+        wait_for(lambda: self.is_named(name), what=name)
+        return number
 
     def start_window_manager(self):
         name = self.window_manager
@@ -216,6 +237,9 @@ class Desktop:
         return subprocess.run([os.fspath(c) for c in command], env=self.environment, check=True,
                               stdin=subprocess.DEVNULL, capture_output=True, timeout=30, **options).stdout
 
+    def clipboard(self, kind="UTF8_STRING"):
+        return self.run("xclip", "-o", "-selection", "clipboard", "-t", kind).decode()
+
     def end(self, process, how=signal.SIGTERM):
         """Ends a program and its group, and waits for it."""
         try:
@@ -230,6 +254,8 @@ class Desktop:
         self.processes.pop(process.pid, None)
 
     def close(self):
+        for action in self.at_end:
+            action()
         if self.display:
             try:
                 self.display.close()
@@ -238,18 +264,16 @@ class Desktop:
         for process in reversed(list(self.processes.values())):
             # The server takes its lock file away only when it is asked to end.
             self.end(process, signal.SIGTERM if process.args[0] == "Xvfb" else signal.SIGKILL)
-        for pid in self._marked_processes():  # What the bus or a program started behind our back.
+        for pid in self.marked_processes():  # What the bus or a program started behind our back.
             try:
                 os.kill(pid, signal.SIGKILL)
             except ProcessLookupError:
                 pass
-        for action in self.at_end:
-            action()
         for mount in reversed(self.mounts):
             subprocess.run(["umount", "-l", mount], check=False)
         shutil.rmtree(self.root_dir, ignore_errors=True)
 
-    def _marked_processes(self):
+    def marked_processes(self):
         mark = f"VANTLE_E2E={self.token}".encode()
         for entry in Path("/proc").iterdir():
             if entry.name.isdigit():
@@ -280,26 +304,17 @@ class Desktop:
         near = b"".join(b"[%s-%s]" % (re.escape(bytes([max(c - 3, 0)])), re.escape(bytes([min(c + 3, 255)])))
                         for c in reversed(colour))
         run = re.compile(b"(?:" + near + b".){4,}", re.DOTALL)
-        blobs, open_blobs = [], []
+        blobs = []
         for row in range(height):
             line = data[row * width * 4:(row + 1) * width * 4]
-            next_open = []
             for match in run.finditer(line):
                 left, right = (match.start() + 3) // 4, match.end() // 4
-                touching = [b for b in open_blobs if left <= b[2] and right >= b[0]]
-                blob = [left, row, right, row + 1, 0]
-                for other in touching:
+                blob = [left, row, right, row + 1, right - left]
+                for other in [b for b in blobs if b[3] >= row and left <= b[2] and right >= b[0]]:  # It touches them.
+                    blobs.remove(other)
                     blob = [min(blob[0], other[0]), min(blob[1], other[1]), max(blob[2], other[2]), row + 1,
                             blob[4] + other[4]]
-                    open_blobs.remove(other)
-                    if other in next_open:
-                        next_open.remove(other)
-                blob[4] += right - left
-                next_open.append(blob)
-                open_blobs.append(blob)
-            blobs += [b for b in open_blobs if b not in next_open]
-            open_blobs = next_open
-        blobs += open_blobs
+                blobs.append(blob)
         return sorted((Rect((x + b[0], y + b[1], b[2] - b[0], b[3] - b[1])) for b in blobs if b[4] >= smallest),
                       key=lambda r: (r.y, r.x))
 
@@ -318,6 +333,10 @@ class Desktop:
     def cardinal(self, window, name):
         value = self.property(window, name)
         return value[0] if value is not None and len(value) else None
+
+    def atoms(self, window, name):
+        """The names in a property that is a list of atoms."""
+        return {self.display.get_atom_name(atom) for atom in self.property(window, name) or ()}
 
     def title(self, window):
         value = self.property(window, "_NET_WM_NAME")
@@ -381,6 +400,9 @@ class Desktop:
         self.root.send_event(event.ClientMessage(window=window, client_type=self.atom(kind), data=(32, values)),
                              event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         self.display.sync()
+
+    def wait_for_focus(self, title, timeout=5):
+        wait_for(lambda: self.focused_title() == title, timeout, f"{title} to have the keyboard")
 
     def activate(self, window):
         self.message(window, "_NET_ACTIVE_WINDOW", 2, X.CurrentTime)
@@ -449,20 +471,19 @@ class Desktop:
             time.sleep(0.03)
 
     def keys(self, *names):
-        """Presses keys together, by keysym name, and lets them go in reverse order."""
+        """Presses keys together, by keysym name or number, and lets them go in reverse order."""
         with self.held(*names):
             pass
 
-    def tap(self, code):
-        """Presses a key by its number."""
-        for kind in (X.KeyPress, X.KeyRelease):
-            xtest.fake_input(self.display, kind, code)
-            self.display.sync()
-            time.sleep(0.03)
+    def type(self, *names):
+        """Presses keys one after the other."""
+        for name in names:
+            self.keys(name)
 
     @contextlib.contextmanager
     def held(self, *names):
-        codes = [self.display.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
+        codes = [name if isinstance(name, int) else self.display.keysym_to_keycode(XK.string_to_keysym(name))
+                 for name in names]
 
         def each(kind, order):
             for code in order:

@@ -2,17 +2,19 @@
 import base64
 import functools
 import http.server
+import io
 import itertools
 import json
-import os
-import struct
 import sys
 import threading
 import time
-import zlib
 from pathlib import Path
 
-from desktop import FILE_COLOUR, FOLDER_COLOUR, wait_for
+from Xlib import X, Xatom, display as xdisplay
+from Xlib.protocol import event
+
+from desktop import FILE_COLOUR, wait_for
+from program import file_url
 
 HERE = Path(__file__).parent
 LEFT = (0, 0, 480, 390)
@@ -23,13 +25,12 @@ IMAGE_COLOUR = (0x4C, 0xAF, 0x20)
 DROP_COLOUR = (0x33, 0x55, 0x77)
 
 
-def png(width, height, colour):
-    """A picture of one colour."""
-    def chunk(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-    rows = (b"\0" + bytes(colour) * width) * height
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
-            + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+def picture(width, height, colour, form="PNG"):
+    """A picture of one colour, as the bytes of its file."""
+    from PIL import Image  # Not installed for ./run, which needs no pictures.
+    data = io.BytesIO()
+    Image.new("RGB", (width, height), colour).save(data, form)
+    return data.getvalue()
 
 
 def colour_places(desktop, window, colour, count=1, **options):
@@ -58,20 +59,15 @@ class FileManager:
     def __init__(self, desktop, name, folder, place=LEFT):
         self.desktop = desktop
         self.name = name
+        Path(folder).mkdir(parents=True, exist_ok=True)
         known = {w.id for w in desktop.windows(Path(folder).name)}
         self.process = desktop.start(f"{name}-{Path(folder).name}", *self.commands[name], folder)
         self.window = wait_for(lambda: next((w for w in desktop.windows(Path(folder).name) if w.id not in known),
                                             None), 20, f"{name} to show {folder}")
         desktop.place(self.window, *place)
 
-    def icons(self, count=1):
+    def icons(self, count=1, colour=FILE_COLOUR):
         """Where its files' icons stand; the sidebar's small ones are left out."""
-        return self._large(FILE_COLOUR, count)
-
-    def folders(self, count=1):
-        return self._large(FOLDER_COLOUR, count)
-
-    def _large(self, colour, count):
         return colour_places(self.desktop, self.window, colour, count, smallest=500)
 
     @property
@@ -128,11 +124,9 @@ class Firefox:
         rect = colour_places(self.desktop, self.window, colour)[0]
         return (rect.x + 60, rect.centre[1]) if colour == TEXT_COLOUR else rect.centre  # Its mark stands before it.
 
-    def dropped(self):
-        """The name, size and text of what was dropped on the page, as the page saw it."""
-        title = wait_for(lambda: next((t for t in [self.desktop.title(self.window)] if "got " in t), None), 10,
-                         "the page to get a drop")
-        return title.split(" — ")[0].split(" - Chromium")[0]
+    def wait_for_drop(self, what):
+        """The address or the names, sizes and texts of the files that were dropped on the page, as the page saw it."""
+        wait_for(lambda: self.desktop.title(self.window).startswith(f"got {what}"), 10, f"the page to get {what}")
 
 
 class Chromium(Firefox):
@@ -144,7 +138,7 @@ class Chromium(Firefox):
 
 def write_page(folder, link, text):
     folder.mkdir()
-    (folder / "picture.png").write_bytes(png(120, 80, IMAGE_COLOUR))
+    (folder / "picture.png").write_bytes(picture(120, 80, IMAGE_COLOUR))
     page = folder / "page.html"
     page.write_text(f"""<!DOCTYPE html><meta charset="utf-8"><title>ready</title>
 <style>body {{ margin: 0 }} * {{ font: 16px sans-serif }} a, p {{ display: block; width: 300px; height: 50px; margin: 0 }}
@@ -207,25 +201,24 @@ class Editor:
 
 
 class Scripted:
-    """One of the scripted programs beside this file, and the events that it prints."""
+    """A window of the script beside this file at one end of drags, and the events that it prints."""
     numbers = itertools.count(1)
 
-    def __init__(self, desktop, script, *arguments, place=None, title=None):
+    def __init__(self, desktop, kind, *arguments, place):
         self.desktop = desktop
-        self.log = f"{script}-{next(self.numbers)}"
-        self.process = desktop.start(self.log, sys.executable, HERE / f"{script}.py", *arguments)
-        if title:
-            self.window = desktop.window(title, self.process.pid)
-            desktop.place(self.window, *place)
-            self.event("ready")
+        self.log = f"{kind}-{next(self.numbers)}"
+        self.process = desktop.start(self.log, sys.executable, HERE / "gtk_peer.py", kind, *arguments)
+        self.window = desktop.window(kind, self.process.pid)
+        desktop.place(self.window, *place)
+        self.event("ready")
 
-    def events(self, kind=None):
+    def events(self, kind):
         lines = (self.desktop.logs / f"{self.log}.log").read_text(errors="replace").splitlines()
-        events = [json.loads(line) for line in lines if line.startswith('{"event"')]
-        return [e for e in events if kind in (None, e["event"])]
+        return [json.loads(line) for line in lines if line.startswith(f'{{"event": "{kind}"')]
 
-    def event(self, kind, timeout=10):
-        return wait_for(lambda: (self.events(kind) or [None])[-1], timeout, f"{self.log} to tell of {kind}")
+    def event(self, kind, timeout=10, number=1):
+        """The last of at least so many."""
+        return wait_for(lambda: self.events(kind)[number - 1:], timeout, f"{self.log} to tell of {kind}")[-1]
 
     @property
     def centre(self):
@@ -233,32 +226,99 @@ class Scripted:
 
 
 def source(desktop, offers, actions=("copy", "move"), place=LEFT):
-    """A window that offers these formats: bytes, or a dict as gtk_source.py takes it with bytes as data."""
+    """A window that offers these formats: bytes, or a dict as gtk_peer.py takes it with bytes as data."""
     script = {"actions": list(actions), "offers": {}}
     for name, offer in offers.items():
         offer = dict(offer) if isinstance(offer, dict) else {"data": offer}
         script["offers"][name] = {**offer, "data": base64.b64encode(offer.get("data", b"")).decode()}
     path = desktop.write(desktop.root_dir / f"source-{next(Scripted.numbers)}.json", json.dumps(script))
-    return Scripted(desktop, "gtk_source", path, place=place, title="source")
+    return Scripted(desktop, "source", path, place=place)
 
 
 def target(desktop, *formats, place=BELOW):
-    return Scripted(desktop, "gtk_target", *formats, place=place, title="target")
+    return Scripted(desktop, "target", *formats, place=place)
 
 
-def target4(desktop, place=BELOW):
-    return Scripted(desktop, "gtk4_target", place=place, title="target4")
+def carry(program, offers, place=(0, 400, 200, 200), **options):
+    """Drags what a source offers onto the panel, to the end of the drag."""
+    carried = source(program.desktop, offers, place=place, **options)
+    program.desktop.begin_drag(*carried.centre)
+    program.drop()
+    carried.event("end")
+    program.desktop.end(carried.process)
+    return carried
 
 
 def data(drop, name):
     return base64.b64decode(drop["data"][name])
 
 
-def uri(path):
-    """A file's address with everything but plain letters escaped, from its bytes."""
-    plain = b"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/"
-    return b"file://" + b"".join(bytes([c]) if c in plain else b"%%%02X" % c for c in os.fsencode(path))
-
-
 def uri_list(*paths):
-    return b"".join(uri(p) + b"\r\n" for p in paths)
+    return b"".join(file_url(p).encode() + b"\r\n" for p in paths)
+
+
+def file_list(*paths):
+    return {"text/uri-list": uri_list(*paths)}
+
+
+class ClipboardOwner:
+    """Offers these formats on the clipboard; a silent one hears every question and answers none."""
+
+    def __init__(self, desktop, offers, silent=False):
+        self.offers, self.silent, self.asked, self.ended = offers, silent, [], threading.Event()
+        self.display = xdisplay.Display(desktop.environment["DISPLAY"])
+        self.window = self.display.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        clipboard = self.display.intern_atom("CLIPBOARD")
+        self.window.set_selection_owner(clipboard, X.CurrentTime)
+        self.display.sync()
+        self.thread = threading.Thread(target=self._serve, daemon=True)
+        self.thread.start()
+        desktop.at_end.append(self.end)
+
+    def end(self):
+        self.ended.set()
+        self.thread.join()
+
+    def _serve(self):
+        while not self.ended.wait(0.005):
+            while self.display.pending_events():
+                happened = self.display.next_event()
+                if happened.type == X.SelectionClear:
+                    self.ended.set()
+                elif happened.type == X.SelectionRequest:
+                    self._answer(happened)
+        self.display.close()
+
+    def _answer(self, request):
+        name = self.display.get_atom_name(request.target)
+        self.asked.append(name)
+        if self.silent:
+            return
+        given = request.property or request.target
+        if name == "TARGETS":
+            types = [self.display.intern_atom(t) for t in ("TARGETS", *self.offers)]
+            request.requestor.change_property(given, Xatom.ATOM, 32, types)
+        elif name in self.offers:
+            request.requestor.change_property(given, request.target, 8, self.offers[name])
+        else:
+            given = X.NONE
+        request.requestor.send_event(event.SelectionNotify(
+            time=request.time, requestor=request.requestor, selection=request.selection, target=request.target,
+            property=given))
+        self.display.flush()
+
+
+def record_openings(desktop, *names):
+    """Applications for text that write down what they are given, the last one by default; and a browser. What was
+    opened comes as lists of the start-up id, the application and what it was given."""
+    opened = desktop.home / "opened"
+    script = desktop.write(desktop.home / "record", f'echo "$DESKTOP_STARTUP_ID|$*" >> {opened}\n')
+    entries = [(name, "text/plain", "%F") for name in names] + [("Browser", "x-scheme-handler/https", "%u")]
+    for name, types, given in entries:
+        desktop.write(desktop.data_home / f"applications/{name}.desktop",
+                      f"[Desktop Entry]\nType=Application\nName={name}\nExec=/bin/sh {script} {name} {given}\n"
+                      f"StartupNotify=true\nMimeType={types};\nIcon=accessories-text-editor\n")
+    desktop.write(desktop.config_home / "mimeapps.list", "[Default Applications]\n"
+                  + "".join(f"{types}={name}.desktop\n" for name, types, _ in entries[-2:])
+                  + "[Added Associations]\ntext/plain=" + "".join(f"{name}.desktop;" for name in names) + "\n")
+    return lambda: [line.split("|") for line in opened.read_text().splitlines()] if opened.exists() else []

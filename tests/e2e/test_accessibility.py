@@ -2,19 +2,17 @@
 import json
 import subprocess
 import threading
+import time
 from pathlib import Path
 
 import pytest
 
 from desktop import wait_for
-from peers import IMAGE_COLOUR, LINK_COLOUR, png
-from program import TOUR
-from test_keyboard import activate
-from test_preview import pdf
+from peers import IMAGE_COLOUR, LINK_COLOUR, picture
+from program import SETTINGS, TOUR
 from test_rowmenu import ONE, RowMenu
-from test_settings import open_settings, stored, tab
 
-main = pytest.mark.main
+pytestmark = [pytest.mark.main, pytest.mark.any_wm]
 LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 CONTROLS = {"push button", "push button menu", "button", "check box", "combo box", "list", "list item", "text", "image", "tool bar"}
 
@@ -22,8 +20,8 @@ CONTROLS = {"push button", "push button menu", "button", "check box", "combo box
 class Reader:
     def __init__(self, desktop, program):
         desktop.start("a11y-bus", LAUNCHER, "--launch-immediately", "--a11y=1")
-        wait_for(lambda: program.is_named("org.a11y.Bus"), what="the accessibility bus")
-        self.answers, self.events = [], []
+        wait_for(lambda: desktop.is_named("org.a11y.Bus"), what="the accessibility bus")
+        self.desktop, self.answers, self.events = desktop, [], []
         self.process = subprocess.Popen(
             ["/usr/bin/python3", Path(__file__).with_name("screen_reader.py")], env=desktop.environment, text=True,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=open(desktop.logs / "screen-reader.log", "w"),
@@ -54,6 +52,9 @@ class Reader:
         self.find(title, role, name)
         return self.ask("do", title, role, name, action)
 
+    def shows_panel(self):
+        return any("showing" in node["states"] for node in self.ask("all", "Vantle")[:1])
+
     def row(self, name):
         return self.find("Vantle", "list item", name)
 
@@ -64,21 +65,25 @@ class Reader:
     def hear(self, *what):
         wait_for(lambda: self.has_heard(*what), 5, f"{what} among {self.events[-20:]}")
 
+    def walk_menu_to(self, entry):
+        """The toolkit keeps menus out of the tree and tells of the entry that the keyboard is on."""
+        wait_for(lambda: self.desktop.keys("Down") or self.has_heard("object:state-changed:focused", "menu item", entry, 1),
+                 5, f"the menu to be walked to {entry}")
+
 
 @pytest.fixture
 def reader(desktop, program):
     return Reader(desktop, program)
 
 
-@main
-@pytest.mark.any_wm
 def test_a_shelf_is_worked_and_heard(desktop, program, reader):
     program.start()
-    files = [desktop.write(desktop.home / name, name) for name in ("alpha report.txt", "beta.txt")]
-    desktop.run(program.binary, *files)
-    program.wait_for_items(2)
+    assert not reader.shows_panel(), "the hidden panel is told of"
+    files = desktop.files("alpha report.txt", "beta.txt")
+    program.add(*files)
     reader.hear("object:children-changed:add", "list", "Vantle")
     program.summon()
+    assert reader.shows_panel()
     panel = program.panel_rect()
     for file in files:
         row = reader.row(file.name)
@@ -100,9 +105,7 @@ def test_a_shelf_is_worked_and_heard(desktop, program, reader):
     reader.hear("object:state-changed:selected", "list item", "beta.txt", 0)
 
     reader.do("Vantle", "list item", "alpha report.txt", "ShowMenu")
-    # The toolkit keeps menus out of the tree and tells of the entry that the keyboard is on.
-    wait_for(lambda: desktop.keys("Down") or reader.has_heard("object:state-changed:focused", "menu item", "Copy Path", 1),
-             5, "the menu to be walked to the entry")
+    reader.walk_menu_to("Copy Path")
     desktop.keys("Return")
     reader.hear("object:state-changed:showing", "notification", "Copied", 1)
 
@@ -117,49 +120,62 @@ def test_a_shelf_is_worked_and_heard(desktop, program, reader):
     reader.do("Vantle", "push button", "Clear shelf", "Press")
     program.wait_for_items(0)
     reader.find("Vantle", "label", "Drop anything here")
+    program.hide()
+    wait_for(lambda: not reader.shows_panel(), 5, "the hidden panel to be told of no more")
 
 
-@pytest.mark.any_wm
-def test_the_tour_is_read_page_by_page(desktop, program, reader):
+def test_other_windows_are_named_and_speak_the_language_that_is_picked(desktop, program, reader):
+    """The tour, the settings with their recorder, the preview's pages and the question for a name."""
+    first = "A shelf for whatever you drag"
     program.prefer(onboarded=False)
-    program.start()
-    reader.find(TOUR, "notification", "A shelf for whatever you drag")
-    assert "checked" in reader.find(TOUR, "radio button", "A shelf for whatever you drag")["states"]
+    program.start(LANGUAGE="pt:ja", LC_ALL="pt_PT.UTF-8")
+    tour = desktop.window("Vantle へようこそ", program.process.pid)
+    program.act("settings")
+    settings = desktop.window("Vantle の設定", program.process.pid)
+    for key, code, titles in (("e", "en", (TOUR, SETTINGS)), ("Home", "system", ("Vantle へようこそ", "Vantle の設定")),
+                              ("d", "de", ("Willkommen bei Vantle", "Vantle-Einstellungen"))):
+        desktop.activate(settings)
+        desktop.keys(key)
+        program.wait_for_stored("language", code)
+        wait_for(lambda: (desktop.title(tour), desktop.title(settings)) == titles, 5, f"the titles in {code}")
+        time.sleep(0.5)  # Letters that come sooner are searched for together.
+    reader.find("Vantle-Einstellungen", "check box", "Beim Ziehen in eine Bildschirmecke")
+    program.summon()
+    for button in ("Ablage leeren", "Ablage ausblenden"):
+        reader.find("Vantle", "push button", button)
+    desktop.type("Tab", "space")
+    reader.walk_menu_to("Ablage umbenennen\xa0…")
+    desktop.keys("Escape")
+    program.kill()
+
+    program.prefer(onboarded=False, language="en")
+    program.start(LANGUAGE="de", LC_ALL="de_AT.UTF-8")
+    reader.find(TOUR, "notification", first)
+    assert "checked" in reader.find(TOUR, "radio button", first)["states"]
     reader.do(TOUR, "push button", "Next", "Press")
-    second = wait_for(lambda: next((n["name"] for n in reader.ask("all", TOUR)
-                                    if n["role"] == "radio button" and "checked" in n["states"]
-                                    and n["name"] != "A shelf for whatever you drag"), None), 5, "the next dot")
+    second = wait_for(lambda: next((n["name"] for n in reader.ask("all", TOUR) if n["role"] == "radio button"
+                                    and "checked" in n["states"] and n["name"] != first), None), 5, "the next dot")
     reader.hear("object:state-changed:showing", "notification", second, 1)
-
-
-@pytest.mark.any_wm
-def test_settings_are_named_and_switched(desktop, program, reader):
-    program.start()
-    open_settings(desktop, program)
-    title = "Vantle Settings"
-    controls = [n for n in reader.ask("all", title) if n["role"] in CONTROLS - {"list", "list item"}]
+    program.open_settings()
+    controls = [n for n in reader.ask("all", SETTINGS) if n["role"] in CONTROLS - {"list", "list item"}]
     assert len(controls) > 12 and all(n["name"] and n["actions"] for n in controls), controls
     assert all(n["label"] for n in controls if n["role"] == "combo box"), controls
     corner = "When a drag reaches a corner of the screen"
-    assert "checked" in reader.find(title, "check box", corner)["states"]
-    reader.do(title, "check box", corner, "Toggle")
-    wait_for(lambda: stored(program).get("cornerToSummon") is False, what="the corner to be off")
-    assert "checked" not in reader.find(title, "check box", corner)["states"]
+    assert "checked" in reader.find(SETTINGS, "check box", corner)["states"]
+    reader.do(SETTINGS, "check box", corner, "Toggle")
+    program.wait_for_stored("cornerToSummon", False)
+    assert "checked" not in reader.find(SETTINGS, "check box", corner)["states"]
+    desktop.type(*["Tab"] * 7)
+    recorder = next(n for n in reader.ask("all", SETTINGS) if "focused" in n["states"])
+    assert recorder["name"] == "Ctrl+Alt+S" and recorder["actions"], recorder
 
-
-@pytest.mark.any_wm
-def test_what_comes_and_goes_is_named(desktop, program, reader):
-    """The preview's pages, the question for a name and the recorder of a hot key."""
-    program.start()
-    picture = desktop.write(desktop.home / "picture.png", png(90, 70, IMAGE_COLOUR))
-    paper = desktop.write(desktop.home / "paper.pdf", pdf(LINK_COLOUR))
-    desktop.run(program.binary, picture, paper)
-    program.wait_for_items(2)
-    activate(program)
-    desktop.keys("Down")
-    desktop.keys("space")
-    reader.find(picture.name, "image", picture.name)
-    reader.find(picture.name, "push button", "Open")
+    image = desktop.write(desktop.home / "picture.png", picture(90, 70, IMAGE_COLOUR))
+    paper = desktop.write(desktop.home / "paper.pdf", picture(90, 70, LINK_COLOUR, "PDF"))
+    program.add(image, paper)
+    program.activate()
+    desktop.type("Down", "space")
+    reader.find(image.name, "image", image.name)
+    reader.find(image.name, "push button", "Open")
     desktop.keys("Down")
     reader.find(paper.name, "document frame", paper.name)
     desktop.keys("Escape")
@@ -169,7 +185,3 @@ def test_what_comes_and_goes_is_named(desktop, program, reader):
     for button in ("Rename", "Cancel"):
         reader.find(question, "push button", button)
     reader.do(question, "push button", "Cancel", "Press")
-    open_settings(desktop, program)
-    tab(desktop, 7)
-    recorder = next(n for n in reader.ask("all", "Vantle Settings") if "focused" in n["states"])
-    assert recorder["name"] == "Ctrl+Alt+S" and recorder["actions"], recorder

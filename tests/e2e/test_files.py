@@ -4,8 +4,8 @@ import signal
 
 import pytest
 
-from desktop import wait_for
-from peers import DROP_COLOUR, Editor, FileManager, Firefox, Scripted, data, source, target, target4, uri_list
+from desktop import FILE_COLOUR, FOLDER_COLOUR, wait_for
+from peers import FileManager, Firefox, carry, data, file_list, target, uri_list, Scripted
 from program import HANDLE
 
 ODD_NAMES = [b"a b.txt", b"line\nbreak.txt", b"100%25 #?.txt", b"latin-\xe4.txt", "日本 ü.txt".encode()]
@@ -14,21 +14,14 @@ CONTENTS = {
     "three": [b"one.txt", b"two.txt", b"three.txt"],
     "500": [b"file-%03d.txt" % i for i in range(500)],
     "odd-names": ODD_NAMES,
+    "folder": [b"a folder/inner.txt"],
 }
 main = pytest.mark.main
+PORTAL = "application/vnd.portal.filetransfer"
 
 
-def case(*values, main_one=False):
-    return pytest.param(*values, marks=[main] if main_one else [])
-
-
-def make_files(folder, names):
-    folder.mkdir(exist_ok=True)
-    paths = [os.path.join(os.fsencode(folder), name) for name in names]
-    for path in paths:
-        with open(path, "wb") as file:
-            file.write(b"content of " + os.path.basename(path))
-    return paths
+def make_files(desktop, names, folder="from"):
+    return [os.fsencode(desktop.write(desktop.home / folder / os.fsdecode(name), b"content of " + name)) for name in names]
 
 
 def content(path):
@@ -36,83 +29,43 @@ def content(path):
         return file.read()
 
 
-@main
-def test_a_file_goes_in_survives_a_kill_and_comes_out(desktop, shelf):
-    [path] = make_files(desktop.home / "from", [b"report.txt"])
-    (desktop.home / "to").mkdir()
-    thunar = FileManager(desktop, "thunar", desktop.home / "from")
-    other = FileManager(desktop, "thunar", desktop.home / "to", (0, 400, 480, 390))
-    desktop.activate(thunar.window)
-    desktop.begin_drag(*thunar.icons()[0].centre)
-    wait_for(shelf.panel_is_up, 3, "the panel to come up for the drag")
-    assert desktop.active_window() == thunar.window.id, "the panel took the keyboard"
-    shelf.drop()
-    shelf.wait_for_items(1)
-    assert desktop.active_window() == thunar.window.id, "the panel took the keyboard"
-    shelf.restart()
-    assert shelf.paths() == [path]
-    shelf.summon()
-    shelf.give(0, *other.empty_place)
-    copy = os.fsencode(desktop.home / "to/report.txt")
-    wait_for(lambda: os.path.exists(copy), what="the copy")
-    assert content(copy) == content(path) and os.path.exists(path)
-    assert shelf.paths() == [path]
-
-
 @pytest.mark.parametrize("name, contents", [
-    case(name, contents, main_one=(name, contents) in (("pcmanfm-qt", "three"), ("nautilus", "odd-names")))
+    pytest.param(name, contents, marks=main if (name, contents) in (
+        ("thunar", "one"), ("pcmanfm-qt", "three"), ("nautilus", "odd-names")) else [])
     for name in FileManager.commands for contents in CONTENTS])
-def test_files_come_in(desktop, shelf, name, contents):
+def test_files_come_in_survive_a_kill_and_go_out(desktop, shelf, name, contents):
     names = CONTENTS[contents]
     if name == "pcmanfm-qt":  # Which itself offers no bytes that are not UTF-8.
         names = [n for n in names if n.decode(errors="ignore").encode() == n]
-    paths = make_files(desktop.home / "from", names)
+    files = make_files(desktop, names)
+    rows = [os.path.dirname(file) for file in files] if contents == "folder" else files
     manager = FileManager(desktop, name, desktop.home / "from", (0, 0, 640, 700))
-    place = manager.select_all(min(len(paths), 4)) if len(paths) > 1 else manager.icons()[0].centre
-    shelf.take(*place, len(paths))
-    assert sorted(shelf.paths()) == sorted(paths)
-    assert all(os.path.exists(path) for path in paths)
-
-
-@pytest.mark.parametrize("name", list(FileManager.commands))
-def test_a_folder_comes_in_and_goes_out(desktop, shelf, name):
-    make_files(desktop.home / "from", [])
-    [inner] = make_files(desktop.home / "from/a folder", [b"inner.txt"])
-    (desktop.home / "to").mkdir()
-    manager = FileManager(desktop, name, desktop.home / "from")
-    shelf.take(*manager.folders()[0].centre, 1)
-    assert shelf.paths() == [os.path.dirname(inner)]
-    assert shelf.items()[0]["url"].endswith("a%20folder/")
+    if len(rows) > 1:
+        place = manager.select_all(min(len(rows), 4))
+    else:
+        place = manager.icons(colour=FOLDER_COLOUR if contents == "folder" else FILE_COLOUR)[0].centre
+    desktop.activate(manager.window)
+    shelf.take(*place, len(rows))
+    assert desktop.active_window() == manager.window.id, "the panel took the keyboard"
+    assert sorted(shelf.paths()) == sorted(rows)
     desktop.end(manager.process)
+    shelf.restart()
+    assert sorted(shelf.paths()) == sorted(rows)
+    shelf.summon()
+    desktop.keys("Control_L", "a")
     other = FileManager(desktop, name, desktop.home / "to")
     shelf.give(0, *other.empty_place)
     other.confirm()
-    copy = desktop.home / "to/a folder/inner.txt"
-    wait_for(copy.exists, what="the copy")
-    assert os.path.exists(inner)
-
-
-@pytest.mark.parametrize("name, contents", [
-    case(name, contents, main_one=(name, contents) in (("pcmanfm-qt", "one"), ("nautilus", "three")))
-    for name in FileManager.commands for contents in CONTENTS])
-def test_files_go_out_to_file_managers(desktop, shelf, name, contents):
-    paths = make_files(desktop.home / "from", CONTENTS[contents])
-    (desktop.home / "to").mkdir()
-    fill(desktop, shelf, paths)
-    manager = FileManager(desktop, name, desktop.home / "to")
-    shelf.give(0, *manager.empty_place)
-    manager.confirm()
-    copies = [os.path.join(os.fsencode(desktop.home / "to"), os.path.basename(path)) for path in paths]
+    copies = [file.replace(b"/from/", b"/to/") for file in files]
     wait_for(lambda: all(map(os.path.exists, copies)), 20, "the copies")
-    wait_for(lambda: [content(c) for c in copies] == [content(p) for p in paths], 5, "their contents")
-    assert shelf.paths() == paths
+    wait_for(lambda: [content(c) for c in copies] == [content(f) for f in files], 5, "their contents")
+    assert sorted(shelf.paths()) == sorted(rows)
 
 
 def fill(desktop, shelf, paths):
     """Puts files on the shelf in this order and selects them all."""
-    files = source(desktop, {"text/uri-list": uri_list(*paths)}, place=(640, 500, 200, 200))
-    shelf.take(*files.centre, len(paths))
-    desktop.end(files.process)
+    carry(shelf, file_list(*paths))
+    shelf.wait_for_items(len(paths))
     assert shelf.paths() == paths
     shelf.summon()
     desktop.keys("Control_L", "a")
@@ -122,10 +75,8 @@ def fill(desktop, shelf, paths):
 @pytest.mark.any_wm
 @pytest.mark.parametrize("name", ["nemo", "caja"])
 def test_a_link_becomes_a_file_and_copied_files_are_pasted(desktop, shelf, name):
-    (desktop.home / "to").mkdir()
-    [path] = make_files(desktop.home / "from", [b"copied.txt"])
-    desktop.run(shelf.binary, Firefox.link, path)
-    shelf.wait_for_items(2)
+    [path] = make_files(desktop, [b"copied.txt"])
+    shelf.add(Firefox.link, path)
     manager = FileManager(desktop, name, desktop.home / "to")
     shelf.summon()
     shelf.give(1, *manager.empty_place)
@@ -141,20 +92,10 @@ def test_a_link_becomes_a_file_and_copied_files_are_pasted(desktop, shelf, name)
 
 
 @main
-def test_files_go_out_to_a_browser(desktop, shelf):
-    paths = make_files(desktop.home / "from", [b"a b.txt", b"two.txt"])
-    fill(desktop, shelf, paths)
-    browser = Firefox(desktop)
-    shelf.give(0, *browser.find(DROP_COLOUR))
-    assert browser.dropped() == "got a b.txt:18:content of a b.txt|two.txt:18:content of two.txt"
-
-
-@main
 @pytest.mark.any_wm
 def test_drags_of_a_program_that_is_held_up_arrive(desktop, shelf):
     """It reads all moves, and the release, at once: the first window has to hear the right forms, and be waited for."""
-    desktop.run(shelf.binary, make_files(desktop.home / "from", [b"a.txt"])[0], Firefox.link)
-    shelf.wait_for_items(2)
+    shelf.add(*make_files(desktop, [b"a.txt"]), Firefox.link)
     shelf.summon()
     receiver = target(desktop)
     for number, (row, first) in enumerate([(0, "text/uri-list"), (1, "text/x-moz-url")] * 3, 1):
@@ -163,16 +104,39 @@ def test_drags_of_a_program_that_is_held_up_arrive(desktop, shelf):
         desktop.glide(*receiver.centre, 0.1)
         desktop.release()
         os.kill(shelf.process.pid, signal.SIGCONT)
-        wait_for(lambda: len(receiver.events("drop")) == number, what="the drop")
-        drop = receiver.event("drop")
+        drop = receiver.event("drop", number=number)
         assert drop["formats"][0] == first and drop["actions"] == (8 | 2 if row else 2), drop  # Links may be linked.
 
 
+class Portal:
+    """A file transfer portal: each key stands for these files until others are added to it."""
+    interface = """<interface name="org.freedesktop.portal.FileTransfer">
+<method name="StartTransfer"><arg type="a{sv}" direction="in"/><arg type="s" direction="out"/></method>
+<method name="AddFiles"><arg type="s" direction="in"/><arg type="ah" direction="in"/><arg type="a{sv}" direction="in"/></method>
+<method name="RetrieveFiles"><arg type="s" direction="in"/><arg type="a{sv}" direction="in"/><arg type="as" direction="out"/></method>
+<method name="StopTransfer"><arg type="s" direction="in"/></method><signal name="TransferClosed"><arg type="s"/></signal></interface>"""
+
+    def __init__(self, desktop, files):
+        self.files, self.transfers = files, {}
+        desktop.serve("org.freedesktop.portal.Documents", "/org/freedesktop/portal/documents", self.interface, self._answer)
+
+    def _answer(self, method, arguments, call):
+        if method == "StartTransfer":
+            key = f"key-{len(self.transfers) + 1}"
+            self.transfers[key] = []
+            return "(s)", key
+        if method == "AddFiles":
+            for descriptor in call.get_message().get_unix_fd_list().steal_fds():
+                self.transfers[arguments[0]].append(os.readlink(f"/proc/self/fd/{descriptor}"))
+                os.close(descriptor)
+        return ("(as)", self.transfers.get(arguments[0]) or [os.fsdecode(file) for file in self.files]) if method == "RetrieveFiles" else None
+
+
 @main
-def test_files_go_out_to_gtk_programs(desktop, shelf):
-    paths = make_files(desktop.home / "from", ODD_NAMES)
+def test_files_go_to_programs_of_every_toolkit_and_through_the_portal_both_ways(desktop, shelf):
+    paths = make_files(desktop, ODD_NAMES)
     fill(desktop, shelf, paths)
-    gtk3, gtk4 = target(desktop), target4(desktop, place=(520, 400, 300, 300))
+    gtk3, gtk4 = target(desktop), Scripted(desktop, "target4", place=(520, 400, 300, 300))
     shelf.give(0, *gtk3.centre)
     drop = gtk3.event("drop")
     assert drop["formats"][0] == "text/uri-list"
@@ -180,57 +144,23 @@ def test_files_go_out_to_gtk_programs(desktop, shelf):
     assert "text/plain" not in drop["data"], "a file's address is not its text"
     shelf.give(0, *gtk4.centre)
     assert [u.encode() for u in gtk4.event("drop")["uris"]] == uri_list(*paths).split()
+    desktop.end(gtk4.process)
 
-
-@pytest.mark.parametrize("name", list(Editor.commands))
-def test_a_file_goes_out_to_an_editor(desktop, shelf, name):
-    paths = make_files(desktop.home / "from", [b"dragged file.txt"])
-    make_files(desktop.home, [b"open.txt"])
-    fill(desktop, shelf, paths)
-    editor = Editor(desktop, name, desktop.home / "open.txt")
-    shelf.give(0, *editor.text_place)
-    wait_for(lambda: desktop.windows("dragged file.txt", editor.process.pid), what="the editor to open it")
-
-
-def test_files_go_through_the_portal_both_ways(desktop, shelf):
-    paths = make_files(desktop.home / "from", [b"a b.txt", b"two.txt"])
-    portal = Scripted(desktop, "portal", *paths)
-    confined = source(desktop, {"application/vnd.portal.filetransfer": b"a-key\0"})
-    shelf.take(*confined.centre, 2)
-    assert shelf.paths() == paths
-    assert not portal.events("StartTransfer"), "files were registered that nobody asked for"
-    desktop.end(confined.process)
-    shelf.summon()
-    desktop.keys("Control_L", "a")
-    receiver = target(desktop, "application/vnd.portal.filetransfer")
-    shelf.give(0, *receiver.centre)
-    assert [os.fsencode(f) for f in receiver.event("drop")["files"]] == paths
-
-
-@main
-def test_the_shelf_refuses_its_own_rows_and_the_handle_carries_all(desktop, shelf):
-    paths = make_files(desktop.home / "from", [b"one.txt", b"two.txt"])
-    fill(desktop, shelf, paths)
-    shelf.give(0, *shelf.row(1))
-    receiver = target(desktop)
-    shelf.give(0, *receiver.centre)  # Works, so the refused drag is over.
-    receiver.event("drop")
+    shelf.give(0, *shelf.row(1))  # The shelf refuses its own rows.
     desktop.keys("Escape")  # Nothing is selected any more, so the handle carries all.
     desktop.begin_drag(*shelf.header(HANDLE), dx=-24, dy=30)
-    desktop.drop(*receiver.centre)
-    wait_for(lambda: len(receiver.events("drop")) == 2, what="the second drop")
-    assert data(receiver.event("drop"), "text/uri-list") == uri_list(*paths)
+    desktop.drop(*gtk3.centre)
+    assert data(gtk3.event("drop", number=2), "text/uri-list") == uri_list(*paths)
     assert shelf.paths() == paths
 
-
-def test_what_was_dragged_out_leaves_when_so_wanted(desktop, program):
-    program.prefer(onboarded=True, removeAfterDragOut=True)
-    program.start()
-    paths = make_files(desktop.home / "from", [b"one.txt", b"two.txt"])
-    fill(desktop, program, paths)
-    desktop.keys("Escape")
-    program.give(0, *program.row(1))
-    receiver = target(desktop)
-    program.give(1, *receiver.centre)
-    program.wait_for_items(1)
-    assert program.paths() == paths[:1] and all(map(os.path.exists, paths))
+    shelf.summon()
+    desktop.keys("Control_L", "a")
+    desktop.keys("BackSpace")
+    shelf.wait_for_items(0)
+    portal = Portal(desktop, paths[:1])
+    carry(shelf, {PORTAL: b"a-key\0"}, place=(520, 400, 200, 200))
+    shelf.wait_for_items(1)
+    assert shelf.paths() == paths[:1] and not portal.transfers, "files were registered that nobody asked for"
+    confined = target(desktop, PORTAL, place=(520, 400, 300, 300))
+    shelf.give(0, *confined.centre)
+    assert confined.event("drop")["files"] == [os.fsdecode(paths[0])] and portal.transfers

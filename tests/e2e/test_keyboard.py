@@ -1,168 +1,160 @@
-"""Every key of the panel, which has got the keyboard by D-Bus alone."""
+"""Every key of the panel, which has got the keyboard by D-Bus alone, and the hot key, whatever has the keyboard."""
+import contextlib
+import time
+
 import pytest
-from gi.repository import GLib
-from Xlib import XK
+from Xlib import X, XK, display as xdisplay, error
 
 from desktop import wait_for
-from peers import uri
+from peers import Editor, record_openings
 
-main = pytest.mark.main
-
-RECORDER = """[Desktop Entry]
-Type=Application
-Name=Recorder
-Exec=/bin/sh {script} %U
-StartupNotify=true
-MimeType=text/plain;x-scheme-handler/https;
-"""
+pytestmark = pytest.mark.main
+any_wm = pytest.mark.any_wm
+HOT_KEY = ["Control_L", "Alt_L", "s"]
 
 
-def activate(program):
-    program.bus.call_sync("app.vantleapp.Vantle", "/app/vantleapp/Vantle", "org.freedesktop.Application", "Activate",
-                          GLib.Variant("(a{sv})", ({},)), None, 0, 5000)
-    desktop = program.desktop
-    wait_for(lambda: program.panel_is_up() and desktop.active_window() == program.panel().id, 5, "the keyboard")
-
-
-def shelf_number(program):
-    state = program.state()
-    return [s["id"] for s in state["shelves"]].index(state["current"]) + 1, len(state["shelves"])
-
-
-def record_openings(desktop):
-    """A default application that writes down what it is given, and with which start-up id."""
-    opened = desktop.home / "opened"
-    script = desktop.write(desktop.home / "record", f'echo "$DESKTOP_STARTUP_ID $*" >> {opened}\n')
-    desktop.write(desktop.data_home / "applications/recorder.desktop", RECORDER.format(script=script))
-    desktop.write(desktop.config_home / "mimeapps.list", "[Default Applications]\ntext/plain=recorder.desktop\n"
-                  "x-scheme-handler/https=recorder.desktop\n")
-    return lambda: [line.split(" ") for line in opened.read_text().splitlines()] if opened.exists() else []
-
-
-@main
 def test_the_whole_table(desktop, program):
-    opened = record_openings(desktop)
+    opened = record_openings(desktop, "Recorder")
     program.start()
-    files = [desktop.write(desktop.home / f"{name}.txt", name) for name in ("one", "two", "three")]
-    desktop.run(program.binary, *files)
-    program.wait_for_items(3)
-    activate(program)
+    files = desktop.files("one.txt", "two.txt", "three.txt")
+    names = [str(f) for f in files]
+    program.add(*files)
+    program.activate()
 
-    def press(*names):
-        desktop.keys(*names)
+    def press(*keys):
+        desktop.keys(*keys)
         program.wait_until_idle()
 
-    def copied():
+    def assert_copies(*lines):
         press("Control_L", "c")
-        return desktop.run("xclip", "-o", "-selection", "clipboard").decode().splitlines()
-
-    def count(expected):
-        wait_for(lambda: len(program.items()) == expected, 3, f"{expected} entries")
-
-    names = [str(f) for f in files]
+        assert desktop.clipboard().splitlines() == list(lines)
     press("Down")
-    assert copied() == names[:1]
+    assert_copies(names[0])
     press("Shift_L", "Down")
-    assert copied() == names[:2]
+    assert_copies(*names[:2])
     press("Up")
-    assert copied() == names[:1]
+    assert_copies(names[0])
     for keys, total in ((["Return"], 1), (["KP_Enter"], 2), (["Control_L", "o"], 3)):
         press(*keys)
         wait_for(lambda: len(opened()) == total, 5, "the default application")
-        activate(program)
-    assert all(line[1] == uri(files[0]).decode() or line[1] == str(files[0]) for line in opened()), opened()
-    assert all("_TIME" in line[0] and line[0].split("_TIME")[1] != "0" for line in opened()), opened()
+        program.activate()
+    assert {what for _, what in opened()} == {f"Recorder {files[0]}"}
+    assert all("_TIME" in start and start.split("_TIME")[1] != "0" for start, _ in opened()), opened()
 
     press("Control_L", "t")
-    wait_for(lambda: shelf_number(program) == (2, 2), what="the new shelf")
+    program.wait_for_shelf(2, 2)
     press("Control_L", "v")
-    count(1)
+    program.wait_for_items(1)
     press("Control_L", "3")
     press("Control_L", "0")
-    assert shelf_number(program) == (2, 2)
+    assert program.shelf_number() == (2, 2)
     press("Control_L", "1")
-    wait_for(lambda: shelf_number(program) == (1, 2), what="the first shelf")
+    program.wait_for_shelf(1, 2)
     press("Control_L", "a")
-    assert copied() == names
+    assert_copies(*names)
     press("BackSpace")
-    count(0)
+    program.wait_for_items(0)
     press("Control_L", "Shift_L", "z")
     assert program.items() == []
     press("Control_L", "z")
-    count(3)
+    program.wait_for_items(3)
     press("Down")
     press("Delete")
-    count(2)
+    program.wait_for_items(2)
     press("Down")
     # A focused button has its own keys; an arrow is not among them.
     press("Tab")
     press("Down")
     press("Escape")
     assert program.panel_is_up()
-    press("Escape")
-    program.wait_until_hidden()
+    program.hide()
 
 
-@pytest.mark.any_wm
-@pytest.mark.parametrize("layout,letter_a", [("ru", "a"), ("ru,fr", "q"), ("fr", "q")])
-def test_other_layouts(desktop, shelf, layout, letter_a):
+@any_wm
+def test_keys_are_where_the_layout_and_the_keyboards_map_put_them(desktop, program):
     """Characters are those of the first Latin layout, digits those of the digit row. Keys are named as on a US one."""
-    desktop.run(shelf.binary, desktop.write(desktop.home / "a", "x"))
-    shelf.wait_for_items(1)
-    desktop.run("setxkbmap", layout)
-    activate(shelf)
-    desktop.keys("Control_L", "t")
-    wait_for(lambda: shelf_number(shelf) == (2, 2), what="the new shelf")
-    desktop.keys("Control_L", "1")
-    wait_for(lambda: shelf_number(shelf) == (1, 2), what="the first shelf")
-    desktop.keys("Control_L", letter_a)
-    desktop.keys("Delete")
-    shelf.wait_for_items(0)
-
-
-@pytest.mark.any_wm
-def test_a_web_location_opens_its_address(desktop, program):
-    opened = record_openings(desktop)
+    program.prefer(hotKeyCode=101, hotKeyModifiers=4096, hotKeyLabel="F9")
     program.start()
-    desktop.run(program.binary, "https://example.org/a?b=c")
-    program.wait_for_items(1)
-    activate(program)
-    desktop.keys("Down")
-    desktop.keys("Return")
-    wait_for(opened, 5, "the browser")
-    assert opened()[0][1] == "https://example.org/a?b=c"
-
-
-@main
-def test_what_is_opened_comes_to_the_front(desktop, program):
-    desktop.write(desktop.config_home / "mimeapps.list", "[Default Applications]\n"
-                  "text/plain=org.xfce.mousepad.desktop\ninode/directory=thunar.desktop\n")
-    program.start()
-    file = desktop.write(desktop.home / "folder/read me.txt", "x")
-    for number, path in enumerate((file, file.parent)):
-        desktop.run(program.binary, path)
-        program.wait_for_items(number + 1)
-        activate(program)
-        desktop.keys("Up")
-        desktop.keys("Return")
-        wait_for(lambda: path.name in desktop.focused_title(), 15, f"the keyboard in the window of {path.name}")
-
-
-@pytest.mark.any_wm
-def test_a_named_key_is_where_the_map_puts_it(desktop, program):
-    """Not every X server numbers its keys as the kernel does."""
+    for number, (layout, letter_a) in enumerate([("ru", "a"), ("ru,fr", "q")], 2):
+        program.add(*desktop.files("a"))
+        desktop.run("setxkbmap", layout)
+        program.activate()
+        desktop.keys("Control_L", "t")
+        program.wait_for_shelf(number, number)
+        desktop.keys("Control_L", "1")
+        program.wait_for_shelf(1, number)
+        desktop.keys("Control_L", letter_a)
+        desktop.keys("Delete")
+        program.wait_for_items(0)
+    program.kill()
+    desktop.run("setxkbmap", "us")
+    # Not every X server numbers its keys as the kernel does.
     back_space, f9, number = XK.string_to_keysym("BackSpace"), XK.string_to_keysym("F9"), 248
     desktop.display.change_keyboard_mapping(number, [[back_space] * 2, [f9] * 2])
     desktop.display.change_keyboard_mapping(desktop.display.keysym_to_keycode(f9), [[0] * 2])
     desktop.display.sync()
-    program.prefer(hotKeyCode=101, hotKeyModifiers=4096, hotKeyLabel="F9")
     program.start()
-    desktop.run(program.binary, desktop.write(desktop.home / "one.txt", "one"))
-    program.wait_for_items(1)
+    program.add(*desktop.files("a"))
     program.summon()
     desktop.keys("Control_L", "a")
-    desktop.tap(number)
+    desktop.keys(number)
     program.wait_for_items(0)
     with desktop.held("Super_L"):
-        desktop.tap(number + 1)
+        desktop.keys(number + 1)
     program.wait_until_hidden()
+
+
+def test_the_hot_key_toggles_the_panel_from_another_application(desktop, shelf):
+    file = desktop.write(desktop.home / "notes.txt", "some words\n" * 40)
+    editor = Editor(desktop, "mousepad", file)
+    editor.select_all()  # What the key typed would replace all.
+
+    def assert_toggles(when):
+        """From hidden to shown and back, without a change of focus."""
+        focused = desktop.active_window()
+        for shown in (True, False):
+            desktop.keys(*HOT_KEY)
+            wait_for(lambda: shelf.panel_is_up() == shown, 2, f"the panel to {'come' if shown else 'go'}: {when}")
+            assert desktop.active_window() == focused, when
+    for lock in ("Num_Lock", "Caps_Lock"):
+        desktop.keys(lock)
+        assert_toggles(lock)
+    desktop.keys("Caps_Lock")
+    with desktop.held(*HOT_KEY):  # Longer than keys need to repeat.
+        time.sleep(1.2)
+    assert shelf.panel_is_up()
+    desktop.keys(*HOT_KEY)
+    shelf.wait_until_hidden()
+    editor.save()
+    time.sleep(0.5)
+    assert file.read_text() == "some words\n" * 40
+    for layout in (["ru"], ["de"], ["us,ru", "-option", "grp:caps_toggle"]):
+        desktop.run("setxkbmap", *layout)
+        assert_toggles(layout)
+    desktop.keys("Caps_Lock")
+    assert_toggles("the second layout of the last")
+    desktop.keys("Num_Lock")
+    keys = [list(codes) for codes in desktop.display.get_modifier_mapping()]
+    keys[5], keys[4] = keys[4], [0] * len(keys[4])
+    assert desktop.display.set_modifier_mapping(keys) == X.MappingSuccess
+    desktop.keys("Num_Lock")  # On, with another bit.
+    assert desktop.root.query_pointer().mask & X.Mod3Mask
+    assert_toggles("NumLock with another bit")
+
+
+def test_a_key_that_another_program_holds_is_left_to_it(desktop, program):
+    with contextlib.closing(xdisplay.Display(desktop.environment["DISPLAY"])) as holder:
+        key = holder.keysym_to_keycode(XK.XK_s)
+
+        def hold(locks):
+            refused = error.CatchError(error.BadAccess)
+            holder.screen().root.grab_key(key, X.ControlMask | X.Mod1Mask | locks, True, X.GrabModeAsync,
+                                          X.GrabModeAsync, onerror=refused)
+            holder.sync()
+            return not refused.get_error()
+        assert hold(X.Mod2Mask)
+        program.start()
+        desktop.keys(*HOT_KEY)
+        program.assert_stays_down(0.5)
+        # Nothing of it was kept.
+        assert all(hold(locks) for locks in (0, X.LockMask, X.LockMask | X.Mod2Mask))

@@ -1,52 +1,51 @@
-"""One instance, the keyboard, and trays of every kind."""
+"""Starts of every kind, what other programs ask for over the bus, and "Add to Vantle" in the menus of file managers."""
+import os
 import subprocess
 import time
 
 import pytest
 from gi.repository import GLib
-from Xlib import error
 
-from desktop import wait_for
-from peers import FileManager, source, uri_list
+from desktop import SVG, wait_for
+from peers import ClipboardOwner, FileManager, file_list, source
+from program import BUS_NAME, file_url
 
 main = pytest.mark.main
+any_wm = pytest.mark.any_wm
+ENTRY_COLOUR = (0x7A, 0x3C, 0xF0)  # Of the program's icon in the test's theme.
 
 
 @main
-def test_a_second_start_brings_the_panel_up_and_ends(desktop, shelf):
-    thunar = FileManager(desktop, "thunar", desktop.write(desktop.home / "from/a.txt", "x").parent)
-    desktop.activate(thunar.window)
-    shelf.summon()  # Fails where the second start does not end with status 0.
-    desktop.keys("Escape")
-    shelf.wait_until_hidden()
-    wait_for(lambda: desktop.active_window() == thunar.window.id, what="the keyboard to go back")
-    shelf.assert_alive()
-
-
-@pytest.mark.any_wm
-def test_many_starts_at_once_leave_one(desktop, shelf):
-    shelf.kill()
-    started = [desktop.start(f"vantle-{i}", shelf.binary) for i in range(5)]
-    wait_for(lambda: sum(p.poll() is None for p in started) == 1, what="all but one to end")
-    assert sorted(p.poll() for p in started if p.poll() is not None) == [0] * 4
-    shelf.process = next(p for p in started if p.poll() is None)
-    wait_for(shelf.panel_is_up, what="the panel")
-
-
-@pytest.mark.any_wm
-def test_without_an_x_server_it_says_so(desktop, program):
+@any_wm
+def test_starts_with_questions_files_and_company(desktop, program):
+    """A first start takes files, a second one hands them over, bytes that are no text included."""
+    for arguments, status, out in ((["--version"], 0, b"vantle "), (["--no-such-option"], 2, b"")):
+        ended = subprocess.run([program.binary, *arguments], env=desktop.environment, capture_output=True, timeout=10)
+        assert ended.returncode == status and ended.stdout.startswith(out) and bool(ended.stderr) != bool(out), ended
     ended = subprocess.run([program.binary], env=desktop.environment | {"DISPLAY": ":9999"}, capture_output=True, timeout=10)
     assert (ended.returncode, ended.stderr) == (1, b"Vantle needs an X server: it does not run on this platform.\n")
+    program.prefer()
+    names = [b"n\xe4me.txt", b"-dash", b"b.txt"]
+    files = desktop.files(*(f"from/{os.fsdecode(name)}" for name in names))
+    started = [desktop.start(f"vantle-{i}", program.binary, files[0], cwd=files[0].parent) for i in range(5)]
+    wait_for(lambda: sum(p.poll() is None for p in started) == 1, what="all but one to end")
+    assert sorted(p.poll() for p in started if p.poll() is not None) == [0] * 4
+    program.process = next(p for p in started if p.poll() is None)
+    program.wait_for_items(1)
+    wait_for(program.panel_is_up, what="the panel")
+    desktop.run(program.binary, "--", "-dash", "sub/../b.txt", cwd=files[0].parent)
+    program.wait_for_items(3)
+    assert program.paths() == [os.fsencode(file) for file in files]
 
 
-@pytest.mark.any_wm
+@any_wm
 def test_without_a_bus(desktop, program):
-    program.process = desktop.start("vantle", program.binary, environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/x"})
-    path = desktop.write(desktop.home / "a.txt", "x")
+    nowhere = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/x"}
+    program.process = desktop.start("vantle", program.binary, environment=nowhere)
     program.wait_until_idle()
-    program.take(*source(desktop, {"text/uri-list": uri_list(path)}).centre, 1)
+    program.take(*source(desktop, file_list(*desktop.files("a.txt"))).centre, 1)
     # A second start cannot reach the first; it says so in a window and ends with that.
-    second = desktop.start("second", program.binary, environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/x"})
+    second = desktop.start("second", program.binary, environment=nowhere)
     desktop.activate(desktop.window(pid=second.pid))
     desktop.keys("Escape")
     wait_for(lambda: second.poll() == 1, what="the second start to end")
@@ -54,66 +53,77 @@ def test_without_a_bus(desktop, program):
     assert len(program.items()) == 1
 
 
-TRAYS = {
-    "xembed": ["trayer", "--edge", "bottom", "--widthtype", "pixel", "--width", "200", "--height", "40"],
-    "notifier": ["xfce4-panel", "--disable-wm-check"],
+@main
+def test_the_bus_drives_it(desktop, shelf):
+    def act(name):
+        desktop.run("gapplication", "action", BUS_NAME, name)
+    [a] = desktop.files("a.txt")
+    act("toggle")
+    wait_for(shelf.panel_is_up, what="the panel")
+    act("toggle")
+    shelf.wait_until_hidden()
+    desktop.run("gapplication", "launch", BUS_NAME, a)
+    shelf.wait_for_items(1)
+    wait_for(shelf.panel_is_up, what="the panel")
+    act("new-shelf")
+    shelf.wait_for_shelf(2, 2)
+    ClipboardOwner(desktop, {"UTF8_STRING": b"pasted"})
+    act("paste")
+    shelf.wait_for_items(1)
+    added = [shelf.call(f"{BUS_NAME}.AddToShelf", "(ass)", *values)[0]
+             for values in (([file_url(a)], "ignored"), ([], "text"), ([], ""), (["odd:x"], ""))]
+    assert added == [True, True, False, False]
+    shelf.wait_for_items(3)
+    [description] = shelf.call("org.freedesktop.DBus.Introspectable.Introspect")
+    assert 'name="AddToShelf"' in description and 'name="ActivateAction"' in description
+    act("no-such-action")
+    with pytest.raises(GLib.Error, match="UnknownMethod"):
+        shelf.call(f"{BUS_NAME}.AddToShelf", "(s)", "x")
+    assert shelf.panel_is_up()
+    act("quit")
+    wait_for(lambda: shelf.process.poll() == 0, what="the program to end")
+
+
+@pytest.fixture
+def installed(desktop, program):
+    """What an installation puts in its places; the program itself does not run."""
+    prefix = desktop.root_dir / "usr"
+    subprocess.run(["cmake", "--install", program.binary.parents[1], "--prefix", prefix], check=True,
+                   capture_output=True)
+    desktop.environment["XDG_DATA_DIRS"] = f"{prefix}/share:/usr/local/share:/usr/share"
+    desktop.write(desktop.data_home / f"dbus-1/services/{BUS_NAME}.service",
+                  f"[D-BUS Service]\nName={BUS_NAME}\nExec={program.binary}\n")
+    theme = desktop.data_home / "icons/Markers"
+    desktop.write(theme / f"apps/{BUS_NAME}.svg",
+                  SVG.format('<path fill="#%02x%02x%02x" d="M0 0h64v64h-64z"/>' % ENTRY_COLOUR))
+    index = theme / "index.theme"
+    index.write_text(index.read_text().replace("Directories=", "Directories=apps,")
+                     + "[apps]\nSize=64\nMinSize=8\nMaxSize=512\nType=Scalable\n")
+    desktop.call_bus("ReloadConfig")
+    return program
+
+
+MENUS = {
+    "thunar": ["s", "Down", "Return"],  # The second of its submenu "Send To".
+    "nautilus": ["Up", "Up", "Return"],  # The last but one.
+    "pcmanfm-qt": [],  # Shows icons.
 }
-PANEL_SETUP = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0"><property name="configver" type="int" value="2"/>
-<property name="panels" type="array"><value type="int" value="1"/>
-<property name="panel-1" type="empty"><property name="position" type="string" value="p=8;x=640;y=780"/>
-<property name="position-locked" type="bool" value="true"/><property name="size" type="uint" value="32"/>
-<property name="length" type="uint" value="50"/>
-<property name="plugin-ids" type="array"><value type="int" value="1"/></property></property></property>
-<property name="plugins" type="empty"><property name="plugin-1" type="string" value="systray"/></property></channel>
-"""
 
 
-def start_tray(desktop, kind):
-    desktop.write(desktop.config_home / "xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", PANEL_SETUP)
-    return desktop.start(kind, *TRAYS[kind])
-
-
-def is_registered(program, kind):
-    """Whether the tray holds the program's item, as the bus or the window tree tells."""
-    if kind == "notifier":
-        try:
-            reply = program.bus.call_sync(
-                "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties", "Get",
-                GLib.Variant("(ss)", ("org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems")), None, 0, 2000)
-        except GLib.Error:
-            return False
-        return len(reply.unpack()[0]) > 0
-    desktop = program.desktop
-    manager = desktop.display.get_selection_owner(desktop.atom("_NET_SYSTEM_TRAY_S0"))
-    if not manager:
-        return False
-
-    def embedded(window, depth=0):
-        try:
-            children = window.query_tree().children if depth < 6 else []
-        except error.BadWindow:  # It went with its tray.
-            children = []
-        return any(desktop.property(c, "_XEMBED_INFO") is not None or embedded(c, depth + 1) for c in children)
-    return embedded(desktop.root)
-
-
-@pytest.mark.parametrize("kind", list(TRAYS))
-@pytest.mark.parametrize("when", ["before", "after", "twice"])
-def test_the_tray(desktop, program, kind, when):
-    """A tray that is there at start, comes later, or goes and comes again."""
-    tray = start_tray(desktop, kind) if when != "after" else None
-    if tray:
-        time.sleep(1.5)
-    program.start()
-    if not tray:
-        time.sleep(0.5)
-        tray = start_tray(desktop, kind)
-    wait_for(lambda: is_registered(program, kind), 10, "the item in the tray")
-    if when == "twice":
-        desktop.end(tray)
-        wait_for(lambda: not is_registered(program, kind), 10, "the tray to go")
-        program.assert_alive()
-        start_tray(desktop, kind)
-        wait_for(lambda: is_registered(program, kind), 10, "the item in the new tray")
-    program.summon()
+@pytest.mark.parametrize("manager", list(MENUS))
+@main
+def test_the_menu_of_a_file_manager(desktop, installed, manager):
+    files = desktop.files("from/a 'b'.txt", "from/c%d \"e\".txt", "from/ü.txt")
+    place = FileManager(desktop, manager, files[0].parent).select_all(3)
+    assert not installed.is_named()
+    desktop.click(*place, button=3)
+    time.sleep(0.7)
+    for key in MENUS[manager]:
+        desktop.keys(key)
+        time.sleep(0.3)
+    if not MENUS[manager]:
+        entry = wait_for(lambda: desktop.find_colour(ENTRY_COLOUR, smallest=60), 5, "the menu entry")
+        desktop.click(*entry[0].centre)
+    wait_for(installed.is_named, 10, "the bus to start the program")
+    installed.wait_for_items(3)
+    assert sorted(installed.paths()) == sorted(os.fsencode(f) for f in files)

@@ -1,50 +1,20 @@
 """The settings' window: it opens in front, each change holds at once and after a restart."""
-import json
-import time
-
 import pytest
-from gi.repository import GLib
 
 from desktop import wait_for
-from peers import Editor, target
-from program import BUS_NAME
+from peers import Editor, record_openings, target
+from program import SETTINGS
 from test_gestures import file_source
-from test_keyboard import activate
-from test_rowmenu import record_applications
-from test_storage import state_of
 
-main = pytest.mark.main
-TITLE = "Vantle Settings"
+pytestmark = pytest.mark.main
+HOT_KEY = "Control_L", "Alt_L", "j"
 
 
-def act(program, name):
-    program.bus.call_sync(BUS_NAME, "/app/vantleapp/Vantle", "org.freedesktop.Application", "ActivateAction",
-                          GLib.Variant("(sava{sv})", (name, [], {})), None, 0, 5000)
-
-
-def open_settings(desktop, program):
-    """It has the keyboard, whoever had it."""
-    act(program, "settings")
-    window = desktop.window(TITLE, program.process.pid)
-    wait_for(lambda: desktop.active_window() == window.id, 5, "the settings to get the keyboard")
-    return window
-
-
-def stored(program):
-    return json.loads(program.preferences.read_text())
-
-
-def tab(desktop, times):
-    for _ in range(times):
-        desktop.keys("Tab")
-
-
-@main
 def test_the_window_comes_to_the_front_and_stays_where_it_was_left(desktop, shelf):
-    Editor(desktop, "mousepad", desktop.write(desktop.home / "other.txt", "x"))
+    Editor(desktop, "mousepad", *desktop.files("other.txt"))
     other = desktop.window("other.txt")
     desktop.activate(other)
-    window = open_settings(desktop, shelf)
+    window = shelf.open_settings()
     rect = desktop.rect(window)
     assert (rect.width, rect.height) == (460, 560)
     assert abs(rect.centre[0] - 640) < 20 and abs(rect.centre[1] - 400) < 45  # The title bar's height.
@@ -52,130 +22,94 @@ def test_the_window_comes_to_the_front_and_stays_where_it_was_left(desktop, shel
     for hide in ("cover", "close"):
         if hide == "close":
             desktop.keys("Control_L", "w")
-            wait_for(lambda: not desktop.windows(TITLE), what="the window to close")
+            wait_for(lambda: not desktop.windows(SETTINGS), what="the window to close")
         desktop.activate(other)
-        window = open_settings(desktop, shelf)
-        assert len(desktop.windows(TITLE)) == 1
+        window = shelf.open_settings()
+        assert len(desktop.windows(SETTINGS)) == 1
         rect = desktop.rect(window)
         assert abs(rect.x - left.x) < 8 and abs(rect.y - left.y) < 40, hide
 
+    desktop.write(desktop.data_home / "applications/org.example.Zebra.desktop",
+                  "[Desktop Entry]\nType=Application\nName=Zebra Viewer\nExec=true\nIcon=folder\n")
+    desktop.type(*["Tab"] * 8, "space")
+    dialog = desktop.window("Add Application", shelf.process.pid)
+    wait_for(lambda: desktop.active_window() == dialog.id, 5, "the dialog to get the keyboard")
+    desktop.type(*"zebra", "Return")
+    shelf.wait_for_stored("ignoredApps", ["org.example.Zebra"])
 
-@main
+
 def test_changes_hold_at_once_and_after_a_restart(desktop, program):
-    """By keyboard alone, in the order of the form: language, login, drag, its key, corner, place, dock, hot key."""
-    program.prefer(dockToEdge=True)
+    """By keyboard alone in the form."""
+    opened = record_openings(desktop, "Viewer")
+    old, new = desktop.files("old.txt", "new.txt")
+    program.keep(old)
     program.start()
-    entry = desktop.config_home / "autostart/app.vantleapp.Vantle.desktop"
-    open_settings(desktop, program)
-    tab(desktop, 1)
-    desktop.keys("space")
-    wait_for(entry.exists, what="the entry that starts it at login")
-    tab(desktop, 3)
-    desktop.keys("space")
-    wait_for(lambda: stored(program).get("cornerToSummon") is False, what="the corner to be off")
-    tab(desktop, 1)
-    desktop.keys("Down")
-    wait_for(lambda: stored(program).get("summonPosition") == "cursor", what="the pointer's place")
-    tab(desktop, 2)
-    desktop.keys("space")  # Records.
-    time.sleep(0.3)
-    desktop.keys("Control_L", "Alt_L", "j")
-    wait_for(lambda: stored(program).get("hotKeyLabel") == "⌥⌘J", what="the hot key")
-
-    def assert_in_force():
-        desktop.move(300, 300)
-        desktop.keys("Control_L", "Alt_L", "j")
-        wait_for(program.panel_is_up, 3, "the panel to come up by the new key")
-        rect = program.panel_rect()
-        assert rect.x <= 330 and rect.x + rect.width >= 270, rect
-        desktop.keys("Control_L", "Alt_L", "j")
-        program.wait_until_hidden()
-    assert_in_force()
-    program.restart()
-    assert_in_force()
-    window = open_settings(desktop, program)
-    tab(desktop, 4)
-    desktop.keys("space")
-    wait_for(lambda: stored(program)["cornerToSummon"] is True, what="the corner to be on again")
-    assert desktop.active_window() == window.id
-
-
-@main
-def test_what_rows_and_drags_do_follows_the_form_and_outlives_a_restart(desktop, program):
-    """By keyboard alone in the form: the drag's switch and key, the watched folder, expiry, double click, drag out."""
-    opened = record_applications(desktop, "Viewer")
-    old, new = (desktop.write(desktop.home / f"{name}.txt", name) for name in ("old", "new"))
-    desktop.write(program.state_file, state_of(old))
-    program.start()
-    desktop.run(program.binary, new)
-    program.wait_for_items(2)
+    program.add(new)
     files = file_source(desktop, place=(20, 20, 160, 160))
     receiver = target(desktop, place=(20, 420, 200, 200))
+    folder = desktop.home / "Pictures/Screenshots"
 
-    def drag_summons(*keys):
+    def hide():
         if program.panel_is_up():
-            activate(program)
-            desktop.keys("Escape")
-            program.wait_until_hidden()
+            program.activate()
+            program.hide()
+
+    def assert_drag(summons, *keys):
+        hide()
         desktop.begin_drag(*files.centre)
         with desktop.held(*keys):
             desktop.glide(300, 300)
-            time.sleep(0.4)
-            came = program.panel_is_up()
+            if summons:
+                wait_for(program.panel_is_up, 3, "the panel to come up for the drag")
+            else:
+                program.assert_stays_down(0.4)
         desktop.release()
         program.wait_until_hidden()
-        return came
 
-    def set_here(key, value, *keys):
-        desktop.keys(*keys)
-        wait_for(lambda: stored(program).get(key) == value, 3, f"{key} to be {value}")
-
-    open_settings(desktop, program)
-    tab(desktop, 2)
-    set_here("shakeToSummon", False, "space")
-    assert not drag_summons()
-    open_settings(desktop, program)
-    set_here("shakeToSummon", True, "space")
-    assert drag_summons()
-    open_settings(desktop, program)
-    tab(desktop, 1)
-    set_here("dragModifier", "shift", "End")
-    tab(desktop, 7)
-    folder = desktop.home / "Pictures/Screenshots"
-    set_here("watchedFolders", [str(folder)], "space")
-    tab(desktop, 2)  # From the new entry: the button has done its work and is gone.
-    set_here("autoCleanup", "1h", "Down")
+    def walk(tabs, keys, preference, value):
+        desktop.type(*["Tab"] * tabs, *keys)
+        program.wait_for_stored(preference, value)
+    hide()
+    assert_drag(True)
+    program.open_settings()
+    desktop.type("Tab", "space")
+    wait_for((desktop.config_home / "autostart/app.vantleapp.Vantle.desktop").exists, what="the entry for the login")
+    walk(1, ["space"], "shakeToSummon", False)
+    assert_drag(False)
+    program.open_settings()
+    walk(0, ["space"], "shakeToSummon", True)
+    walk(1, ["End"], "dragModifier", "shift")
+    walk(1, ["space"], "cornerToSummon", False)
+    walk(1, ["Down"], "summonPosition", "cursor")
+    desktop.type("Tab", "Tab", "space")  # Records.
+    program.wait_until_idle()
+    desktop.keys(*HOT_KEY)
+    program.wait_for_stored("hotKeyLabel", "⌥⌘J")
+    walk(3, ["space"], "watchedFolders", [str(folder)])
+    walk(2, ["Down"], "autoCleanup", "1h")  # From the new entry: the button has done its work and is gone.
     program.wait_for_items(1)
-    tab(desktop, 1)
-    set_here("doubleClickAction", "open", "Down")
-    tab(desktop, 1)
-    set_here("removeAfterDragOut", True, "space")
+    walk(1, ["Down"], "doubleClickAction", "open")
+    walk(1, ["space"], "removeAfterDragOut", True)
     desktop.keys("Control_L", "w")
 
     for turn in range(2):
-        assert not drag_summons()
-        assert drag_summons("Shift_L")
+        assert_drag(False)
+        assert_drag(True, "Shift_L")
+        desktop.move(300, 300)
+        desktop.keys(*HOT_KEY)
+        wait_for(program.panel_is_up, 3, "the panel to come up by the new key")
+        assert program.panel_rect()[:2] == (314, 314)
+        desktop.keys(*HOT_KEY)
+        program.wait_until_hidden()
         shot = desktop.write(folder / f"shot {turn}.png", "x")
         program.wait_for_items(2)
-        assert program.paths()[-1] == str(shot).encode()
+        assert program.names() == [b"new.txt", shot.name.encode()]
         desktop.double_click(*program.row(0))
-        wait_for(lambda: opened() == [f"Viewer {new}"] * (turn + 1), 5, "the file to be opened")
+        wait_for(lambda: [what for _, what in opened()] == [f"Viewer {new}"] * (turn + 1), 5, "the file to be opened")
         program.give(1, *receiver.centre)
-        receiver.event("drop")
+        receiver.event("drop", number=turn + 1)
         program.wait_for_items(1)
-        assert program.paths() == [str(new).encode()]
+        assert program.names() == [b"new.txt"]
         program.restart()
-
-
-def test_an_application_is_ignored(desktop, shelf):
-    desktop.write(desktop.data_home / "applications/org.example.Zebra.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Zebra Viewer\nExec=true\nIcon=folder\n")
-    open_settings(desktop, shelf)
-    tab(desktop, 8)
-    desktop.keys("space")
-    dialog = desktop.window("Add Application", shelf.process.pid)
-    wait_for(lambda: desktop.active_window() == dialog.id, 5, "the dialog to get the keyboard")
-    for letter in "zebra":
-        desktop.keys(letter)
-    desktop.keys("Return")
-    wait_for(lambda: stored(shelf).get("ignoredApps") == ["org.example.Zebra"], what="the application in the list")
+    program.open_settings()
+    walk(4, ["space"], "cornerToSummon", True)

@@ -3,7 +3,7 @@ import pytest
 
 from desktop import wait_for
 
-main = pytest.mark.main
+pytestmark = pytest.mark.main
 TAIL = "Up", "Up", "Up"  # Past settings, tour and quit, with which the menu ends where there is no tray.
 
 
@@ -16,56 +16,59 @@ def current(program):
     return next(s for s in state["shelves"] if s["id"] == state["current"])
 
 
-def title(program):
-    rect = program.panel_rect()
-    return rect.x + 24, rect.y + 20
-
-
 def prompt(program):
     return next((w for w in program.desktop.windows("Rename", program.process.pid)), None)
 
 
 def type_name(program, name):
     """Into the prompt, which must have got the keyboard."""
-    desktop = program.desktop
     window = wait_for(lambda: prompt(program), 5, "the prompt")
-    wait_for(lambda: desktop.active_window() == window.id, 5, "the keyboard in the prompt")
-    for letter in name:
-        desktop.keys(letter)
+    wait_for(lambda: program.desktop.active_window() == window.id, 5, "the keyboard in the prompt")
+    program.desktop.type(*name)
 
 
 def menus(program):
     """The open menus, the last that opened last."""
     desktop = program.desktop
-    tooltip = desktop.atom("_NET_WM_WINDOW_TYPE_TOOLTIP")
     return [w for w in desktop.windows(pid=program.process.pid) if w.get_attributes().override_redirect
-            and tooltip not in (desktop.property(w, "_NET_WM_WINDOW_TYPE") or ())]
+            and "_NET_WM_WINDOW_TYPE_TOOLTIP" not in desktop.atoms(w, "_NET_WM_WINDOW_TYPE")]
 
 
 def wait_for_menus(program, count):
     return wait_for(lambda: len(menus(program)) == count, 3, f"{count} menus")
 
 
-@main
-def test_by_keyboard(desktop, shelf):
-    desktop.run(shelf.binary, desktop.write(desktop.home / "one.txt", "x"))
-    shelf.wait_for_items(1)
-    shelf.summon()
+def test_by_pointer_and_by_keyboard(desktop, shelf):
+    shelf.add(*desktop.files("one.txt"))
+    # Somebody types in another program; only the presses in the panel are for us.
+    desktop.start("mousepad", "mousepad")
+    rival = desktop.window("Mousepad")
+    desktop.place(rival, 100, 100, 600, 400)
+    desktop.activate(rival)
+    desktop.keys("a")
+    rect = shelf.panel_rect()
+    for count in (1, 0, 1):  # The second closes it, and does not open it again.
+        desktop.click(rect.x + 24, rect.y + 20)
+        wait_for_menus(shelf, count)
+    rect = desktop.rect(menus(shelf)[-1])
+    desktop.click(rect.x + 30, rect.y + rect.height * 2.5 / 8.5)  # Of eight entries and two lines.
+    type_name(shelf, "play")
+    desktop.keys("Return")
+    wait_for(lambda: names(shelf) == ["play"], what="the new name")
+    shelf.restart().summon()
 
     def choose(*keys, opener="space"):
         """Opens the menu from the title and walks it."""
         desktop.keys(opener)
         wait_for_menus(shelf, 1)
-        for key in keys:
-            desktop.keys(key)
+        desktop.type(*keys)
         wait_for_menus(shelf, 0)
-
     desktop.keys("Tab")  # To the title, where the keyboard stays.
     choose("Down", "Down", "Down", "Return")  # Rename, behind the one shelf and "new".
     type_name(shelf, "work")
     desktop.keys("Return")
     wait_for(lambda: names(shelf) == ["work"], what="the new name")
-    wait_for(lambda: desktop.active_window() == shelf.panel().id, 3, "the keyboard back in the panel")
+    shelf.wait_for_keyboard()
 
     choose(*TAIL, "Up", "Return", opener="Return")  # Closing the only shelf is off: the entry before it.
     wait_for(lambda: current(shelf)["pinned"], what="the pin")
@@ -88,27 +91,3 @@ def test_by_keyboard(desktop, shelf):
     assert shelf.panel_is_up()
     choose(*TAIL, "Return")
     desktop.window("Vantle Settings")
-
-
-@main
-def test_by_pointer(desktop, shelf):
-    desktop.run(shelf.binary, desktop.write(desktop.home / "one.txt", "x"))
-    shelf.wait_for_items(1)
-    # Somebody types in another program; only the presses in the panel are for us.
-    desktop.start("mousepad", "mousepad")
-    rival = desktop.window("Mousepad")
-    desktop.place(rival, 100, 100, 600, 400)
-    desktop.activate(rival)
-    desktop.keys("a")
-
-    desktop.click(*title(shelf))
-    wait_for_menus(shelf, 1)
-    desktop.click(*title(shelf))  # Closes it, and does not open it again.
-    wait_for_menus(shelf, 0)
-    desktop.click(*title(shelf))
-    wait_for_menus(shelf, 1)
-    rect = desktop.rect(menus(shelf)[-1])
-    desktop.click(rect.x + 30, rect.y + rect.height * 2.5 / 8.5)  # Of eight entries and two lines.
-    type_name(shelf, "work")
-    desktop.keys("Return")
-    wait_for(lambda: names(shelf) == ["work"], what="the new name")

@@ -1,94 +1,67 @@
-"""The menu of the tray's item, by a tray of the test's own: what stands in it and what each entry does."""
+"""The tray's item: its menu, by a tray of the test's own, and trays that come and go."""
 import pytest
 from gi.repository import Gio, GLib
+from Xlib import error
 
 from desktop import wait_for
-from peers import source
-from test_rowmenu import record_applications
+from peers import record_openings, source
+from program import TOUR
 from test_welcome import Tour
 
 main = pytest.mark.main
-WATCHER, WATCHER_PATH = "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher"
+WATCHER = "org.kde.StatusNotifierWatcher"
 MENU = "com.canonical.dbusmenu"
 ENGLISH = ["Show or Hide Shelf (Ctrl+Alt+S)", None, "Welcome Tour", "About Vantle", "Send Feedback", "Settings…", None,
            "Quit Vantle"]
 GERMAN = ["Ablage ein-/ausblenden (Strg+Alt+S)", None, "Einführung", "Über Vantle", "Feedback senden", "Einstellungen\xa0…", None,
           "Vantle beenden"]
-NODE = Gio.DBusNodeInfo.new_for_xml(f"""<node><interface name="{WATCHER}">
+INTERFACE = f"""<interface name="{WATCHER}">
 <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
 <property name="IsStatusNotifierHostRegistered" type="b" access="read"/>
 <property name="ProtocolVersion" type="i" access="read"/>
-<property name="RegisteredStatusNotifierItems" type="as" access="read"/></interface></node>""")
+<property name="RegisteredStatusNotifierItems" type="as" access="read"/></interface>"""
 
 
 class Tray:
-    """Watcher and host in one, which answer while the test waits."""
+    """Watcher and host in one."""
 
-    def __init__(self, program):
-        self.bus = program.bus
-        self.item = None
-        self.bus.register_object(WATCHER_PATH, NODE.interfaces[0], self._called, self._asked, None)
-        Gio.bus_own_name_on_connection(self.bus, WATCHER, 0, None, None)
-        self.wait_for(lambda: program.is_named(WATCHER), "the tray")
+    def __init__(self, desktop):
+        self.desktop, self.item = desktop, None
+        self.number = desktop.serve(WATCHER, "/StatusNotifierWatcher", INTERFACE, self._register, {
+            "IsStatusNotifierHostRegistered": ("b", True), "ProtocolVersion": ("i", 0),
+            "RegisteredStatusNotifierItems": ("as", [])})
 
-    def _called(self, _connection, sender, _path, _interface, _method, arguments, invocation):
-        name = arguments.unpack()[0]
-        self.item = (sender, name) if name.startswith("/") else (name, "/StatusNotifierItem")
-        invocation.return_value(None)
+    def _register(self, _method, arguments, call):
+        name = arguments[0]
+        self.item = (call.get_sender(), name) if name.startswith("/") else (name, "/StatusNotifierItem")
 
-    def _asked(self, _connection, _sender, _path, _interface, name):
-        return {"IsStatusNotifierHostRegistered": GLib.Variant("b", True), "ProtocolVersion": GLib.Variant("i", 0),
-                "RegisteredStatusNotifierItems": GLib.Variant("as", [])}[name]
-
-    @staticmethod
-    def wait_for(predicate, what):
-        def served():
-            while GLib.MainContext.default().iteration(False):
-                pass
-            return predicate()
-        return wait_for(served, 10, what)
-
-    def _call(self, path, interface, method, arguments):
-        return self.bus.call_sync(self.item[0], path, interface, method, arguments, None, 0, 5000).unpack()
-
-    def _menu(self):
-        get = GLib.Variant("(ss)", ("org.kde.StatusNotifierItem", "Menu"))
-        return self._call(self.item[1], "org.freedesktop.DBus.Properties", "Get", get)[0]
+    def _menu(self, method, form, *arguments):
+        [path] = self.desktop.call(*self.item, "org.freedesktop.DBus.Properties.Get", "(ss)", "org.kde.StatusNotifierItem",
+                                   "Menu")
+        return self.desktop.call(self.item[0], path, f"{MENU}.{method}", form, *arguments)
 
     def entries(self):
-        """Number and label; a line has no label."""
-        _, (_, _, children) = self._call(self._menu(), MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))
-        return [(number, None if of.get("type") == "separator" else of["label"]) for number, of, _ in children
-                if of.get("visible", True)]
-
-    def keys(self):
-        _, (_, _, children) = self._call(self._menu(), MENU, "GetLayout", GLib.Variant("(iias)", (0, -1, [])))
-        return [of["shortcut"] for _, of, _ in children if "shortcut" in of]
+        """Number and properties of each."""
+        _, (_, _, children) = self._menu("GetLayout", "(iias)", 0, -1, [])
+        return [(number, of) for number, of, _ in children if of.get("visible", True)]
 
     def labels(self):
-        return [label for _, label in self.entries()]
+        """A line has no label."""
+        return [None if of.get("type") == "separator" else of["label"] for _, of in self.entries()]
 
     def choose(self, label):
-        number = next(n for n, each in self.entries() if each == label)
-        self._call(self._menu(), MENU, "Event",
-                   GLib.Variant("(isvu)", (number, "clicked", GLib.Variant("s", ""), 0)))
+        number = next(n for n, of in self.entries() if of.get("label") == label)
+        self._menu("Event", "(isvu)", number, "clicked", GLib.Variant("s", ""), 0)
 
 
 @main
 def test_every_entry(desktop, program):
-    opened = record_applications(desktop, "Viewer")
-    tray = Tray(program)
-    program.prefer()
-    process = program.process = desktop.start("vantle", program.binary,
-                                              environment={"LANGUAGE": "", "LC_ALL": "en_US.UTF-8"})
-    tray.wait_for(lambda: tray.item, "the item")
-    program.wait_until_idle()
+    opened = record_openings(desktop, "Viewer")
+    tray = Tray(desktop)
+    process = program.start(LANGUAGE="", LC_ALL="en_US.UTF-8").process
+    wait_for(lambda: tray.item, what="the item")
     assert tray.labels() == ENGLISH
-    assert tray.keys() == [[["Control", ","]], [["Control", "Q"]]]
-
-    def comes_to_front(title):
-        wait_for(lambda: desktop.focused_title() == title, 5, f"{title} to have the keyboard")
-        return desktop.window(title, process.pid)
+    assert [of["shortcut"] for _, of in tray.entries() if "shortcut" in of] == [[["Control", ","]], [["Control", "Q"]]]
 
     tray.choose(ENGLISH[0])
     wait_for(program.panel_is_up, 3, "the panel")
@@ -98,13 +71,13 @@ def test_every_entry(desktop, program):
     rival = source(desktop, {}).window
     desktop.activate(rival)
     tray.choose("About Vantle")
-    comes_to_front("About Vantle")
+    desktop.wait_for_focus("About Vantle")
     desktop.keys("Escape")
     wait_for(lambda: not desktop.windows("About Vantle"), 3, "it to close")
 
     tray.choose("Send Feedback")
     wait_for(opened, 5, "the browser")
-    browser, address = opened()[0].split(" ")
+    browser, address = opened()[0][1].split(" ")
     assert browser == "Browser" and address.startswith("https://") and address.endswith("#feedback"), opened()
     assert "/?app=" in address and "%20(" in address.replace("%28", "("), opened()
 
@@ -114,7 +87,7 @@ def test_every_entry(desktop, program):
     tour.wait_for_page(1)
     desktop.activate(rival)
     tray.choose("Welcome Tour")
-    comes_to_front("Welcome to Vantle")
+    desktop.wait_for_focus(TOUR)
     assert tour.page() == 1
     desktop.message(tour.window, "_NET_CLOSE_WINDOW", 0, 2)
     wait_for(lambda: not tour.is_open(), 3, "the tour to close")
@@ -123,11 +96,40 @@ def test_every_entry(desktop, program):
     assert tour.page() == 0
 
     tray.choose("Settings…")
-    comes_to_front("Vantle Settings")
+    desktop.wait_for_focus("Vantle Settings")
     desktop.keys("d")
-    tray.wait_for(lambda: tray.labels() == GERMAN, "the menu in German")
+    wait_for(lambda: tray.labels() == GERMAN, what="the menu in German")
     tray.choose("Über Vantle")
-    comes_to_front("Über Vantle")
+    desktop.wait_for_focus("Über Vantle")
+    Gio.bus_unown_name(tray.number)
+    wait_for(lambda: not desktop.is_named(WATCHER), what="the tray to go")
+    tray.item = None
+    Gio.bus_own_name_on_connection(desktop.bus, WATCHER, 0, None, None)
+    wait_for(lambda: tray.item, what="the item in a tray that comes later")
     tray.choose("Vantle beenden")
     wait_for(lambda: process.poll() is not None, 5, "the program to end")
     assert process.returncode == 0
+
+
+def test_in_trays_of_the_old_kind(desktop, program):
+    """One that comes after the program, goes and comes again, and is there at start."""
+    def holds_it():
+        def embedded(window, depth=0):
+            try:
+                children = window.query_tree().children if depth < 6 else []
+            except error.BadWindow:  # It went with its tray.
+                children = []
+            return any(desktop.property(c, "_XEMBED_INFO") is not None or embedded(c, depth + 1) for c in children)
+        return desktop.display.get_selection_owner(desktop.atom("_NET_SYSTEM_TRAY_S0")) and embedded(desktop.root)
+    program.start()
+    for turn in range(2):
+        tray = desktop.start("trayer", "trayer", "--edge", "bottom", "--widthtype", "pixel", "--width", "200", "--height", "40")
+        wait_for(holds_it, what=f"the item in the tray, turn {turn}")
+        if turn == 0:
+            desktop.end(tray)
+            wait_for(lambda: not holds_it(), what="the tray to go")
+            program.assert_alive()
+    program.kill()
+    wait_for(lambda: not holds_it(), what="the item to go")
+    program.start()
+    wait_for(holds_it, what="the item in the tray that was there")

@@ -1,5 +1,4 @@
 """The tour: it greets the first start alone, its pages turn, and its sample really lands on the shelf."""
-import json
 import time
 
 import pytest
@@ -7,7 +6,7 @@ import pytest
 from desktop import wait_for
 from program import TOUR
 
-main = pytest.mark.main
+pytestmark = pytest.mark.main
 BOTTOM = 37  # From the window's lower edge to the middle of its buttons,
 LEFT, RIGHT = 72, 75  # from its sides to their middles,
 DOT = 18  # from dot to dot.
@@ -50,9 +49,6 @@ class Tour:
     def click(self, from_left):
         self.desktop.click(self.rect.x + from_left, self.rect.y + self.rect.height - BOTTOM)
 
-    def next(self):
-        self.click(self.rect.width - RIGHT)
-
     def moves(self):
         """Whether the picture does: that of the last page is at rest once the sample is on the shelf."""
         area = self.rect.x + 100, self.rect.y + 20, self.rect.width - 200, 260
@@ -66,19 +62,14 @@ class Tour:
         return bool(self.desktop.windows(TOUR))
 
 
-def first_start(desktop, program):
+def test_first_start_leads_by_pointer_to_a_real_drag_and_the_second_shows_nothing(desktop, program):
     program.prefer(onboarded=False)
     program.start()
-    assert json.loads(program.preferences.read_text())["onboarded"] is True
-    return Tour(desktop, program)
-
-
-@main
-def test_first_start_leads_by_pointer_to_a_real_drag_and_the_second_shows_nothing(desktop, program):
-    tour = first_start(desktop, program)
+    assert program.stored("onboarded") is True
+    tour = Tour(desktop, program)
     assert (tour.rect.width, tour.rect.height) == (640, 640)
     assert tour.moves()
-    tour.next()
+    tour.click(tour.rect.width - RIGHT)
     tour.wait_for_page(1)
     for page, key in ((2, "Right"), (3, "Return")):
         desktop.keys(key)
@@ -104,7 +95,7 @@ def test_first_start_leads_by_pointer_to_a_real_drag_and_the_second_shows_nothin
     time.sleep(0.6)
     assert program.panel_is_up() and len(program.items()) == 1
 
-    tour.next()
+    tour.click(tour.rect.width - RIGHT)
     wait_for(lambda: not tour.is_open(), 3, "the tour to close")
     assert program.panel_is_up()
     program.restart()

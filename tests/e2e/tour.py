@@ -5,7 +5,7 @@ import sys
 import time
 
 from desktop import Desktop, wait_for
-from peers import FileManager, source
+from peers import FileManager, carry
 from program import TREE, Program
 
 SHOTS = TREE / "shots"
@@ -19,10 +19,8 @@ def shot(desktop, name):
 def tour(desktop):
     desktop.run("xsetroot", "-solid", "#4a6572")
     program = Program(desktop)
-    program.prefer(onboarded=True)
     program.start()
     path = desktop.write(desktop.home / "Documents/Report 2026.txt", "the report\n")
-    (desktop.home / "Outbox").mkdir()
     documents = FileManager(desktop, "thunar", path.parent)
     outbox = FileManager(desktop, "thunar", desktop.home / "Outbox", (0, 400, 480, 390))
 
@@ -39,12 +37,9 @@ def tour(desktop):
     program.summon()
     shot(desktop, "3-restarted")
 
-    for row, offer in enumerate((b"https://www.debian.org/", "A note on the way".encode()), 1):
-        note = source(desktop, {"text/plain;charset=utf-8": offer}, place=(560, 100, 160, 120))
-        desktop.begin_drag(*note.centre)
-        program.drop()
+    for row, offer in enumerate((b"https://www.debian.org/", b"A note on the way"), 1):
+        carry(program, {"text/plain;charset=utf-8": offer}, place=(560, 100, 160, 120))
         program.wait_for_items(row + 1)
-        desktop.end(note.process)
     shot(desktop, "4-link-and-text")
 
     program.give(0, *outbox.empty_place)
