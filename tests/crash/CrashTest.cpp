@@ -150,7 +150,6 @@ protected:
                 EXPECT_TRUE(last.isEmpty() || digest == m_known)
                     << "a start must give the state that was saved";
                 inMemory = digest;
-                ++m_starts;
             } else if (disk == Disk::Good) {
                 EXPECT_EQ(digest, last.isEmpty() ? inMemory : last)
                     << "an operation has not saved what it did";
@@ -161,7 +160,6 @@ protected:
         const QByteArray now = bytes ? digestOf(*bytes) : QByteArray();
         EXPECT_TRUE(now == last || (now == before && !settled))
             << "the state file is none that the program had told of";
-        m_killedInSave += settled ? 0 : 1;
         m_known = now;
         if (bytes)
             checkContent(*bytes);
@@ -217,8 +215,6 @@ protected:
     QByteArray m_known; // Digest of the state file after the last death; empty for none.
     QSet<QByteArray> m_memory; // Every state that a child has had.
     int m_saves = 0;
-    int m_starts = 0;
-    int m_killedInSave = 0;
     int m_managed = 0;
 };
 
@@ -238,9 +234,6 @@ TEST_P(KillTest, EveryStartFindsAStateThatTheLastLifeHadSaved)
     liveAndDie(times(), Disk::Good);
     EXPECT_GT(m_saves, times());
     EXPECT_GT(m_managed, 0);
-    std::printf("%s: %d kills, %d of them within a save, %d starts, %d saves, %d managed files "
-                "looked for\n",
-                GetParam(), times(), m_killedInSave, m_starts, m_saves, m_managed);
 }
 
 INSTANTIATE_TEST_SUITE_P(Places, KillTest, testing::Values("/var/tmp", "/dev/shm"));

@@ -6,6 +6,13 @@
 #include <sys/fsuid.h>
 #include <sys/resource.h>
 
+namespace {
+
+const QByteArray noShelf
+    = R"({"current":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","shelves":[],"closed":[]})";
+
+}
+
 TEST(LoadTest, WhereTheCurrentShelfIsNotOpenTheFirstOneIs)
 {
     World w;
@@ -18,8 +25,6 @@ TEST(LoadTest, WhereTheCurrentShelfIsNotOpenTheFirstOneIs)
 
 TEST(LoadTest, WhatCannotBeReadIsSetAsideAndNothingIsSwept)
 {
-    const QByteArray noShelf
-        = R"({"current":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","shelves":[],"closed":[]})";
     for (const QByteArray &damage :
          { QByteArray(), QByteArray("{\"current\":"), QByteArray("[]"), noShelf }) {
         for (const bool isLink : { false, true }) {
@@ -113,8 +118,6 @@ TEST(LoadTest, TheSweepLeavesTheFolderByNoLink)
 
 TEST(LoadTest, TheOlderFileIsReadOnce)
 {
-    const QByteArray noShelf
-        = R"({"current":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","shelves":[],"closed":[]})";
     for (const QByteArray &newer : { QByteArray(), noShelf }) {
         SCOPED_TRACE(newer.constData());
         World w;
