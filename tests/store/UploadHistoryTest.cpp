@@ -32,6 +32,7 @@ TEST(UploadHistoryTest, TheNewestThirtyStayAndAFileHasOneRecord)
     w.queue.advance(5);
     history.add(q("7"), q("a/\u00e9"), q("https://x/"));
     EXPECT_EQ(ids(history).size(), 30);
+    EXPECT_EQ(ids(history).count(q("7")), 1);
     EXPECT_EQ(history.records.value().first(),
               (UploadRecord { q("7"), q("a/\u00e9"), q("https://x/"), w.queue.now() }));
     EXPECT_EQ(history.record(q("7")), history.records.value().first());
