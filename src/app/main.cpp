@@ -49,6 +49,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -106,6 +107,24 @@ struct X11Desktop
     TrayItem statusItem;
 };
 
+/// Work that hangs in a disk at the end may go on at any moment, and posts to the queue:
+/// all that it uses stays, since the process ends where this stands.
+struct LastWork
+{
+    ~LastWork()
+    {
+        const bool lanesEnded = lanes.end();
+        const bool picturesEnded = pictureLanes.end();
+        if (!workers.end() || !lanesEnded || !picturesEnded)
+            std::_Exit(status);
+    }
+
+    ThreadWorkers &workers;
+    FileLanes &lanes;
+    FileLanes &pictureLanes;
+    int status = 0;
+};
+
 int run(QApplication &application, const Directories &directories, SingleInstance &instance,
         const QList<QUrl> &files)
 {
@@ -133,6 +152,7 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     XdgAutostart autostart(directories.config, XdgAutostart::runningExecutable());
     ThemeIcons icons(resources + QStringLiteral("/icons"));
     FileLanes pictureLanes; // A list of pictures holds up no other look at files.
+    LastWork lastWork { workers, lanes, pictureLanes };
     DecoderPool pictures(DecoderPool::installedProgram(), pictureLanes, queue);
     DesktopThumbnails thumbnails(DesktopThumbnails::placesOf(directories), pictures, pictureLanes,
                                  queue);
@@ -180,7 +200,8 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     });
     if (!files.isEmpty())
         delegate.openUrls(files);
-    return application.exec();
+    lastWork.status = application.exec();
+    return lastWork.status;
 }
 
 /// Who starts programs from a menu sees no standard error: a window says it, until it is

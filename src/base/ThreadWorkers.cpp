@@ -11,9 +11,14 @@ ThreadWorkers::ThreadWorkers()
 
 ThreadWorkers::~ThreadWorkers()
 {
-    m_pool->clear();
-    if (m_pool->waitForDone(1000))
+    if (end())
         delete m_pool;
+}
+
+bool ThreadWorkers::end()
+{
+    m_pool->clear();
+    return m_pool->waitForDone(1000);
 }
 
 void ThreadWorkers::run(WorkerPriority priority, std::function<void()> work)

@@ -9,10 +9,11 @@ class ThreadWorkers final : public Workers
 {
 public:
     ThreadWorkers();
-    /// Drops work that has not begun and gives the rest a second to end. A
-    /// thread that hangs in a dead network mount is left behind: the process
-    /// is about to end.
     ~ThreadWorkers() override;
+
+    /// Drops work that has not begun and gives the rest a second to end. False where
+    /// some hangs in a dead network mount: it is left behind, with all that it uses.
+    bool end();
 
     /// Where work with the user's files goes, by path; without it they are like all
     /// other work. Set before there is any.

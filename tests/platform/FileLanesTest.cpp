@@ -40,4 +40,11 @@ TEST(FileLanes, AMountThatHangsHoldsUpItselfAloneHoweverItIsReached)
     EXPECT_FALSE(ended.tryAcquire());
     server.release(24);
     EXPECT_TRUE(ended.tryAcquire(25, 10'000));
+    lanes.run(root + "/dead/x", [&] {
+        ended.release();
+        server.acquire();
+    });
+    ASSERT_TRUE(ended.tryAcquire(1, 10'000));
+    EXPECT_FALSE(lanes.end()) << "what hangs at the end is told of";
+    server.release();
 }

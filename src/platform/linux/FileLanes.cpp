@@ -65,18 +65,22 @@ public:
         pool->start(std::move(work));
     }
 
-    void end()
+    bool end()
     {
         {
             const std::lock_guard lock(m_mutex);
             m_ended = true;
         }
         QDeadlineTimer deadline(patience);
-        for (const auto &[mount, pool] : m_pools) {
+        std::erase_if(m_pools, [&deadline](const auto &entry) {
+            QThreadPool *const pool = entry.second;
             pool->clear();
-            if (pool->waitForDone(static_cast<int>(deadline.remainingTime())))
-                delete pool;
-        }
+            if (!pool->waitForDone(static_cast<int>(deadline.remainingTime())))
+                return false;
+            delete pool;
+            return true;
+        });
+        return m_pools.empty();
     }
 
     MountTable mounts;
@@ -95,6 +99,11 @@ FileLanes::FileLanes(const QByteArray &mountTable)
 FileLanes::~FileLanes()
 {
     m_lanes->end();
+}
+
+bool FileLanes::end()
+{
+    return m_lanes->end();
 }
 
 bool FileLanes::isRemote(const QByteArray &path)

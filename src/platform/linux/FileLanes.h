@@ -18,6 +18,8 @@ public:
 
     /// By the path alone, links in it not followed.
     bool isRemote(const QByteArray &path);
+    /// Begins nothing any more; false where work hangs. It goes on using what it has.
+    bool end();
     void run(const QByteArray &path, std::function<void()> work);
 
 private:

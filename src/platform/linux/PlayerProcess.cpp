@@ -37,6 +37,11 @@ PlayerProcess::PlayerProcess(QString program, const QUrl &url, FileLanes &lanes,
         if (alive.expired())
             return;
         const int file = PlainFile::open(path);
+        if (alive.expired()) { // It may have hung until the queue had gone.
+            if (file >= 0)
+                ::close(file);
+            return;
+        }
         queue.post([this, file, alive] {
             if (alive.lock())
                 opened(file);
