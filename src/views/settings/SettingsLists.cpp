@@ -140,13 +140,13 @@ void SettingsView::addWatchedFolder(const QByteArray &folder)
 /// It is watched from the first screenshot on, which may be what would make it.
 void SettingsView::addScreenshotFolder()
 {
-    m_desktop.workers.run(WorkerPriority::UserInitiated,
-                          [this, alive = std::weak_ptr(m_alive), &queue = m_desktop.queue,
-                           folder = m_screenshotFolder] {
-                              const bool exists = QDir().mkpath(QFile::decodeName(folder));
-                              queue.post([this, alive, exists, folder] {
-                                  if (alive.lock())
-                                      addWatchedFolder(exists ? folder : QByteArray());
-                              });
-                          });
+    m_desktop.workers.runAt(m_screenshotFolder,
+                            [this, alive = std::weak_ptr(m_alive), &queue = m_desktop.queue,
+                             folder = m_screenshotFolder] {
+                                const bool exists = QDir().mkpath(QFile::decodeName(folder));
+                                queue.post([this, alive, exists, folder] {
+                                    if (alive.lock())
+                                        addWatchedFolder(exists ? folder : QByteArray());
+                                });
+                            });
 }
