@@ -115,8 +115,13 @@ void ShelfStore::sweepOrphans() const
     QSet<QByteArray> used;
     for (const auto *list : { &shelves.value(), &closed.value() }) {
         for (const Shelf &shelf : *list) {
-            for (const ShelfItem &item : shelf.items)
-                used.insert(FilePath::lastComponent(FilePath::fromUrl(item.url)));
+            for (const ShelfItem &item : shelf.items) {
+                const QByteArray path = FilePath::standardized(FilePath::fromUrl(item.url));
+                // It may be there under a name that no entry knows yet.
+                if (isManaged(item.url) && !FilePath::exists(path))
+                    return;
+                used.insert(FilePath::lastComponent(path));
+            }
         }
     }
     for (const QByteArray &name : names) {

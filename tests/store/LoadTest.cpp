@@ -151,6 +151,12 @@ TEST(LoadTest, TheSweepTakesWhatNoShelfNames)
     w.store();
     EXPECT_EQ(w.droppedNames(), (QList<QByteArray> { "closed.txt", "namesake.txt", "open.txt" }));
     EXPECT_TRUE(FilePath::exists(FilePath::fromUrl(outside)));
+
+    // What was renamed while the program was off, and is still searched for, is nobody's by name.
+    ASSERT_EQ(rename(w.dropped("open.txt").constData(), w.dropped("renamed.txt").constData()), 0);
+    w.bookmarks.searching.insert(w.dropped("open.txt"));
+    w.restart();
+    EXPECT_TRUE(FilePath::exists(w.dropped("renamed.txt")));
 }
 
 TEST(LoadTest, EntriesOfTheOldDataFolderFollowItsMove)

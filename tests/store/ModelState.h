@@ -238,7 +238,9 @@ struct ModelState
             }
         }
         save();
-        if (hasSetAside)
+        const auto isMissing
+            = [&](int place) { return place >= userPlaces && !disk.present.count(place); };
+        if (hasSetAside || std::any_of(used.begin(), used.end(), isMissing))
             return;
         std::erase_if(disk.present,
                       [&](int place) { return place >= userPlaces && !used.count(place); });
