@@ -65,7 +65,8 @@ void DragOffer::answer(const xcb_selection_request_event_t &request)
         // The portal gets to know the files only now, since a registration opens them to
         // whoever has the key. A key is good for one fetch.
         answerLater(
-            request, [paths = m_portalPaths] { return PortalFiles::transfer(paths); },
+            request, m_portalPaths.first(),
+            [paths = m_portalPaths] { return PortalFiles::transfer(paths); },
             [this](const Asked &asked, const std::optional<QByteArray> &key) {
                 if (!key)
                     return Answer::Refused;
@@ -74,7 +75,7 @@ void DragOffer::answer(const xcb_selection_request_event_t &request)
             });
     } else if (const QByteArray path = contentPath(request.target); !path.isEmpty()) {
         answerLater(
-            request, [path] { return contentOf(path); },
+            request, path, [path] { return contentOf(path); },
             [this](const Asked &asked, const std::optional<QByteArray> &content) {
                 return give(asked, content);
             });
@@ -99,7 +100,8 @@ QByteArray DragOffer::contentPath(xcb_atom_t target)
 }
 
 void DragOffer::answerLater(
-    const xcb_selection_request_event_t &request, std::function<std::optional<QByteArray>()> fetch,
+    const xcb_selection_request_event_t &request, const QByteArray &path,
+    std::function<std::optional<QByteArray>()> fetch,
     std::function<Answer(const Asked &, const std::optional<QByteArray> &)> reply)
 {
     const auto answered = [this, alive = std::weak_ptr(m_alive), request,
@@ -108,10 +110,9 @@ void DragOffer::answerLater(
             notify(request,
                    reply({ request.requestor, request.target, propertyOf(request) }, fetched));
     };
-    m_workers.run(WorkerPriority::UserInitiated,
-                  [&queue = m_queue, fetch = std::move(fetch), answered] {
-                      queue.post([fetched = fetch(), answered] { answered(fetched); });
-                  });
+    m_workers.runAt(path, [&queue = m_queue, fetch = std::move(fetch), answered] {
+        queue.post([fetched = fetch(), answered] { answered(fetched); });
+    });
 }
 
 DragOffer::Answer DragOffer::give(const Asked &asked, const std::optional<QByteArray> &content)

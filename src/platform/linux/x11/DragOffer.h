@@ -47,7 +47,7 @@ private:
     bool isPortalType(xcb_atom_t type);
     /// The file whose content the answer needs; none for most.
     QByteArray contentPath(xcb_atom_t target);
-    void answerLater(const xcb_selection_request_event_t &request,
+    void answerLater(const xcb_selection_request_event_t &request, const QByteArray &path,
                      std::function<std::optional<QByteArray>()> fetch,
                      std::function<Answer(const Asked &, const std::optional<QByteArray> &)> reply);
     Answer give(const Asked &asked, const std::optional<QByteArray> &content);
