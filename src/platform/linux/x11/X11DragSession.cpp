@@ -129,6 +129,9 @@ bool X11DragSession::eventFilter(QObject *object, QEvent *event)
     case QEvent::KeyPress:
         if (static_cast<QKeyEvent *>(event)->key() != Qt::Key_Escape)
             return false;
+        event->accept(); // No shortcut's: then it comes as a press, which no window gets either.
+        if (event->type() == QEvent::ShortcutOverride)
+            return true;
         letPointerGo();
         m_drag->cancel();
         return true;
