@@ -237,6 +237,13 @@ TEST_F(BookmarksTest, AFileThatMovesWhileItIsSearchedForIsNotAbsent)
     EXPECT_EQ(world.checkToTheEnd(query).url, FilePath::toUrl(world.path("far/b")));
     mover.join();
     ::close(events);
+    // One that was absent and came back is searched for anew when it goes again.
+    world.move("far/b", "../away");
+    EXPECT_EQ(world.checkToTheEnd(query).outcome, Outcome::Absent);
+    world.move("../away", "home/one/a");
+    world.check(query);
+    world.move("home/one/a", "far/c");
+    EXPECT_EQ(world.checkToTheEnd(query).url, FilePath::toUrl(world.path("far/c")));
 }
 
 TEST_F(BookmarksTest, WhereNoWalkCanProveItTheLookNearDoes)
@@ -276,6 +283,11 @@ TEST_F(BookmarksTest, WithoutAUsableBookmarkTheAddressCounts)
         EXPECT_EQ(answer.url, nowhere);
         EXPECT_TRUE(answer.newBookmark);
     }
+    // Without a table of mounts nobody knows which file systems are there.
+    QFile::remove(world.folder.filePath(QStringLiteral("mountinfo")));
+    world.restart();
+    world.move("home/one/b", "../away");
+    EXPECT_EQ(world.check({ nowhere, whole }).outcome, Outcome::Missing);
 }
 
 TEST_F(BookmarksTest, AFolderThatMustNotBeReadHidesNothing)

@@ -50,6 +50,7 @@ LocationCheck::LocationCheck(BookmarkParts &parts, BookmarkMemo &memo,
     , m_deadline(after(bound == Bookmarks::Bound::Brief ? parts.bounds.brief : parts.bounds.remote))
     , m_mounts(parts.mounts.current())
     , m_trash(parts.places.homeTrash, *m_mounts)
+    , m_hasAnswers(parts.outside->hasAnswers())
     , m_answers(queries.size())
 {
     understand(queries);
@@ -160,6 +161,8 @@ void LocationCheck::settle(int query, const FileLook &look, const RemoteLooks::R
     if (here && atRecord && known.pathIsUrls) { // As nearly always.
         answer.outcome = Outcome::Found;
         answer.trashed = known.trashed;
+        if (m_hasAnswers) // One that was absent may move again.
+            m_parts.outside->forget(identity);
         return;
     }
     const QByteArray &other = remote ? remote->otherPath : known.record->path;

@@ -56,6 +56,7 @@ private:
     const Clock::time_point m_deadline; // Of a brief check, and for network mounts.
     const std::shared_ptr<const Mounts> m_mounts;
     const TrashFolders m_trash;
+    const bool m_hasAnswers; // Of searches outside.
     QList<BookmarkAnswer> m_answers;
     QList<QByteArray> m_openFolders; // Local folders of entries.
     QHash<QByteArray, QList<RemoteLooks::Task>> m_remote; // By mount point.

@@ -37,7 +37,11 @@ void LocationCheck::findMissing()
         const auto volume = volumes.find(record);
         const bool mayAnswer = m_bound == Bookmarks::Bound::Brief || m_parts.isEarly();
         if (!volume || (volume->remote && mayAnswer)) {
-            outcome = mayAnswer ? Outcome::Unanswered : Outcome::Absent;
+            // Without a table of mounts nobody knows which volumes are there.
+            if (mayAnswer)
+                outcome = Outcome::Unanswered;
+            else if (!m_mounts->all().empty())
+                outcome = Outcome::Absent;
             continue;
         }
         FileIdentity file = record.identity;

@@ -106,13 +106,14 @@ MountTable::~MountTable()
 std::shared_ptr<const Mounts> MountTable::current()
 {
     const std::lock_guard lock(m_mutex);
-    if (m_file < 0)
+    const bool isFirst = m_file < 0;
+    if (isFirst)
         m_file = ::open(m_path.constData(), O_RDONLY | O_CLOEXEC);
     // The kernel says on each open file once that there was a change since.
     pollfd change { m_file, POLLPRI, 0 };
     const bool changed
         = m_file >= 0 && ::poll(&change, 1, 0) > 0 && (change.revents & (POLLPRI | POLLERR)) != 0;
-    if (!m_mounts || changed)
+    if (!m_mounts || changed || (isFirst && m_file >= 0))
         m_mounts = std::make_shared<const Mounts>(readFromStart(m_file),
                                                   m_mounts ? m_mounts->number() + 1 : 1);
     return m_mounts;

@@ -57,6 +57,12 @@ OutsideSearches::Answer OutsideSearches::answerFor(const FileIdentity &file, con
     return holds ? kept->answer : Answer();
 }
 
+bool OutsideSearches::hasAnswers()
+{
+    const std::lock_guard lock(m_mutex);
+    return !m_kept.isEmpty();
+}
+
 void OutsideSearches::forget(const FileIdentity &file)
 {
     const std::lock_guard lock(m_mutex);

@@ -42,6 +42,7 @@ public:
     /// That a file is not there holds only for what is mounted of the volume's now, and as long as
     /// nothing has come to light where another mount was.
     Answer answerFor(const FileIdentity &file, const Volume &volume, const Mounts &mounts);
+    bool hasAnswers();
     void forget(const FileIdentity &file);
 
     /// Begins a search, in the folders `first`, if none runs on the file system.
