@@ -385,8 +385,9 @@ TEST(Decoder, WhatIsPreviewedGoesFirstAndWhatWasCancelledIsNotDone)
     }
     ASSERT_TRUE(w.waitFor([&] { return order.size() == rows + 1; }));
     const auto place = [&](int i) { return std::ranges::find(order, i) - order.begin(); };
-    EXPECT_LE(place(rows / 2), 2);
-    EXPECT_LE(place(rows), 4) << "rows that were asked for last show";
+    // Two had begun, and what begins beside it on the other core may end before it.
+    EXPECT_LE(place(rows / 2), 3);
+    EXPECT_LE(place(rows), 5) << "rows that were asked for last show";
     char events[256];
     EXPECT_EQ(::read(watch, events, sizeof events), -1) << "it was opened";
     ::close(watch);

@@ -62,8 +62,7 @@ QString ApplicationService::introspect(const QString &) const
 )");
 }
 
-/// Arguments of other types are answered by the bus library: there is no such method. All but
-/// the last method are answered before their request, which may have to wait, is done.
+/// All but AddToShelf are answered before their request, which may have to wait, is done.
 bool ApplicationService::handleMessage(const QDBusMessage &call, const QDBusConnection &bus)
 {
     const auto arguments = call.arguments();
@@ -77,7 +76,8 @@ bool ApplicationService::handleMessage(const QDBusMessage &call, const QDBusConn
             bus.send(call.createReply(values));
     };
     constexpr char standard[] = "org.freedesktop.Application";
-    if (is("app.vantleapp.Vantle", "AddToShelf", "ass")) {
+    constexpr char own[] = "app.vantleapp.Vantle";
+    if (is(own, "AddToShelf", "ass")) {
         whenReady([this, answer, urls = urlsOf(arguments[0]), text = arguments[1].toString()] {
             answer({ m_requests->addToShelf(urls, text) });
         });
@@ -91,7 +91,13 @@ bool ApplicationService::handleMessage(const QDBusMessage &call, const QDBusConn
     } else if (is(standard, "ActivateAction", "sava{sv}")) {
         whenReady([this, action = arguments[0].toString()] { m_requests->perform(action); });
     } else {
-        return false;
+        // Of other interfaces the bus library knows the standard ones.
+        const bool isOurs
+            = call.interface() == QLatin1String(standard) || call.interface() == QLatin1String(own);
+        if (isOurs && call.isReplyRequired())
+            bus.send(call.createErrorReply(QDBusError::UnknownMethod,
+                                           QStringLiteral("no such method with such arguments")));
+        return isOurs;
     }
     answer({});
     return true;
