@@ -17,7 +17,6 @@
 #include "platform/StatusItem.h"
 #include "platform/TabWindow.h"
 #include "views/AboutView.h"
-#include "views/AccessibleRole.h"
 #include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
 #include "views/preview/PreviewWindow.h"
@@ -104,7 +103,6 @@ void AppDelegate::connectPanel()
                                       m_desktop.dragSession, m_desktop.queue, m_desktop.resources);
     m_view->setThumbnails(m_thumbnails);
     m_desktop.panelWindow.setRootView(m_view.get());
-    setAccessibleRole(*m_view->window(), QAccessible::Window);
     m_panel = std::make_unique<ShelfPanel>(
         m_desktop.panelWindow, m_desktop.screens, m_desktop.pointer, m_desktop.preferences,
         m_desktop.dragSession, m_desktop.icons, m_desktop.queue, m_ql);

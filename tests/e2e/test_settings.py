@@ -58,7 +58,7 @@ def test_changes_hold_at_once_and_after_a_restart(desktop, program):
         hide()
         desktop.begin_drag(*files.centre)
         with desktop.held(*keys):
-            desktop.glide(300, 300)
+            desktop.glide(600, 300)
             if summons:
                 wait_for(program.panel_is_up, 3, "the panel to come up for the drag")
             else:
@@ -85,7 +85,7 @@ def test_changes_hold_at_once_and_after_a_restart(desktop, program):
     program.wait_until_idle()
     desktop.keys(*HOT_KEY)
     program.wait_for_stored("hotKeyLabel", "⌥⌘J")
-    walk(3, ["space"], "watchedFolders", [str(folder)])
+    walk(4, ["space"], "watchedFolders", [str(folder)])
     walk(2, ["Down"], "autoCleanup", "1h")  # From the new entry: the button has done its work and is gone.
     program.wait_for_items(1)
     walk(1, ["Down"], "doubleClickAction", "open")

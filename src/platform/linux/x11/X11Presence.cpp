@@ -19,7 +19,7 @@ class AccessibleWindow final : public QAccessibleWidget
 {
 public:
     AccessibleWindow(QWidget *window, const X11Presence &presence)
-        : QAccessibleWidget(window)
+        : QAccessibleWidget(window, QAccessible::Window)
         , m_presence(presence)
     {
     }
