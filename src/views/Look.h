@@ -57,12 +57,6 @@ inline QColor card(const QPalette &palette)
 /// How much of the highlight's colour lies over the window where a row is selected.
 constexpr double selected = 0.2;
 
-/// For what comes second: still five to one against the window in common palettes.
-inline QColor secondary(const QPalette &palette)
-{
-    return shade(palette, 0.66);
-}
-
 /// By the Web Content Accessibility Guidelines, 1 to 21.
 inline double contrast(const QColor &one, const QColor &other)
 {
@@ -77,15 +71,33 @@ inline double contrast(const QColor &one, const QColor &other)
     return (high + 0.05) / (low + 0.05);
 }
 
-/// That colour, nearer to the text's where it needs that to be told from all grounds on which
-/// the palette's user meets it: window, fields, cards and selected rows.
+/// On what the palette's user meets texts and marks: window, fields, cards and selected rows.
+inline std::array<QColor, 4> grounds(const QPalette &palette)
+{
+    const QColor window = palette.color(QPalette::Window);
+    return { window, palette.color(QPalette::Base), card(palette),
+             blended(palette.color(QPalette::Highlight), window, selected) };
+}
+
+/// For what comes second: the text's colour, as soft as it can be read on every ground.
+inline QColor secondary(const QPalette &palette)
+{
+    constexpr double least = 4.5; // What the guidelines ask of text.
+    for (double opacity = 0.66; opacity < 1; opacity += 0.02) {
+        const QColor candidate = shade(palette, opacity);
+        if (std::ranges::all_of(grounds(palette), [&](const QColor &ground) {
+                return contrast(blended(candidate, ground, candidate.alphaF()), ground) >= least;
+            }))
+            return candidate;
+    }
+    return text(palette);
+}
+
+/// That colour, nearer to the text's where it needs that to be told from every ground.
 inline QColor distinct(const QPalette &palette, const QColor &color)
 {
     constexpr double least = 3; // What the guidelines ask of what is not text.
-    const QColor window = palette.color(QPalette::Window);
-    const std::array grounds { window, palette.color(QPalette::Base), card(palette),
-                               blended(palette.color(QPalette::Highlight), window, selected) };
-    const auto isDistinct = [&](const QColor &candidate) {
+    const auto isDistinct = [grounds = grounds(palette)](const QColor &candidate) {
         return std::ranges::all_of(
             grounds, [&](const QColor &ground) { return contrast(candidate, ground) >= least; });
     };
