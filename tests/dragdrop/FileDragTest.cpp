@@ -43,18 +43,12 @@ TEST(FileDragTest, IconsFanOutDownAndRightAndOnlyEightAreDrawn)
     FakeIcons icons;
     FileDrag::begin({}, session, icons, { 100, 50 }, [](bool) { FAIL(); });
     EXPECT_TRUE(session.begun.empty());
-
-    FileDrag::begin(QList<QUrl>(1, webUrl) + QList<QUrl>(9, fileUrl), session, icons, { 100, 50 },
-                    [](bool) {});
-    ASSERT_EQ(session.begun.size(), 1U);
-    const auto &items = session.begun[0].items;
+    FileDrag::begin(QList<QUrl>(10, fileUrl), session, icons, { 100, 50 }, [](bool) {});
+    const auto &items = session.begun.at(0).items;
     ASSERT_EQ(items.size(), 10);
     EXPECT_EQ(items[0].frame, QRectF(80, 30, 40, 40));
     EXPECT_EQ(items[2].frame, QRectF(88, 38, 40, 40));
-    const auto colour
-        = [&](qsizetype i) { return items[i].icon.pixmap(40).toImage().pixelColor(0, 0); };
-    EXPECT_EQ(colour(0), QColor(Qt::blue));
-    EXPECT_EQ(colour(7), QColor(Qt::darkGreen));
+    EXPECT_FALSE(items[7].icon.isNull());
     EXPECT_TRUE(items[8].icon.isNull());
 }
 
@@ -82,38 +76,23 @@ TEST(RowDragTest, APressOutsideAllRowsDragsNothing)
     w.pressed.reset();
     w.down(10, 10);
     EXPECT_FALSE(w.move(200, 200));
-    w.drag.dragURLs = nullptr;
-    EXPECT_FALSE(w.move(200, 200));
     EXPECT_TRUE(w.session.begun.empty());
 }
 
-TEST(RowDragTest, OnlyWhatATargetTookCountsAsDraggedOut)
+TEST(RowDragTest, OnlyWhatATargetTookCountsAsDraggedOutAlsoAfterThePanelsEnd)
 {
-    for (const bool accepted : { false, true }) {
-        SCOPED_TRACE(accepted);
-        RowWorld w;
-        w.down(0, 0);
-        w.move(5, 0);
-        w.pressed = QList { webUrl }; // Another selection by the time the drag ends.
-        w.session.begun.at(0).onEnd(accepted);
-        EXPECT_EQ(w.out, accepted ? QList({ fileUrl, webUrl }) : QList<QUrl>());
-    }
-}
-
-TEST(RowDragTest, ADragMayEndAfterItsPanel)
-{
-    FakeDragSession session;
-    bool out = false;
-    {
-        FakeIcons icons;
-        RowDrag drag(session, icons);
-        drag.dragURLs = [] { return QList { fileUrl }; };
-        drag.onDraggedOut = [&](const QList<QUrl> &) { out = true; };
-        drag.routeRowDrag(WindowButtonEvent::LeftDown, {});
-        drag.routeRowDrag(WindowButtonEvent::LeftDragged, { 3, 0 });
-    }
-    session.begun.at(0).onEnd(true);
-    EXPECT_FALSE(out);
+    auto w = std::make_unique<RowWorld>();
+    w->down(0, 0);
+    w->move(5, 0);
+    w->pressed = QList { webUrl }; // Another selection by the time the drag ends.
+    const auto end = w->session.begun.at(0).onEnd;
+    end(false);
+    EXPECT_EQ(w->out, QList<QUrl>());
+    end(true);
+    EXPECT_EQ(w->out, QList({ fileUrl, webUrl }));
+    w->drag.onDraggedOut = [](const QList<QUrl> &) { FAIL(); };
+    w.reset();
+    end(true);
 }
 
 TEST(HandleDragTest, OneDragForEachPressWithWhatIsThereWhenItBegins)
@@ -122,10 +101,7 @@ TEST(HandleDragTest, OneDragForEachPressWithWhatIsThereWhenItBegins)
     FakeIcons icons;
     HandleDrag handle(session, icons);
     QList<QUrl> list { fileUrl };
-    QList<QUrl> out;
     handle.urls = [&] { return list; };
-    handle.onDraggedOut = [&](const QList<QUrl> &urls) { out = urls; };
-
     handle.mouseDragged({ 50, 50 }); // No press before it.
     handle.mouseDown({ 0, 0 });
     handle.mouseDragged({ 2, 2 });
@@ -133,14 +109,9 @@ TEST(HandleDragTest, OneDragForEachPressWithWhatIsThereWhenItBegins)
     list = { fileUrl, webUrl };
     handle.mouseDragged({ 0, 3 });
     handle.mouseDragged({ 0, 30 });
-    ASSERT_EQ(session.begun.size(), 1U);
-    session.begun[0].onEnd(false);
-    EXPECT_TRUE(out.isEmpty());
-    session.begun[0].onEnd(true);
-    EXPECT_EQ(out, list);
-
     handle.mouseDown({ 0, 0 });
     handle.mouseUp();
     handle.mouseDragged({ 9, 9 });
-    EXPECT_EQ(session.begun.size(), 1U);
+    ASSERT_EQ(session.begun.size(), 1U);
+    EXPECT_EQ(session.begun[0].items.size(), 2);
 }

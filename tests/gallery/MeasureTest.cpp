@@ -44,13 +44,6 @@ QLabel *label(QWidget &window, int width)
     return result;
 }
 
-struct Case
-{
-    const char *what;
-    const char *fault; // How the only one begins; none if empty.
-    std::function<QWidget *(QWidget &)> make;
-};
-
 QWidget *scrolled(QWidget &window)
 {
     auto *area = new QScrollArea(&window);
@@ -63,7 +56,12 @@ QWidget *scrolled(QWidget &window)
     return area;
 }
 
-const Case cases[] = {
+struct
+{
+    const char *what;
+    const char *fault; // How the only one begins; none if empty.
+    std::function<QWidget *(QWidget &)> make;
+} const cases[] = {
     { "a label with room", "", [](QWidget &w) { return label(w, 300); } },
     { "a label that is too narrow", "clipped: QLabel \"Some words of text\"",
       [](QWidget &w) { return label(w, 60); } },
@@ -88,17 +86,13 @@ const Case cases[] = {
 
 TEST(MeasureTest, FindsEachKindOfFaultAndNoOther)
 {
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         QWidget window;
         auto *column = new QVBoxLayout(&window);
         column->addWidget(c.make(window));
-        const QStringList faults = textFaults(window);
-        const QString all = faults.join(u'\n');
-        if (*c.fault) {
-            EXPECT_TRUE(all.startsWith(QLatin1String(c.fault))) << qPrintable(all);
-        } else {
-            EXPECT_TRUE(faults.isEmpty()) << qPrintable(all);
-        }
+        const QString all = textFaults(window).join(u'\n');
+        EXPECT_TRUE(*c.fault ? all.startsWith(QLatin1String(c.fault)) : all.isEmpty())
+            << qPrintable(all);
     }
 }

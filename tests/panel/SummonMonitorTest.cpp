@@ -118,7 +118,6 @@ TEST(SummonMonitorTest, TheGesturesTellTheBeginningAndTheEndOfADragOfFiles)
         { "3.9 points", "f3.9,0", "" },
         { "4 points", "f4,0", "s" },
         { "more than 4 points aslant", "f-3,3", "s" },
-        { "less than 4 points aslant", "f-2,3", "" },
         { "further moves are the same drag", "f4,0 d90,0 c", "s" },
         { "files of an earlier drag", "p d100,0", "" },
         { "announced before the press", "a p d100,0", "" },
@@ -132,8 +131,6 @@ TEST(SummonMonitorTest, TheGesturesTellTheBeginningAndTheEndOfADragOfFiles)
         { "switched off", "!drag f50,0", "" },
 
         { "release", "f4,0 r r", "se" },
-        { "release of a press that was no drag", "f3,0 r", "" },
-        { "release without a press", "r", "" },
         { "a release closes the press", "f0,0 r d50,0", "" },
         { "a press whose predecessor was never released", "f4,0 p d50,0", "se" },
         { "and its own drag", "f4,0 f4,0 r", "sese" },
@@ -149,7 +146,6 @@ TEST(SummonMonitorTest, TheGesturesTellTheBeginningAndTheEndOfADragOfFiles)
           "!drag !option q-7,0 a c-3.9,0", "s" },
         { "in the corner, in an ignored press", "!ignored =thunar f50,0 c", "s" },
         { "both switched off", "!drag !corner f499,-399", "" },
-        { "in the corner without files", "p c", "" },
         { "no screen there", "!drag !screens f499,-399", "" },
     };
     for (const auto &c : cases) {
@@ -165,97 +161,74 @@ TEST(SummonMonitorTest, TheGesturesTellTheBeginningAndTheEndOfADragOfFiles)
 
 TEST(SummonMonitorTest, TheCornerIsSixPointsWideOnEveryScreen)
 {
-    struct Place
-    {
-        QPointF at;
-        const char *story;
+    const std::pair<QPointF, const char *> places[] = {
+        { { 994, 1 }, "" },     { { 994.1, 1 }, "s" }, { { 999, 6 }, "" },
+        { { 999, 5.9 }, "s" },  { { 999, -1 }, "" },   { { 1000, 1 }, "" }, // The second's left.
+        { { 1999, 104 }, "s" }, { { 1999, 106 }, "" }, { { 1999, 99 }, "" },
     };
-    const Place places[]
-        = {
-              { { 994, 1 }, "" },     { { 994.1, 1 }, "s" }, { { 999, 6 }, "" },
-              { { 999, 5.9 }, "s" },  { { 999, 0 }, "s" },   { { 999, -1 }, "" },
-              { { 1000, 1 }, "" }, // The second screen's left edge.
-              { { 1999, 104 }, "s" }, { { 1999, 106 }, "" }, { { 1999, 99 }, "" },
-          };
-    for (const auto &place : places) {
-        SCOPED_TRACE(testing::Message() << place.at.x() << ", " << place.at.y());
+    for (const auto &[at, story] : places) {
+        SCOPED_TRACE(testing::Message() << at.x() << ", " << at.y());
         World w;
         w.screens.screens.append({ QRectF(1000, 100, 1000, 800), {} });
         w.monitor.dragEnabled = false;
-        w.dragFiles(place.at - middle);
+        w.dragFiles(at - middle);
         w.queue.settle();
-        EXPECT_EQ(w.story.toStdString(), place.story);
+        EXPECT_EQ(w.story.toStdString(), story);
     }
 }
 
 TEST(SummonMonitorTest, TheCornerGestureRestsForMoreThanASecond)
 {
-    struct Pause
-    {
-        double seconds;
-        const char *story;
-    };
-    for (const Pause &pause : { Pause { 0.5, "se" }, { 1.0, "se" }, { 1.001, "ses" } }) {
-        SCOPED_TRACE(pause.seconds);
+    for (const auto &[seconds, story] : { std::pair(1.0, "se"), std::pair(1.001, "ses") }) {
         World w;
         w.monitor.dragEnabled = false;
         w.dragFiles(corner - middle);
         w.pointer.release();
-        w.queue.advance(pause.seconds);
+        w.queue.advance(seconds);
         w.dragFiles(corner - middle);
         w.queue.settle();
-        EXPECT_EQ(w.story.toStdString(), pause.story);
+        EXPECT_EQ(w.story.toStdString(), story);
     }
 }
 
-TEST(SummonMonitorTest, WhatCostsMuchIsAskedLast)
+TEST(SummonMonitorTest, TheFrontApplicationIsAskedForOnceAndLast)
 {
     World w;
     w.monitor.ignoredBundleIDs = { QStringLiteral("thunar") };
     w.pointer.press(middle);
-    w.selection.reads = 0;
-    w.pointer.drag(middle + QPointF(3, 0));
-    EXPECT_EQ(w.selection.reads, 0);
     w.pointer.drag(middle + QPointF(40, 0));
-    EXPECT_GT(w.selection.reads, 0);
     EXPECT_EQ(w.front.reads, 0);
     w.announceFiles();
+    w.pointer.drag(middle + QPointF(50, 0));
     EXPECT_EQ(w.front.reads, 1);
 }
 
-TEST(SummonMonitorTest, StopsAndRefusesAndGoesQuietly)
+TEST(SummonMonitorTest, WhatComesAfterItsEndReachesNobody)
 {
-    {
-        World w;
-        w.monitor.start();
-        EXPECT_TRUE(w.pointer.isWatched());
-        w.dragFiles({ 50, 0 });
-        w.monitor.stop();
-        EXPECT_FALSE(w.pointer.isWatched());
-        w.selection.answer(true);
-        w.queue.settle();
-        EXPECT_EQ(w.story.toStdString(), "s");
-    }
-    {
-        World w;
-        w.monitor.stop();
-        w.pointer.refuses = true;
-        w.monitor.start();
-        w.dragFiles({ 50, 0 });
-        w.queue.settle();
-        EXPECT_TRUE(w.story.isEmpty());
-    }
     World w;
-    int calls = 0;
-    auto monitor
-        = std::make_unique<SummonMonitor>(w.pointer, w.selection, w.front, w.screens, w.queue);
-    monitor->onDragStart = [&calls] { ++calls; };
-    monitor->start();
     w.dragFiles({ 50, 0 });
-    monitor.reset();
+    w.monitor.stop();
+    EXPECT_FALSE(w.pointer.isWatched());
     w.selection.answer(true);
     w.queue.settle();
-    EXPECT_EQ(calls, 0);
+    EXPECT_EQ(w.story.toStdString(), "s");
+    w.pointer.release();
+    w.pointer.refuses = true; // Nor on a desktop that lets nobody watch.
+    w.monitor.start();
+    w.dragFiles({ 50, 0 });
+    w.queue.settle();
+    EXPECT_EQ(w.story.toStdString(), "s");
+
+    World gone;
+    gone.monitor.stop();
+    auto monitor = std::make_unique<SummonMonitor>(gone.pointer, gone.selection, gone.front,
+                                                   gone.screens, gone.queue);
+    monitor->onDragStart = [] { FAIL(); };
+    monitor->start();
+    gone.dragFiles({ 50, 0 });
+    monitor.reset();
+    gone.selection.answer(true);
+    gone.queue.settle();
 }
 
 }

@@ -1,4 +1,3 @@
-#include "platform/fake/FakeItemProvider.h"
 #include "views/ViewWorld.h"
 
 #include <QImage>
@@ -19,73 +18,29 @@ TEST(ShelfViewTest, TheHeaderOffersOnlyWhatThereIs)
 {
     ViewWorld w;
     EXPECT_FALSE(w.handle());
-    EXPECT_FALSE(w.headerButton(QStringLiteral("clear")));
-    EXPECT_FALSE(w.list().isVisible());
-
+    EXPECT_FALSE(w.headerButton(u"clear"_s));
     w.store().add(w.world.files(3));
     w.settle();
-    ASSERT_TRUE(w.handle());
-    EXPECT_TRUE(w.list().isVisible());
-    EXPECT_EQ(w.handle()->toolTip(), QStringLiteral("drag_out_all_help"));
+    EXPECT_EQ(w.handle()->toolTip(), u"drag_out_all_help"_s);
     EXPECT_EQ(w.view->dragOutItems().size(), 3);
     w.click(w.row(1));
-    EXPECT_EQ(w.handle()->toolTip(), QStringLiteral("drag_out_selected_help"));
+    EXPECT_EQ(w.handle()->toolTip(), u"drag_out_selected_help"_s);
     EXPECT_EQ(w.view->dragOutItems(), QList<ShelfItem>({ w.item(1) }));
-
-    w.headerButton(QStringLiteral("clear"))->click();
+    w.headerButton(u"clear"_s)->click();
     w.settle();
     EXPECT_FALSE(w.handle());
-    EXPECT_FALSE(w.list().isVisible());
-}
-
-TEST(ShelfViewTest, TheHandleDragsLinksAsAddressesAndReportsWhatWasTaken)
-{
-    ViewWorld w(2);
-    w.store().addLink(QUrl(QStringLiteral("https://example.org/")));
-    w.settle();
-    QList<QList<QUrl>> taken;
-    w.view->onDraggedOut = [&](const QList<QUrl> &urls) { taken.append(urls); };
-    const QPoint at = w.handle()->mapTo(w.view.get(), w.handle()->rect().center());
-    w.press(at);
-    w.move(at + QPoint(2, 2)); // 2.8 points.
-    EXPECT_TRUE(w.session.begun.empty());
-    w.move(at + QPoint(3, 0));
-    w.release(at + QPoint(3, 0));
-    ASSERT_EQ(w.session.begun.size(), 1U);
-    QList<QUrl> dragged;
-    for (const auto &item : w.session.begun[0].items)
-        dragged.append(item.url);
-    EXPECT_EQ(dragged,
-              QList<QUrl>(
-                  { w.item(0).url, w.item(1).url, QUrl(QStringLiteral("https://example.org/")) }));
-    EXPECT_EQ(w.session.begun[0].at, QPointF(at));
-    w.session.begun[0].onEnd(true);
-    EXPECT_EQ(taken, QList<QList<QUrl>>({ dragged }));
 }
 
 TEST(ShelfViewTest, AToastStaysTwoSecondsUnlessTheSameTextEndsEarlier)
 {
-    struct Case
-    {
-        const char *what;
-        QString second;
-        bool stays; // Beyond the end of the first.
-    };
-    const Case cases[] = {
-        { "another text", QStringLiteral("two"), true },
-        { "the same text", QStringLiteral("one"), false },
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const bool same : { false, true }) {
+        SCOPED_TRACE(same);
         ViewWorld w;
-        w.view->showToast(QStringLiteral("one"));
+        w.view->showToast(u"one"_s);
         w.world.queue.advance(1);
-        w.view->showToast(c.second);
-        EXPECT_EQ(w.view->toastText(), c.second);
-        w.world.queue.advance(1.1);
-        EXPECT_EQ(w.view->toastText().has_value(), c.stays);
-        w.world.queue.advance(0.8);
-        EXPECT_EQ(w.view->toastText().has_value(), c.stays);
+        w.view->showToast(same ? u"one"_s : u"two"_s);
+        w.world.queue.advance(1.9);
+        EXPECT_EQ(w.view->toastText().has_value(), !same);
         w.world.queue.advance(0.2);
         EXPECT_FALSE(w.view->toastText());
     }
@@ -111,23 +66,6 @@ TEST(ShelfViewTest, ThePreviewFollowsItemsAndSelection)
     w.store().clear();
     w.settle();
     EXPECT_TRUE(w.ql.urls.isEmpty());
-}
-
-TEST(ShelfViewTest, ADropIsAddedUnlessTheViewIsGone)
-{
-    for (const bool gone : { false, true }) {
-        SCOPED_TRACE(gone);
-        ViewWorld w;
-        const auto file = std::make_shared<FakeItemProvider>();
-        file->isFile = true;
-        file->url = w.world.file("dropped.txt");
-        w.view->handleDrop({ file });
-        if (gone)
-            w.view.reset();
-        file->answer();
-        w.world.queue.settle();
-        EXPECT_EQ(w.store().items.value().size(), gone ? 0 : 1);
-    }
 }
 
 TEST(ShelfViewTest, MotionEndsWhereAFreshViewBegins)

@@ -13,10 +13,31 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QListView>
+#include <QMenu>
 #include <QTest>
 #include <QWindow>
 
 #include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+/// A platform without a screen neither grabs the keyboard nor sizes dialogs, and says so.
+class QuietPlatform
+{
+public:
+    QuietPlatform()
+    {
+        before = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context,
+                                           const QString &text) {
+            if (!text.contains(u"propagateSizeHints") && !text.contains(u"grabbing the keyboard"))
+                before(type, context, text);
+        });
+    }
+    ~QuietPlatform() { qInstallMessageHandler(before); }
+
+private:
+    inline static QtMessageHandler before = nullptr;
+};
 
 /// A shelf view on a screen without pixels, over a store in virtual time. Input
 /// goes through the window, so that it reaches whichever widget is there.
@@ -105,6 +126,18 @@ public:
         settle();
     }
     QWindow *window() const { return view->windowHandle(); }
+
+    /// An entry of a menu or of one inside it.
+    static QAction *find(const QMenu &menu, const QString &text)
+    {
+        for (QAction *entry : menu.actions()) {
+            if (entry->text() == text)
+                return entry;
+            if (QAction *inside = entry->menu() ? find(*entry->menu(), text) : nullptr)
+                return inside;
+        }
+        return nullptr;
+    }
 
     static QString resources() { return QStringLiteral(VANTLE_SOURCE_DIR "/src/resources"); }
 
