@@ -7,6 +7,7 @@
 #include "panel/HotKeyCenter.h"
 #include "platform/Sounds.h"
 #include "views/AccessibleRole.h"
+#include "views/TextButton.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -37,7 +38,7 @@ HotKeyRecorder::HotKeyRecorder(AppSettings &settings, const Localizer &texts, So
     , m_sounds(sounds)
     , m_readKey(std::move(readKey))
     , m_field(new QPushButton(this))
-    , m_reset(new QPushButton(this))
+    , m_reset(new TextButton(this))
 {
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -8,6 +8,7 @@
 #include "views/AccessibleRole.h"
 #include "views/PlainText.h"
 #include "views/SlimScrollBar.h"
+#include "views/TextButton.h"
 #include "views/settings/EntryList.h"
 #include "views/settings/IconLabel.h"
 #include "views/settings/Picker.h"
@@ -294,7 +295,7 @@ Picker *SettingsView::addPicker(Section &section, const QString &key, Observable
 
 QPushButton *SettingsView::makeButton(const QString &key)
 {
-    auto *button = new QPushButton;
+    auto *button = new TextButton;
     button->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     setText(button, key);
     return button;

@@ -2,6 +2,8 @@
 
 #include "app/settings/Localizer.h"
 #include "views/DialogTitle.h"
+#include "views/Look.h"
+#include "views/TextButton.h"
 #include "views/settings/AppBadge.h"
 
 #include <QDialogButtonBox>
@@ -41,7 +43,7 @@ ApplicationPicker::ApplicationPicker(const QList<InstalledApplication> &applicat
     m_shown->setSortLocaleAware(true);
     m_shown->sort(0);
     m_list->setModel(m_shown);
-    m_list->setIconSize(QSize(24, 24));
+    m_list->setIconSize(QSize(24, 24) * Look::symbolScale());
     m_list->setUniformItemSizes(true);
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_list->setAccessibleName(windowTitle());
@@ -50,13 +52,15 @@ ApplicationPicker::ApplicationPicker(const QList<InstalledApplication> &applicat
     m_search->setClearButtonEnabled(true);
     m_search->installEventFilter(this);
     auto *buttons = new QDialogButtonBox(this);
-    m_add = buttons->addButton(texts.text(QStringLiteral("add")), QDialogButtonBox::AcceptRole);
-    buttons->addButton(texts.text(QStringLiteral("cancel")), QDialogButtonBox::RejectRole);
+    m_add = new TextButton(texts.text(QStringLiteral("add")));
+    buttons->addButton(m_add, QDialogButtonBox::AcceptRole);
+    buttons->addButton(new TextButton(texts.text(QStringLiteral("cancel"))),
+                       QDialogButtonBox::RejectRole);
     m_add->setDefault(true);
     auto *layout = new QVBoxLayout(this);
     for (auto *part : std::initializer_list<QWidget *> { m_search, m_list, buttons })
         layout->addWidget(part);
-    resize(380, 420);
+    resize(QSize(380, 420) * Look::symbolScale());
 
     QObject::connect(m_search, &QLineEdit::textChanged, this,
                      [this](const QString &part) { filter(part); });
