@@ -195,13 +195,13 @@ TEST(RegionTest, TheRegionOrdersTimesAndTheLanguageNamesThem)
 TEST(ToolkitTextsTest, ButtonsAndMenusOfTheToolkitSpeakEachLanguage)
 {
     ToolkitTexts texts;
-    const auto cancel = [] { return QCoreApplication::translate("QPlatformTheme", "Cancel"); };
+    const auto word = [] { return QCoreApplication::translate("QLineEdit", "Select All"); };
     QSet<QString> seen;
-    for (const char *code : { "en", "zh-Hans", "fr", "es", "de", "it", "ja", "ko" }) {
+    for (const char *code : { "en", "zh-Hans", "zh-Hant", "fr", "es", "de", "it", "ja", "ko" }) {
         texts.setLanguage(q(code));
-        seen.insert(cancel());
+        seen.insert(word());
     }
-    EXPECT_EQ(seen.size(), 8);
+    EXPECT_EQ(seen.size(), 9);
     texts.setLanguage(q("en"));
-    EXPECT_EQ(cancel(), q("Cancel"));
+    EXPECT_EQ(word(), q("Select All"));
 }
