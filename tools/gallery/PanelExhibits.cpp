@@ -24,7 +24,7 @@ public:
                stage.queue, Gallery::resources())
     {
         view.setAttribute(Qt::WA_DontShowOnScreen);
-        view.resize(238, 318);
+        view.resize(QSize(238, 318) * surroundings.textScale); // As the panel does.
         view.show();
         settle(1);
     }
