@@ -40,32 +40,25 @@ struct ThumbnailWorld
 TEST(ThumbnailLoaderTest, ThePictureOnlyGetsBetter)
 {
     using enum Representation;
-    struct Case
-    {
-        const char *what;
-        std::vector<Representation> sent;
-        QSize shown;
-        bool kept;
-    };
-    const Case cases[] = {
+    const std::tuple<const char *, std::vector<Representation>, QSize, bool> cases[] = {
         { "nothing", {}, { 0, 0 }, false },
         { "better and better", { LowQuality, Thumbnail }, { 64, 48 }, true },
         { "the worse one late", { Thumbnail, LowQuality }, { 64, 48 }, true },
         { "the worse one alone", { LowQuality }, { 32, 24 }, false },
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto &[what, sent, shown, kept] : cases) {
+        SCOPED_TRACE(what);
         ThumbnailWorld w;
         auto loader = w.loader(w.report);
         EXPECT_TRUE(w.generator.requests.empty()) << "construction alone does no work";
         loader.load(w.report, 32, 2);
         loader.load(w.report, 32, 2);
         ASSERT_EQ(w.generator.requests.size(), 1);
-        for (const auto quality : c.sent)
+        for (const auto quality : sent)
             w.send(0, quality, quality == Thumbnail ? w.full : w.small);
-        EXPECT_EQ(loader.image.value().size(), c.shown);
-        EXPECT_EQ(w.shared.cached(w.report, 64).isNull(), !c.kept);
-        EXPECT_EQ(w.loader(w.report).image.value().isNull(), !c.kept) << "at hand for the next row";
+        EXPECT_EQ(loader.image.value().size(), shown);
+        EXPECT_EQ(w.shared.cached(w.report, 64).isNull(), !kept);
+        EXPECT_EQ(w.loader(w.report).image.value().isNull(), !kept) << "at hand for the next row";
     }
 }
 
@@ -103,25 +96,24 @@ TEST(ThumbnailLoaderTest, AnotherFileOrScreenCancelsWhatWasAskedFor)
 
 TEST(ThumbnailLoaderTest, AFileThatChangedInItsPlaceIsDecodedAgain)
 {
+    ThumbnailWorld w;
+    w.loader(w.photo).load(w.photo, 32, 2);
+    auto first = w.loader(w.photo);
+    first.load(w.photo, 32, 2);
+    w.answer(1, w.full);
     for (const QByteArray &version : { QByteArray("1"), QByteArray("2") }) {
-        ThumbnailWorld w;
-        w.loader(w.photo).load(w.photo, 32, 2);
-        auto first = w.loader(w.photo);
-        first.load(w.photo, 32, 2);
-        w.answer(1, w.full);
-
         auto loader = w.loader(w.photo);
         loader.load(w.photo, 32, 2);
         EXPECT_EQ(loader.image.value().size(), w.full.size()) << "at once";
-        ASSERT_EQ(w.decoder.requests.size(), 3);
-        ASSERT_EQ(w.decoder.requests[2].kind, FakePictureDecoder::Kind::Version);
-        const auto answer = w.decoder.requests[2].version;
+        const size_t asked = w.decoder.requests.size();
+        ASSERT_EQ(w.decoder.requests.back().kind, FakePictureDecoder::Kind::Version);
+        const auto answer = w.decoder.requests.back().version;
         answer(version);
-        const bool changed = version == "2";
-        ASSERT_EQ(w.decoder.requests.size(), changed ? 4 : 3);
-        if (!changed)
+        if (version == "1") {
+            EXPECT_EQ(w.decoder.requests.size(), asked);
             continue;
-        w.answer(3, w.other, version);
+        }
+        w.answer(asked, w.other, version);
         EXPECT_EQ(loader.image.value().size(), w.other.size());
         EXPECT_EQ(w.shared.cached(w.photo, 64).size(), w.other.size());
     }

@@ -29,17 +29,17 @@ public:
         QApplication::processEvents();
     }
 
-    WelcomeFooter &footer() { return *static_cast<WelcomeFooter *>(left()->parentWidget()); }
-    QAbstractButton *left() { return button({ u"wel_skip", u"wel_back" }); }
-    QAbstractButton *right() { return button({ u"wel_next", u"welcome_start" }); }
-    DemoDragView *sample()
+    template<typename Widget>
+    Widget *one()
     {
-        for (auto *each : view.findChildren<QAbstractButton *>()) {
-            if (auto *found = dynamic_cast<DemoDragView *>(each))
+        for (auto *each : view.findChildren<QWidget *>()) {
+            if (auto *found = dynamic_cast<Widget *>(each))
                 return found;
         }
         return nullptr;
     }
+    WelcomeFooter &footer() { return *one<WelcomeFooter>(); }
+    DemoDragView *sample() { return one<DemoDragView>(); }
     /// Whether a label that can be seen says that.
     bool says(const QString &text)
     {
@@ -51,16 +51,6 @@ public:
 
     QString calls;
     WelcomeView view;
-
-private:
-    QAbstractButton *button(std::initializer_list<QStringView> labels)
-    {
-        for (auto *each : view.findChildren<QAbstractButton *>()) {
-            if (std::find(labels.begin(), labels.end(), each->text()) != labels.end())
-                return each;
-        }
-        return nullptr;
-    }
 };
 
 }
@@ -79,9 +69,9 @@ TEST(WelcomeTest, ButtonsDotsAndKeysTurnThePagesAndEndTheTourAtItsEnds)
         int to;
         const char *calls = "";
     } cases[] = {
-        { "left on the first ends", 0, [](Tour &t) { t.left()->click(); }, 0, "done " },
-        { "left goes back", 3, [](Tour &t) { t.left()->click(); }, 2 },
-        { "right goes on", 3, [](Tour &t) { t.right()->click(); }, 4 },
+        { "left on the first ends", 0, [](Tour &t) { t.footer().left().click(); }, 0, "done " },
+        { "left goes back", 3, [](Tour &t) { t.footer().left().click(); }, 2 },
+        { "right goes on", 3, [](Tour &t) { t.footer().right().click(); }, 4 },
         { "a dot", 0, [](Tour &t) { t.footer().dot(3).click(); }, 3 },
         { "the page's own dot", 2, [](Tour &t) { t.footer().dot(2).click(); }, 2 },
         { "after the last", 4, [](Tour &t) { t.view.go(5); }, 4 },
