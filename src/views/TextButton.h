@@ -14,7 +14,7 @@ public:
     QSize sizeHint() const override
     {
         const QSize hint = QPushButton::sizeHint();
-        const int padding = 2 * fontMetrics().averageCharWidth();
+        const int padding = fontMetrics().averageCharWidth();
         const QSize label = fontMetrics().size(Qt::TextShowMnemonic, text());
         return hint.expandedTo({ label.width() + 2 * padding, label.height() + padding });
     }

@@ -25,6 +25,7 @@ public:
             return apps;
         };
         view->actions.reveal = [this](const QList<QUrl> &urls) { revealed = urls; };
+        view->actions.copyText = [](const QList<QUrl> &) {};
         m_rowMenu.onRename = [this](const ShelfItem &item) { view->rename(item); };
         m_rowMenu.onToast = [this](const QString &text) { view->showToast(text); };
     }

@@ -150,15 +150,27 @@ void findClipped(const QList<DrawnText> &texts, const QWidget &window, QStringLi
     }
 }
 
-void findOverlapping(const QList<DrawnText> &texts, QStringList &faults)
+/// Of what a list has scrolled half away, the half that is left.
+QRectF visibleInk(const DrawnText &drawn, const QWidget &window)
+{
+    return drawn.ink & QRectF(drawn.widget->mapTo(&window, QPoint(0, 0)), drawn.widget->size());
+}
+
+/// Pieces of one line that run in two directions lean on each other.
+bool isOneLine(const DrawnText &one, const DrawnText &other, const QRectF &both)
+{
+    return one.widget == other.widget && both.width() < both.height() / 4;
+}
+
+void findOverlapping(const QList<DrawnText> &texts, const QWidget &window, QStringList &faults)
 {
     for (qsizetype i = 0; i < texts.size(); ++i) {
         for (qsizetype j = i + 1; j < texts.size(); ++j) {
-            const QRectF both = texts[i].ink & texts[j].ink;
+            const QRectF both = visibleInk(texts[i], window) & visibleInk(texts[j], window);
             const bool isDrawnTwice
                 = texts[i].text == texts[j].text && texts[i].ink == texts[j].ink;
             if (both.width() <= touch || both.height() <= touch || isDrawnTwice
-                || mayOverlap(texts[i], texts[j]))
+                || mayOverlap(texts[i], texts[j]) || isOneLine(texts[i], texts[j], both))
                 continue;
             faults.append(QStringLiteral("overlapping: %1 \"%2\" and %3 \"%4\" at %5")
                               .arg(describe(*texts[i].widget), texts[i].text,
@@ -215,7 +227,7 @@ QStringList textFaults(QWidget &window)
         return !widget->isVisibleTo(&window) || widget->window() != window.window();
     });
     findClipped(texts, window, faults);
-    findOverlapping(texts, faults);
+    findOverlapping(texts, window, faults);
     findMissing(texts, widgets, window, faults);
     findMisplaced(widgets, faults);
     for (const QWidget *widget : widgets) {
