@@ -3,7 +3,7 @@
 //   bench_find_moved FOLDER [WARM_ROUNDS [COLD_ROUNDS]]
 // Cold rounds empty the kernel's caches, for which one must be root. Prints medians, one figure a
 // line: name, value, unit. Ratios are the medians of each round's.
-#include "platform/linux/InodeSearch.h"
+#include "platform/linux/files/InodeSearch.h"
 
 #include <algorithm>
 #include <chrono>

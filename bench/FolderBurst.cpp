@@ -5,7 +5,7 @@
 #include "base/QtMainQueue.h"
 #include "base/ThreadWorkers.h"
 #include "panel/FolderWatcher.h"
-#include "platform/linux/InotifyFolders.h"
+#include "platform/linux/files/InotifyFolders.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>

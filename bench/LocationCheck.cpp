@@ -2,8 +2,8 @@
 // it costs the main thread to make bookmarks for many files that are added at once.
 //   bench_location_check [FILES] [FOLDERS]
 // One figure a line: name, value, unit. The times are medians.
-#include "platform/linux/BookmarkCoding.h"
-#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/files/BookmarkCoding.h"
+#include "platform/linux/files/LinuxBookmarks.h"
 
 #include "base/FilePath.h"
 #include "base/NativeFile.h"

@@ -11,12 +11,12 @@
 #include "platform/fake/FakeAutostart.h"
 #include "platform/fake/FakeDragSession.h"
 #include "platform/fake/FakePreferences.h"
-#include "platform/linux/DecoderPool.h"
-#include "platform/linux/DesktopThumbnails.h"
-#include "platform/linux/FileLanes.h"
-#include "platform/linux/ThemeIcons.h"
+#include "platform/linux/files/FileLanes.h"
+#include "platform/linux/pictures/DecoderPool.h"
+#include "platform/linux/pictures/DesktopThumbnails.h"
+#include "platform/linux/session/ThemeIcons.h"
 #include "store/QuickLookController.h"
-#include "views/ShelfView.h"
+#include "views/shelf/ShelfView.h"
 
 #include <QApplication>
 #include <QFile>

@@ -5,7 +5,7 @@
 #include "base/NativeFile.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
-#include "platform/linux/LinuxBookmarks.h"
+#include "platform/linux/files/LinuxBookmarks.h"
 #include "store/ShelfStore.h"
 
 #include <QTemporaryDir>

@@ -5,7 +5,7 @@
 #include "StoreHome.h"
 
 #include "base/QtMainQueue.h"
-#include "platform/linux/DecoderPool.h"
+#include "platform/linux/pictures/DecoderPool.h"
 
 #include <QCoreApplication>
 #include <QImage>

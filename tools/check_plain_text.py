@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that texts are shown by what takes none of them for markup (src/views/PlainText.h)."""
+"""Checks that texts are shown by what takes none of them for markup (src/views/look/PlainText.h)."""
 import pathlib
 import re
 import sys
@@ -10,14 +10,14 @@ FORBIDDEN = re.compile(
     r"|\bQ(?:MessageBox|ErrorMessage|ProgressDialog|InputDialog|WhatsThis|TextBrowser|TextDocument|TextEdit|GraphicsTextItem)\b"
     r"|\b(?:set|insert|append|to)(?:Html|Markdown)\b|\bQt::(?:RichText|AutoText|MarkdownText)\b")
 ALLOWED = {
-    "views/PlainText.h": {": public QLabel", ": QLabel"},
-    "views/PlainText.cpp": {"setToolTip", "QToolTip::showText"},
+    "views/look/PlainText.h": {": public QLabel", ": QLabel"},
+    "views/look/PlainText.cpp": {"setToolTip", "QToolTip::showText"},
     # A page that loads nothing and is never shown.
-    "platform/linux/DropFormats.cpp": {"QTextDocument", "setHtml"},
+    "platform/linux/transfer/DropFormats.cpp": {"QTextDocument", "setHtml"},
     # Asks whether a widget is one.
     "platform/linux/x11/KeyRouter.cpp": {"QTextEdit"},
     # The tray's, with the program's name.
-    "platform/linux/TrayItem.cpp": {"setToolTip"},
+    "platform/linux/session/TrayItem.cpp": {"setToolTip"},
 }
 bad = []
 for file in sorted((root / "src").rglob("*.[ch]*")):
@@ -27,6 +27,6 @@ for file in sorted((root / "src").rglob("*.[ch]*")):
             continue
         for match in FORBIDDEN.finditer(line.partition("//")[0]):
             if match[0] not in ALLOWED.get(name, ()):
-                bad.append(f"{name}:{number}: {match[0]} may take a name for markup; see views/PlainText.h")
+                bad.append(f"{name}:{number}: {match[0]} may take a name for markup; see views/look/PlainText.h")
 print("\n".join(bad))
 sys.exit(bool(bad))

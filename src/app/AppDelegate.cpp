@@ -16,10 +16,10 @@
 #include "platform/Sounds.h"
 #include "platform/StatusItem.h"
 #include "platform/TabWindow.h"
-#include "views/AboutView.h"
-#include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
 #include "views/preview/PreviewWindow.h"
+#include "views/settings/AboutView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QGuiApplication>
 

@@ -15,11 +15,11 @@
 #include "platform/KeyEvent.h"
 #include "store/QuickLookController.h"
 #include "store/ShelfStore.h"
-#include "views/DesktopStyle.h"
-#include "views/DockTabView.h"
-#include "views/PopupWatch.h"
-#include "views/ShelfView.h"
+#include "views/look/DesktopStyle.h"
+#include "views/look/PopupWatch.h"
 #include "views/preview/PreviewCache.h"
+#include "views/shelf/DockTabView.h"
+#include "views/shelf/ShelfView.h"
 
 #include <deque>
 #include <functional>

@@ -2,9 +2,9 @@
 
 #include "fileops/FileOps.h"
 #include "platform/PanelWindow.h"
-#include "platform/linux/FileLanes.h"
-#include "platform/linux/PlayerProcess.h"
-#include "views/ProgramIcon.h"
+#include "platform/linux/files/FileLanes.h"
+#include "platform/linux/pictures/PlayerProcess.h"
+#include "views/look/ProgramIcon.h"
 #include "views/preview/PreviewWindow.h"
 
 void AppDelegate::connectPreview()

@@ -3,7 +3,7 @@
 #include "base/Workers.h"
 #include "dragdrop/DroppedFiles.h"
 #include "platform/Clipboard.h"
-#include "platform/linux/LocalFiles.h"
+#include "platform/linux/files/LocalFiles.h"
 #include "store/DroppedImage.h"
 
 #include <QMimeDatabase>

@@ -4,15 +4,15 @@
 #include "fileops/FileOps.h"
 #include "platform/Applications.h"
 #include "platform/OwnFile.h"
-#include "platform/linux/PortalFolder.h"
-#include "platform/linux/ScreenshotFolder.h"
+#include "platform/linux/session/PortalFolder.h"
+#include "platform/linux/session/ScreenshotFolder.h"
 #include "platform/linux/x11/X11Keyboard.h"
-#include "views/AboutView.h"
-#include "views/AccessibleRole.h"
-#include "views/ProgramIcon.h"
-#include "views/SettingsView.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/ProgramIcon.h"
 #include "views/onboarding/WelcomeView.h"
 #include "views/preview/PreviewWindow.h"
+#include "views/settings/AboutView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QCursor>
 #include <QGuiApplication>

@@ -1,7 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "base/FilePath.h"
-#include "platform/linux/DropFormats.h"
+#include "platform/linux/transfer/DropFormats.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include "app/ApplicationWorld.h"
 #include "app/Feedback.h"
 
-#include "views/AboutView.h"
-#include "views/SettingsView.h"
 #include "views/onboarding/WelcomeView.h"
+#include "views/settings/AboutView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QApplication>
 #include <QTest>

@@ -1,7 +1,7 @@
 #include "FileForms.h"
 
 #include "base/FilePath.h"
-#include "platform/linux/BookmarkCoding.h"
+#include "platform/linux/files/BookmarkCoding.h"
 #include "store/StateCoding.h"
 #include "store/StateEncoder.h"
 #include "store/UploadCoding.h"

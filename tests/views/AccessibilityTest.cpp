@@ -1,8 +1,8 @@
 #include "views/ViewWorld.h"
 
-#include "views/Brand.h"
-#include "views/DesktopStyle.h"
-#include "views/PlainText.h"
+#include "views/look/Brand.h"
+#include "views/look/DesktopStyle.h"
+#include "views/look/PlainText.h"
 
 #include <QAccessible>
 #include <QStyle>

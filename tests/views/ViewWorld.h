@@ -8,7 +8,7 @@
 #include "platform/fake/FakePreferences.h"
 #include "store/QuickLookController.h"
 #include "store/StoreWorld.h"
-#include "views/ShelfView.h"
+#include "views/shelf/ShelfView.h"
 
 #include <QAbstractButton>
 #include <QApplication>

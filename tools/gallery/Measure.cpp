@@ -1,8 +1,8 @@
 #include "gallery/Measure.h"
 
 #include "gallery/TextRecorder.h"
-#include "views/TitleButton.h"
-#include "views/Toast.h"
+#include "views/look/TitleButton.h"
+#include "views/shelf/Toast.h"
 
 #include <QAbstractItemView>
 #include <QAction>

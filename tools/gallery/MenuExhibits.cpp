@@ -1,10 +1,10 @@
 #include "gallery/Exhibit.h"
 #include "gallery/Stage.h"
 
-#include "views/Prompt.h"
-#include "views/RenamePrompt.h"
-#include "views/RowMenu.h"
-#include "views/ShelfMenu.h"
+#include "views/list/RowMenu.h"
+#include "views/shelf/Prompt.h"
+#include "views/shelf/RenamePrompt.h"
+#include "views/shelf/ShelfMenu.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -5,7 +5,7 @@
 #include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakeThumbnailGenerator.h"
 #include "store/QuickLookController.h"
-#include "views/ShelfView.h"
+#include "views/shelf/ShelfView.h"
 
 #include <QApplication>
 #include <QListView>

@@ -11,7 +11,7 @@
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
 #include "store/ShelfStore.h"
-#include "views/Symbols.h"
+#include "views/look/Symbols.h"
 
 #include <QTemporaryDir>
 

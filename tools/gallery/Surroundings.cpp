@@ -1,8 +1,8 @@
 #include "gallery/Surroundings.h"
 
 #include "app/settings/Localizer.h"
-#include "views/DesktopStyle.h"
-#include "views/Look.h"
+#include "views/look/DesktopStyle.h"
+#include "views/look/Look.h"
 
 #include <QApplication>
 #include <QIcon>

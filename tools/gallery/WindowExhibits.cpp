@@ -2,11 +2,11 @@
 #include "gallery/Stage.h"
 
 #include "panel/DockTab.h"
-#include "views/AboutView.h"
-#include "views/DockTabView.h"
-#include "views/HotKeyRecorder.h"
-#include "views/SettingsView.h"
+#include "views/settings/AboutView.h"
 #include "views/settings/ApplicationPicker.h"
+#include "views/settings/HotKeyRecorder.h"
+#include "views/settings/SettingsView.h"
+#include "views/shelf/DockTabView.h"
 
 #include <QApplication>
 #include <QFormLayout>

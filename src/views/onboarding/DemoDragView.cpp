@@ -1,8 +1,8 @@
 #include "views/onboarding/DemoDragView.h"
 
 #include "platform/DragSession.h"
-#include "views/AccessibleRole.h"
-#include "views/Look.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/Look.h"
 
 #include <QLineF>
 #include <QMouseEvent>

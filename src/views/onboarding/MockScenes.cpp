@@ -1,6 +1,6 @@
 #include "views/onboarding/MockScenes.h"
 
-#include "views/Look.h"
+#include "views/look/Look.h"
 
 #include <QPainter>
 

@@ -3,11 +3,11 @@
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
 #include "platform/Icons.h"
-#include "views/Brand.h"
-#include "views/DropOutline.h"
-#include "views/ItemRowDelegate.h"
-#include "views/Look.h"
-#include "views/ShelfHeader.h"
+#include "views/list/ItemRowDelegate.h"
+#include "views/look/Brand.h"
+#include "views/look/Look.h"
+#include "views/shelf/DropOutline.h"
+#include "views/shelf/ShelfHeader.h"
 
 #include <QIconEngine>
 #include <QLayout>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "store/ShelfItem.h"
-#include "views/ItemListModel.h"
-#include "views/Symbols.h"
+#include "views/list/ItemListModel.h"
+#include "views/look/Symbols.h"
 
 #include <QHash>
 #include <QPixmap>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/Motion.h"
+#include "views/look/Motion.h"
 #include "views/onboarding/LoopClock.h"
 #include "views/onboarding/Mocks.h"
 

@@ -4,9 +4,9 @@
 #include "base/FilePath.h"
 #include "platform/Icons.h"
 #include "store/ShelfStore.h"
-#include "views/Brand.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/Brand.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 #include "views/onboarding/DemoDragView.h"
 
 #include <QEvent>

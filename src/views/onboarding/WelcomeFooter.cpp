@@ -1,8 +1,8 @@
 #include "views/onboarding/WelcomeFooter.h"
 
-#include "views/AccessibleRole.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QAbstractButton>
 #include <QGridLayout>

@@ -1,9 +1,9 @@
 #include "views/onboarding/WelcomePage.h"
 
-#include "views/AccessibleRole.h"
-#include "views/LinePieces.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/LinePieces.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QEvent>
 #include <QLabel>

@@ -4,14 +4,14 @@
 #include "app/settings/Localizer.h"
 #include "app/settings/ShortcutText.h"
 #include "store/ShelfStore.h"
-#include "views/AccessibleRole.h"
-#include "views/Brand.h"
-#include "views/Look.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/Brand.h"
+#include "views/look/Look.h"
+#include "views/look/Switch.h"
 #include "views/onboarding/MockScenes.h"
 #include "views/onboarding/TryScene.h"
 #include "views/onboarding/WelcomeFooter.h"
 #include "views/onboarding/WelcomePage.h"
-#include "views/settings/Switch.h"
 
 #include <QAbstractButton>
 #include <QMouseEvent>

@@ -2,7 +2,7 @@
 
 #include "base/Ticket.h"
 #include "panel/Animation.h"
-#include "views/Motion.h"
+#include "views/look/Motion.h"
 
 #include <QPointF>
 #include <QUrl>

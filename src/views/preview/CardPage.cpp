@@ -3,8 +3,8 @@
 #include "app/settings/Localizer.h"
 #include "app/settings/Region.h"
 #include "platform/Icons.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -2,8 +2,8 @@
 
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
-#include "views/AccessibleRole.h"
-#include "views/Look.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/Look.h"
 
 #include <QLocale>
 #include <QPainter>

@@ -4,8 +4,8 @@
 #include "app/settings/Region.h"
 #include "platform/Icons.h"
 #include "platform/PictureDecoder.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QHeaderView>
 #include <QLabel>

@@ -3,9 +3,9 @@
 #include "app/settings/Localizer.h"
 #include "base/MainQueue.h"
 #include "platform/Icons.h"
-#include "views/AccessibleRole.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QAbstractButton>
 #include <QHBoxLayout>

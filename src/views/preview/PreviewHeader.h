@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/Look.h"
+#include "views/look/Look.h"
 
 #include <QKeyEvent>
 #include <QPainter>

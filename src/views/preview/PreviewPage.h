@@ -3,7 +3,7 @@
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
 #include "base/Workers.h"
-#include "views/Motion.h"
+#include "views/look/Motion.h"
 
 #include <QSize>
 #include <QUrl>

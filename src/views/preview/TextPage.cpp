@@ -1,8 +1,8 @@
 #include "views/preview/TextPage.h"
 
 #include "app/settings/Localizer.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QFontDatabase>
 #include <QKeyEvent>

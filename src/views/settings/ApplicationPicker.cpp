@@ -1,9 +1,9 @@
 #include "views/settings/ApplicationPicker.h"
 
 #include "app/settings/Localizer.h"
-#include "views/DialogTitle.h"
-#include "views/Look.h"
-#include "views/TextButton.h"
+#include "views/look/DialogTitle.h"
+#include "views/look/Look.h"
+#include "views/look/TextButton.h"
 #include "views/settings/AppBadge.h"
 
 #include <QDialogButtonBox>

@@ -1,8 +1,8 @@
 #include "views/settings/EntryList.h"
 
-#include "views/ElidedLabel.h"
-#include "views/IconButton.h"
-#include "views/PlainText.h"
+#include "views/look/ElidedLabel.h"
+#include "views/look/IconButton.h"
+#include "views/look/PlainText.h"
 #include "views/settings/IconLabel.h"
 
 #include <QHBoxLayout>

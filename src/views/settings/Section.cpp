@@ -1,8 +1,8 @@
 #include "views/settings/Section.h"
 
-#include "views/AccessibleRole.h"
-#include "views/Look.h"
-#include "views/PlainText.h"
+#include "views/look/AccessibleRole.h"
+#include "views/look/Look.h"
+#include "views/look/PlainText.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

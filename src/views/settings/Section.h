@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/PlainText.h"
+#include "views/look/PlainText.h"
 
 #include <QWidget>
 

@@ -4,11 +4,11 @@
 #include "base/MainQueue.h"
 #include "base/Workers.h"
 #include "platform/Sounds.h"
-#include "views/DialogTitle.h"
-#include "views/SettingsView.h"
+#include "views/look/DialogTitle.h"
 #include "views/settings/AppBadge.h"
 #include "views/settings/ApplicationPicker.h"
 #include "views/settings/EntryList.h"
+#include "views/settings/SettingsView.h"
 
 #include <QDir>
 #include <QFile>

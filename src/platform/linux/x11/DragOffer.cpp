@@ -2,9 +2,9 @@
 
 #include "base/MainQueue.h"
 #include "base/Workers.h"
-#include "platform/linux/DropFormats.h"
-#include "platform/linux/PlainFile.h"
-#include "platform/linux/PortalFiles.h"
+#include "platform/linux/files/PlainFile.h"
+#include "platform/linux/transfer/DropFormats.h"
+#include "platform/linux/transfer/PortalFiles.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/DragFormats.h"
+#include "platform/linux/transfer/DragFormats.h"
 #include "platform/linux/x11/SelectionTransfers.h"
 
 #include <QByteArrayList>

@@ -2,9 +2,9 @@
 
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
-#include "platform/linux/DropFormats.h"
-#include "platform/linux/LocalFiles.h"
-#include "platform/linux/PortalFiles.h"
+#include "platform/linux/files/LocalFiles.h"
+#include "platform/linux/transfer/DropFormats.h"
+#include "platform/linux/transfer/PortalFiles.h"
 
 #include <algorithm>
 #include <system_error>

@@ -1,6 +1,6 @@
 #include "platform/linux/x11/X11DragSelection.h"
 
-#include "platform/linux/DropFormats.h"
+#include "platform/linux/transfer/DropFormats.h"
 
 #include <QList>
 #include <QUrl>

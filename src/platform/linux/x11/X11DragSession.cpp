@@ -2,7 +2,7 @@
 
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
-#include "platform/linux/DragFormats.h"
+#include "platform/linux/transfer/DragFormats.h"
 #include "platform/linux/x11/DragPicture.h"
 #include "platform/linux/x11/NativeGeometry.h"
 #include "platform/linux/x11/X11Root.h"

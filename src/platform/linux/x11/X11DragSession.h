@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/DragSession.h"
-#include "platform/linux/PortalFiles.h"
+#include "platform/linux/transfer/PortalFiles.h"
 #include "platform/linux/x11/DragOffer.h"
 #include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/XdndSource.h"

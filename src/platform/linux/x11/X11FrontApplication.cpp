@@ -2,7 +2,7 @@
 
 #include "base/MainQueue.h"
 #include "base/Workers.h"
-#include "platform/linux/ApplicationResolver.h"
+#include "platform/linux/session/ApplicationResolver.h"
 #include "platform/linux/x11/WatchConnection.h"
 
 #include <utility>

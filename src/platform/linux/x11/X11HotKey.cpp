@@ -1,6 +1,6 @@
 #include "platform/linux/x11/X11HotKey.h"
 
-#include "platform/linux/KeyCodes.h"
+#include "platform/linux/windows/KeyCodes.h"
 #include "platform/linux/x11/ModifierBits.h"
 #include "platform/linux/x11/X11Keyboard.h"
 

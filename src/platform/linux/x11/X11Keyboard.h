@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/KeyEvent.h"
-#include "platform/linux/KeyCodes.h"
+#include "platform/linux/windows/KeyCodes.h"
 
 #include <xcb/xcb.h>
 

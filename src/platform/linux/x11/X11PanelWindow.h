@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/PanelWindow.h"
-#include "platform/linux/WindowGrip.h"
+#include "platform/linux/windows/WindowGrip.h"
 #include "platform/linux/x11/KeyRouter.h"
 #include "platform/linux/x11/X11Activation.h"
 #include "platform/linux/x11/X11ManagerWatch.h"

@@ -1,7 +1,7 @@
 #include "platform/linux/x11/XdndTarget.h"
 
 #include "base/MainQueue.h"
-#include "platform/linux/DropFormats.h"
+#include "platform/linux/transfer/DropFormats.h"
 
 #include <QCoreApplication>
 

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "decoder/DecoderProtocol.h"
+#include "platform/PictureDecoder.h"
+#include "platform/linux/files/FileLanes.h"
+
+#include <QSet>
+
+#include <list>
+#include <memory>
+#include <vector>
+
+class HelperProcess;
+class MainQueue;
+
+/// Decodes in as many processes as there are cores. They start with the first
+/// request and end when nothing was asked for some minutes. One that crashes, or
+/// takes longer than its time, costs the answer that it owed and is replaced. What
+/// could not be decoded is not tried again for as long as the file is the same.
+class DecoderPool final : public PictureDecoder
+{
+public:
+    /// program: the path of vantle-decoder. The lanes outlive the pool.
+    DecoderPool(QString program, FileLanes &lanes, MainQueue &queue);
+    ~DecoderPool() override;
+    DecoderPool(const DecoderPool &) = delete;
+    DecoderPool &operator=(const DecoderPool &) = delete;
+
+    /// Beside the running program, or where an installation puts it.
+    static QString installedProgram();
+
+    Ticket version(const QUrl &url, Answer<QByteArray> answer) override;
+    Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer) override;
+    Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
+                Answer<Picture> answer) override;
+    Ticket frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer) override;
+    Ticket archive(const QUrl &url, Answer<Listing> answer) override;
+
+private:
+    struct Work;
+    struct Worker; // A process and what it is doing.
+    using WorkPointer = std::shared_ptr<Work>;
+    using WorkerPointer = std::shared_ptr<Worker>;
+
+    Ticket ask(Work work);
+    void advance();
+    void openWaiting();
+    void open(const WorkPointer &work);
+    void opened(const WorkPointer &work, int file, const QByteArray &version);
+    void decodeReady();
+    WorkerPointer freeWorker();
+    void begin(const WorkerPointer &worker, const WorkPointer &work);
+    void finished(Worker &worker, const DecoderProtocol::Result &result);
+    void rememberFailure(const Work &work);
+    void lost(const WorkerPointer &worker);
+    void loseSoon(const std::weak_ptr<Worker> &worker, const WorkPointer &tooLong);
+    static void answer(const Work &work, const DecoderProtocol::Result &result);
+    void restOrEnd();
+
+    const QString m_program;
+    FileLanes &m_lanes;
+    MainQueue &m_queue;
+    quint64 m_asked = 0;
+    std::list<WorkPointer> m_waiting; // In the order in which they were asked for.
+    std::list<WorkPointer> m_ready; // Their files are open.
+    int m_opening[2] = { 0, 0 }; // Local and remote files.
+    std::vector<WorkerPointer> m_workers;
+    QSet<QByteArray> m_failures; // Of local files as they are: Work::failure().
+    bool m_missing = false; // The decoder program is not there.
+    Ticket m_rest; // Runs while nothing is asked for.
+    std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
+};

@@ -1,0 +1,141 @@
+#include "platform/linux/pictures/PlayerProcess.h"
+
+#include "base/FilePath.h"
+#include "base/MainQueue.h"
+#include "platform/linux/files/FileLanes.h"
+#include "platform/linux/files/PlainFile.h"
+#include "platform/linux/pictures/HelperProcess.h"
+
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// Copied out, so that nobody can change it, or cut it off, while it is painted.
+QImage pictureIn(int memory, const QSize &size)
+{
+    if (size.isEmpty())
+        return {};
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    const qsizetype bytes = image.sizeInBytes();
+    if (image.isNull() || ::pread(memory, image.bits(), static_cast<size_t>(bytes), 0) != bytes)
+        return {};
+    return image;
+}
+
+}
+
+PlayerProcess::PlayerProcess(QString program, const QUrl &url, FileLanes &lanes, MainQueue &queue)
+    : m_program(std::move(program))
+    , m_queue(queue)
+{
+    const QByteArray path = FilePath::fromUrl(url);
+    lanes.run(path, [this, path, &queue, alive = std::weak_ptr(m_alive)] {
+        if (alive.expired())
+            return;
+        const int file = PlainFile::open(path);
+        if (alive.expired()) { // It may have hung until the queue had gone.
+            if (file >= 0)
+                ::close(file);
+            return;
+        }
+        queue.post([this, file, alive] {
+            if (alive.lock())
+                opened(file);
+            if (file >= 0)
+                ::close(file);
+        });
+    });
+}
+
+PlayerProcess::~PlayerProcess()
+{
+    if (m_memory >= 0)
+        ::close(m_memory);
+}
+
+QString PlayerProcess::installedProgram()
+{
+    return HelperProcess::installedProgram(QStringLiteral("vantle-player"));
+}
+
+void PlayerProcess::opened(int file)
+{
+    if (file < 0)
+        return fail();
+    m_process = std::make_unique<HelperProcess>(m_program);
+    m_process->onMessage = [this](const QByteArray &message) { return hear(message); };
+    m_process->onEnd = [this](HelperProcess::End) { fail(); };
+    m_memory = HelperProcess::makeMemory(PlayerProtocol::mostBytes);
+    if (m_memory < 0
+        || !m_process->give(DecoderProtocol::encode(Command { Command::Kind::Open, 0, m_room }),
+                            { file, m_memory }))
+        fail();
+}
+
+void PlayerProcess::tell(const Command &command)
+{
+    if (m_process)
+        m_process->give(DecoderProtocol::encode(command));
+}
+
+void PlayerProcess::play()
+{
+    tell({ Command::Kind::Play, 0, {} });
+}
+
+void PlayerProcess::pause()
+{
+    tell({ Command::Kind::Pause, 0, {} });
+}
+
+void PlayerProcess::seek(double seconds)
+{
+    tell({ Command::Kind::Seek, static_cast<qint32>(seconds * 1000), {} });
+}
+
+void PlayerProcess::setRoom(const QSize &room)
+{
+    if (std::exchange(m_room, room) != room)
+        tell({ Command::Kind::Room, 0, room });
+}
+
+bool PlayerProcess::hear(const QByteArray &message)
+{
+    const auto event = PlayerProtocol::decodeEvent(message);
+    const bool isPicture = event && event->kind == Event::Kind::Picture;
+    const QImage picture = isPicture ? pictureIn(m_memory, event->size) : QImage();
+    if (!event || (isPicture && picture.isNull()))
+        return false;
+    switch (event->kind) {
+    case Event::Kind::Opened:
+        onOpened({ event->flag != 0, event->size });
+        break;
+    case Event::Kind::Picture:
+        tell({ Command::Kind::Taken, 0, {} });
+        onPicture(picture);
+        break;
+    case Event::Kind::State:
+        onState({ event->flag != 0, static_cast<double>(event->position) / 1000,
+                  static_cast<double>(event->duration) / 1000 });
+        break;
+    case Event::Kind::Failed:
+        fail();
+        break;
+    }
+    return true;
+}
+
+/// Not at once: the process is still telling, and may go with who hears of it.
+void PlayerProcess::fail()
+{
+    m_queue.post([this, alive = std::weak_ptr(m_alive)] {
+        if (!alive.lock() || !onFailed)
+            return;
+        m_process.reset();
+        std::exchange(onFailed, nullptr)();
+    });
+}

@@ -1,0 +1,158 @@
+#include "platform/linux/session/CanberraSounds.h"
+
+#include "platform/linux/x11/XSettings.h"
+
+#include <QThreadPool>
+
+#include <canberra.h>
+
+#include <atomic>
+#include <chrono>
+#include <utility>
+
+#include <dlfcn.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int mostWaiting = 3; // Sounds; more come too late to mean anything.
+constexpr std::chrono::seconds serverPause(30); // Before a server that failed is tried again.
+
+const char *fileName(Sound sound)
+{
+    switch (sound) {
+    case Sound::Pop:
+        return "/pop.wav";
+    case Sound::Tink:
+        return "/tink.wav";
+    case Sound::Beep:
+        break;
+    }
+    return "/beep.wav";
+}
+
+/// A desktop that says nothing about event sounds has them on.
+bool desktopWantsSounds()
+{
+    const QVariant setting = XSettings::read().value("Net/EnableEventSounds");
+    return !setting.isValid() || setting.toInt() != 0;
+}
+
+/// The sound library, loaded with the first sound: with what it needs itself it
+/// is six libraries, which every start of the program would wait for. Without it
+/// there are no sounds.
+struct Library
+{
+    void *handle = ::dlopen("libcanberra.so.0", RTLD_LAZY | RTLD_LOCAL);
+    decltype(&ca_context_create) create = resolve("ca_context_create");
+    decltype(&ca_context_destroy) destroy = resolve("ca_context_destroy");
+    decltype(&ca_context_change_props) changeProperties = resolve("ca_context_change_props");
+    decltype(&ca_context_open) open = resolve("ca_context_open");
+    decltype(&ca_context_play) play = resolve("ca_context_play");
+
+private:
+    struct Symbol
+    {
+        void *address;
+        template<typename Function>
+        operator Function *() const
+        {
+            return reinterpret_cast<Function *>(address);
+        }
+    };
+    Symbol resolve(const char *name) const { return { handle ? ::dlsym(handle, name) : nullptr }; }
+};
+
+/// The way to the sound server. One that is missing or has gone costs a failed
+/// attempt every half minute at most.
+class Player
+{
+public:
+    ~Player() { close(); }
+    Player() = default;
+    Player(const Player &) = delete;
+    Player &operator=(const Player &) = delete;
+
+    void play(const QByteArray &path)
+    {
+        if (m_library.handle == nullptr)
+            return;
+        if (m_context == nullptr && Clock::now() >= m_nextAttempt)
+            open();
+        if (m_context != nullptr
+            && m_library.play(m_context, 0, CA_PROP_MEDIA_FILENAME, path.constData(),
+                              CA_PROP_MEDIA_ROLE, "event", CA_PROP_CANBERRA_CACHE_CONTROL,
+                              "volatile", nullptr)
+                == CA_SUCCESS)
+            return;
+        close();
+        if (Clock::now() >= m_nextAttempt)
+            m_nextAttempt = Clock::now() + serverPause;
+    }
+
+private:
+    void open()
+    {
+        if (m_library.create(&m_context) != CA_SUCCESS) {
+            m_context = nullptr;
+            return;
+        }
+        m_library.changeProperties(m_context, CA_PROP_APPLICATION_NAME, "Vantle",
+                                   CA_PROP_APPLICATION_ID, "app.vantleapp.Vantle",
+                                   CA_PROP_APPLICATION_ICON_NAME, "app.vantleapp.Vantle", nullptr);
+        if (m_library.open(m_context) != CA_SUCCESS)
+            close();
+    }
+
+    void close()
+    {
+        if (m_context != nullptr)
+            m_library.destroy(std::exchange(m_context, nullptr));
+    }
+
+    Library m_library;
+    ca_context *m_context = nullptr;
+    Clock::time_point m_nextAttempt = Clock::time_point::min();
+};
+
+}
+
+struct CanberraSounds::Thread
+{
+    Player player;
+    std::atomic<int> waiting = 0;
+    QThreadPool pool;
+};
+
+CanberraSounds::CanberraSounds(QByteArray folder)
+    : m_folder(std::move(folder))
+{
+}
+
+/// Does not wait for the thread: a sound server that hangs must not keep the
+/// process from ending.
+CanberraSounds::~CanberraSounds()
+{
+    if (!m_thread)
+        return;
+    m_thread->pool.clear();
+    if (!m_thread->pool.waitForDone(0))
+        static_cast<void>(m_thread.release());
+}
+
+void CanberraSounds::play(Sound sound)
+{
+    if (!m_thread) {
+        m_thread = std::make_unique<Thread>();
+        m_thread->pool.setMaxThreadCount(1);
+    }
+    if (m_thread->waiting >= mostWaiting)
+        return;
+    ++m_thread->waiting;
+    m_thread->pool.start([thread = m_thread.get(), path = m_folder + fileName(sound)] {
+        --thread->waiting;
+        if (desktopWantsSounds())
+            thread->player.play(path);
+    });
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "base/Observable.h"
+#include "platform/DesktopLook.h"
+#include "platform/linux/x11/WindowScale.h"
+#include "platform/linux/x11/XSettingsWatch.h"
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+class MainQueue;
+class QDBusMessage;
+class QDBusPendingCallWatcher;
+
+/// What the several places say in which a Linux desktop keeps its look.
+struct LookSources
+{
+    /// Of the Settings portal, by namespace and key with a space between.
+    QHash<QString, QVariant> portal;
+    XSettings::Settings xsettings;
+
+    /// The portal's word, where it has one, before the settings manager's. What
+    /// makes a screen easier to use counts whoever asks for it.
+    DesktopLook look() const;
+};
+
+/// The desktop's look from the Settings portal and the settings manager, followed
+/// at run time. Nothing is asked before the event loop runs, and nobody waits for an
+/// answer: until then the look is that of the toolkit. Main thread.
+class LinuxLook final : public QObject
+{
+    Q_OBJECT
+
+public:
+    LinuxLook(MainQueue &queue, WatchConnection &connection);
+
+    Observable<DesktopLook> look;
+
+private:
+    Q_SLOT void settingChanged(const QDBusMessage &signal);
+    void start();
+    void watchPortal();
+    void askPortal();
+    void takePortal(const QDBusMessage &reply);
+    void update();
+
+    LookSources m_sources;
+    XSettingsWatch m_xsettings;
+    WindowScale m_scale;
+    QDBusPendingCallWatcher *m_question = nullptr; // The latest.
+    DesktopLook::Colours m_colours = DesktopLook::Colours::Toolkit;
+};

@@ -1,0 +1,111 @@
+#include "platform/linux/session/ThemeIcons.h"
+
+#include "base/FilePath.h"
+#include "platform/linux/x11/XSettings.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool isInstalled(const QString &theme)
+{
+    const QStringList places = QIcon::themeSearchPaths();
+    return !theme.isEmpty() && std::any_of(places.begin(), places.end(), [&](const auto &place) {
+        return QFileInfo::exists(place + u'/' + theme + QStringLiteral("/index.theme"));
+    });
+}
+
+/// The toolkit knows the icon theme of some desktops only; most others have a
+/// settings manager that tells it.
+void chooseTheme()
+{
+    const QString named = XSettings::read().value("Net/IconThemeName").toString();
+    if (isInstalled(named))
+        QIcon::setThemeName(named);
+    for (const auto &theme : { QStringLiteral("breeze"), QStringLiteral("Adwaita") }) {
+        if (!isInstalled(theme))
+            continue;
+        // "hicolor" is what the toolkit takes for want of anything better; it
+        // has no icons of file types.
+        const QString current = QIcon::themeName();
+        if (current == QLatin1String("hicolor") || !isInstalled(current))
+            QIcon::setThemeName(theme);
+        QIcon::setFallbackThemeName(theme);
+        return;
+    }
+}
+
+/// "breeze" and "breeze-dark", "Papirus" and "Papirus-Dark".
+void chooseVariant(DesktopLook::Scheme scheme)
+{
+    if (scheme == DesktopLook::Scheme::NoPreference)
+        return;
+    QString plain = QIcon::themeName();
+    if (plain.endsWith(QLatin1String("-dark"), Qt::CaseInsensitive))
+        plain.chop(5);
+    const QStringList names = scheme == DesktopLook::Scheme::Light
+        ? QStringList { plain }
+        : QStringList { plain + QStringLiteral("-dark"), plain + QStringLiteral("-Dark") };
+    const auto found = std::find_if(names.begin(), names.end(), isInstalled);
+    if (found != names.end())
+        QIcon::setThemeName(*found);
+}
+
+}
+
+ThemeIcons::ThemeIcons(QString folder)
+    : m_folder(std::move(folder))
+{
+}
+
+void ThemeIcons::setScheme(DesktopLook::Scheme scheme)
+{
+    if (std::exchange(m_scheme, scheme) == scheme)
+        return;
+    m_icons.clear();
+    if (m_themeChosen)
+        chooseVariant(scheme);
+}
+
+QIcon ThemeIcons::forFile(const QUrl &url)
+{
+    const bool isFolder = url.path(QUrl::FullyEncoded).endsWith(u'/');
+    const QMimeType type = isFolder
+        ? m_types.mimeTypeForName(QStringLiteral("inode/directory"))
+        : m_types.mimeTypeForFile(
+            FilePath::display(FilePath::lastComponent(FilePath::fromUrl(url))),
+            QMimeDatabase::MatchExtension);
+    QIcon &icon = m_icons[type.name()];
+    if (icon.isNull()) {
+        const QStringList names = isFolder
+            ? QStringList { QStringLiteral("folder"), QStringLiteral("inode-directory") }
+            : QStringList { type.iconName(), type.genericIconName(), QStringLiteral("unknown"),
+                            QStringLiteral("text-x-generic") };
+        icon = find(names, QStringLiteral("/document.svg"));
+    }
+    return icon;
+}
+
+QIcon ThemeIcons::forWebLocation()
+{
+    QIcon &icon = m_icons[QString()];
+    if (icon.isNull())
+        icon = find({ QStringLiteral("text-html") }, QStringLiteral("/web-page.svg"));
+    return icon;
+}
+
+QIcon ThemeIcons::find(const QStringList &names, const QString &fallback)
+{
+    if (!std::exchange(m_themeChosen, true)) {
+        chooseTheme();
+        chooseVariant(m_scheme);
+    }
+    for (const QString &name : names) {
+        if (QIcon::hasThemeIcon(name))
+            return QIcon::fromTheme(name);
+    }
+    return QIcon(m_folder + fallback);
+}
