@@ -15,6 +15,7 @@
 #include "platform/linux/pictures/DecoderPool.h"
 #include "platform/linux/pictures/DesktopThumbnails.h"
 #include "platform/linux/session/ThemeIcons.h"
+#include "platform/linux/x11/XSettings.h"
 #include "store/QuickLookController.h"
 #include "views/shelf/ShelfView.h"
 
@@ -117,7 +118,7 @@ int main(int argc, char **argv)
     Localizer texts { QString(), {} };
     AppSettings settings(preferences, autostart, texts, {});
     QuickLookController ql;
-    ThemeIcons icons(resources + QStringLiteral("/icons"));
+    ThemeIcons icons(resources + QStringLiteral("/icons"), XSettings::read);
     FakeDragSession session;
     FileLanes lanes;
     DecoderPool pool(QFile::decodeName(argv[1]), lanes, queue);

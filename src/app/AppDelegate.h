@@ -11,8 +11,7 @@
 #include "panel/HotKeyCenter.h"
 #include "panel/ShelfPanel.h"
 #include "panel/SummonMonitor.h"
-#include "platform/DesktopLook.h"
-#include "platform/KeyEvent.h"
+#include "platform/Desktop.h"
 #include "store/QuickLookController.h"
 #include "store/ShelfStore.h"
 #include "views/look/DesktopStyle.h"
@@ -27,63 +26,10 @@
 #include <vector>
 
 class AboutView;
-class Applications;
-class Autostart;
-class Bookmarks;
-class Clipboard;
-class DragSelection;
-class DragSession;
-class DropTarget;
-class FolderEvents;
-class FrontApplication;
-class HotKey;
-class Icons;
-class PanelWindow;
-class PictureDecoder;
-class PointerMonitor;
-class Preferences;
 class PreviewWindow;
 class QWidget;
-class Screens;
 class SettingsView;
-class Sounds;
-class StatusItem;
-class TabWindow;
-class ThumbnailGenerator;
 class WelcomeView;
-class Workers;
-
-/// What the desktop does for the program. All of it outlives the delegate.
-struct Desktop
-{
-    MainQueue &queue;
-    Workers &workers;
-    Bookmarks &bookmarks;
-    Sounds &sounds;
-    Preferences &preferences;
-    Autostart &autostart;
-    Screens &screens;
-    PointerMonitor &pointer;
-    DragSelection &dragSelection;
-    FrontApplication &frontApplication;
-    HotKey &hotKey;
-    Icons &icons;
-    PanelWindow &panelWindow;
-    TabWindow &tabWindow;
-    DropTarget &dropTarget;
-    DragSession &dragSession;
-    StatusItem &statusItem;
-    Directories directories;
-    QString resources; // The folder with icons, sounds and texts.
-    Clipboard &clipboard;
-    Applications &applications;
-    FolderEvents &folderEvents;
-    // Shows a window of ours in front and with the keyboard, whoever had it.
-    std::function<void(QWidget &)> bringToFront;
-    Observable<DesktopLook> &look;
-    PictureDecoder &pictures;
-    ThumbnailGenerator &thumbnails;
-};
 
 /// Owns every long-lived part and connects them. No part knows another except
 /// through a callback or a subscription that is installed here, in the order in

@@ -1,9 +1,8 @@
 #include "app/AppDelegate.h"
 
 #include "fileops/FileOps.h"
+#include "platform/MediaPlayer.h"
 #include "platform/PanelWindow.h"
-#include "platform/linux/files/FileLanes.h"
-#include "platform/linux/pictures/PlayerProcess.h"
 #include "views/look/ProgramIcon.h"
 #include "views/preview/PreviewWindow.h"
 
@@ -29,15 +28,10 @@ void AppDelegate::connectPreview()
 void AppDelegate::showPreview()
 {
     if (!m_preview) {
-        const auto play
-            = [lanes = std::make_shared<FileLanes>(), &queue = m_desktop.queue](const QUrl &url) {
-                  return std::make_unique<PlayerProcess>(PlayerProcess::installedProgram(), url,
-                                                         *lanes, queue);
-              };
         m_preview = std::make_unique<PreviewWindow>(
             m_ql,
             PreviewServices { m_desktop.pictures, m_previewCache, m_desktop.workers,
-                              m_desktop.queue, m_desktop.icons, m_texts, play });
+                              m_desktop.queue, m_desktop.icons, m_texts, m_desktop.play });
         m_preview->setWindowIcon(programIcon(m_desktop.resources));
         m_preview->bringToFront = m_desktop.bringToFront;
         m_preview->onOpen = [this](const QUrl &url) {

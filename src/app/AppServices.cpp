@@ -3,7 +3,6 @@
 #include "base/Workers.h"
 #include "dragdrop/DroppedFiles.h"
 #include "platform/Clipboard.h"
-#include "platform/linux/files/LocalFiles.h"
 #include "store/DroppedImage.h"
 
 #include <QMimeDatabase>
@@ -181,15 +180,16 @@ void AppDelegate::openUrls(const QList<QUrl> &urls)
 /// where it has mounted it.
 bool AppDelegate::addUrls(const QList<QUrl> &urls)
 {
-    if (!std::any_of(urls.begin(), urls.end(), LocalFiles::isRemote))
+    if (!std::any_of(urls.begin(), urls.end(), m_desktop.isRemote))
         return addKnownUrls(urls);
     m_desktop.workers.run(WorkerPriority::UserInitiated,
-                          [this, urls, alive = std::weak_ptr(m_alive), &queue = m_desktop.queue] {
-                              queue.post([this, known = LocalFiles::examined(urls), alive] {
+                          [this, urls, alive = std::weak_ptr(m_alive), &queue = m_desktop.queue,
+                           localFiles = m_desktop.localFiles] {
+                              queue.post([this, known = localFiles(urls), alive] {
                                   if (!alive.lock())
                                       return;
                                   addKnownUrls(known);
-                                  if (std::any_of(known.begin(), known.end(), LocalFiles::isRemote))
+                                  if (std::any_of(known.begin(), known.end(), m_desktop.isRemote))
                                       m_view->showNothingTaken();
                               });
                           });

@@ -4,9 +4,6 @@
 #include "fileops/FileOps.h"
 #include "platform/Applications.h"
 #include "platform/OwnFile.h"
-#include "platform/linux/session/PortalFolder.h"
-#include "platform/linux/session/ScreenshotFolder.h"
-#include "platform/linux/x11/X11Keyboard.h"
 #include "views/look/AccessibleRole.h"
 #include "views/look/ProgramIcon.h"
 #include "views/onboarding/WelcomeView.h"
@@ -48,17 +45,13 @@ QString versionAndBuild()
 void AppDelegate::openSettings()
 {
     if (!m_settingsWindow) {
-        const auto desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
         m_settingsWindow = std::make_unique<SettingsView>(
             m_settings, m_texts,
             SettingsDesktop {
                 m_desktop.queue, m_desktop.workers, m_desktop.sounds, m_desktop.icons,
-                m_desktop.resources, X11Keyboard::keyEvent,
+                m_desktop.resources, m_desktop.keyEvent,
                 [&applications = m_desktop.applications] { return applications.all(); },
-                [directories = m_desktop.directories, desktops] {
-                    return screenshotFolder(directories, desktops);
-                },
-                PortalFolder::ask });
+                m_desktop.screenshotFolder, m_desktop.chooseFolder });
         dress(*m_settingsWindow, m_desktop.resources);
         m_settingsWindow->setFixedSize(m_settingsWindow->sizeHint());
         centre(*m_settingsWindow);

@@ -137,9 +137,15 @@ public:
                              clipboard,
                              applications,
                              folderEvents,
-                             [](QWidget &opened) { opened.show(); },
                              look,
                              pictures,
-                             thumbnails },
+                             thumbnails,
+                             [](QWidget &opened) { opened.show(); },
+                             {},
+                             {},
+                             [](const QUrl &url) { return url.scheme() == u"smb"_qs; },
+                             [](const QList<QUrl> &urls) { return urls; },
+                             {},
+                             {} },
                            texts };
 };

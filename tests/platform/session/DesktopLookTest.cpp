@@ -132,7 +132,7 @@ TEST(LookSourcesTest, ThePortalSpeaksFirstAndEveryWishForEaseCounts)
         return QHash<QString, QVariant> { { QLatin1String(key), value } };
     };
     const auto theme = [](const char *name) {
-        return XSettings::Settings { { "Net/ThemeName", QLatin1String(name) } };
+        return ManagedSettings { { "Net/ThemeName", QLatin1String(name) } };
     };
     const char *const scheme = "org.freedesktop.appearance color-scheme";
     const char *const scale = "org.gnome.desktop.interface text-scaling-factor";
@@ -181,7 +181,7 @@ TEST(ThemeIconsTest, TheNameAloneDecidesAndWhatTheThemeLacksIsOurs)
     theme.draw("breeze/32/x-office-document", "lime"); // What office types have in common.
     theme.draw("document", "black");
     theme.draw("web-page", "white");
-    ThemeIcons icons(theme.folder());
+    ThemeIcons icons(theme.folder(), [] { return ManagedSettings(); });
     const auto color
         = [&](const char *address) { return colorOf(icons.forFile(QUrl(QLatin1String(address)))); };
     EXPECT_EQ(color("file:///nowhere/A%20b.PDF"), QColor(Qt::red));

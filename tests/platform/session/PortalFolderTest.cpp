@@ -69,8 +69,8 @@ TEST(PortalFolderTest, OnlyTheUsersOwnNoEndsAQuestionWithoutADialogOfOurs)
         return condition();
     };
     const auto ask = [&] {
-        PortalFolder::askBy(
-            ours, window, QStringLiteral("title"),
+        PortalFolder::ask(
+            ours, window, QStringLiteral("x11:1"), QStringLiteral("title"),
             [&](const QUrl &url) { log += QString::fromLatin1(url.toEncoded()); },
             [&] { log += QStringLiteral("ours"); });
     };

@@ -1,7 +1,5 @@
 #include "platform/linux/session/CanberraSounds.h"
 
-#include "platform/linux/x11/XSettings.h"
-
 #include <QThreadPool>
 
 #include <canberra.h>
@@ -33,9 +31,9 @@ const char *fileName(Sound sound)
 }
 
 /// A desktop that says nothing about event sounds has them on.
-bool desktopWantsSounds()
+bool desktopWantsSounds(const ManagedSettings &settings)
 {
-    const QVariant setting = XSettings::read().value("Net/EnableEventSounds");
+    const QVariant setting = settings.value("Net/EnableEventSounds");
     return !setting.isValid() || setting.toInt() != 0;
 }
 
@@ -125,8 +123,9 @@ struct CanberraSounds::Thread
     QThreadPool pool;
 };
 
-CanberraSounds::CanberraSounds(QByteArray folder)
+CanberraSounds::CanberraSounds(QByteArray folder, ReadSettings readSettings)
     : m_folder(std::move(folder))
+    , m_readSettings(std::move(readSettings))
 {
 }
 
@@ -150,9 +149,10 @@ void CanberraSounds::play(Sound sound)
     if (m_thread->waiting >= mostWaiting)
         return;
     ++m_thread->waiting;
-    m_thread->pool.start([thread = m_thread.get(), path = m_folder + fileName(sound)] {
-        --thread->waiting;
-        if (desktopWantsSounds())
-            thread->player.play(path);
-    });
+    m_thread->pool.start(
+        [thread = m_thread.get(), path = m_folder + fileName(sound), read = m_readSettings] {
+            --thread->waiting;
+            if (desktopWantsSounds(read()))
+                thread->player.play(path);
+        });
 }

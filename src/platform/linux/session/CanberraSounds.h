@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Sounds.h"
+#include "platform/linux/session/WindowSystem.h"
 
 #include <QByteArray>
 
@@ -13,7 +14,7 @@ class CanberraSounds final : public Sounds
 {
 public:
     /// The folder holds "pop.wav", "tink.wav" and "beep.wav".
-    explicit CanberraSounds(QByteArray folder);
+    CanberraSounds(QByteArray folder, ReadSettings readSettings);
     ~CanberraSounds() override;
     CanberraSounds(const CanberraSounds &) = delete;
     CanberraSounds &operator=(const CanberraSounds &) = delete;
@@ -23,5 +24,6 @@ public:
 private:
     struct Thread;
     QByteArray m_folder;
+    const ReadSettings m_readSettings;
     std::unique_ptr<Thread> m_thread; // From the first sound on.
 };

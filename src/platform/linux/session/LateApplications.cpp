@@ -1,7 +1,5 @@
 #include "platform/linux/session/LateApplications.h"
 
-#include "platform/linux/pictures/HelperProcess.h"
-
 #include <QLibrary>
 
 #include <cstdio>
@@ -20,15 +18,16 @@ class NoApplications final : public Applications
 
 }
 
-LateApplications::LateApplications(std::function<quint32()> userTime)
-    : m_userTime(std::move(userTime))
+LateApplications::LateApplications(QString module, std::function<quint32()> userTime)
+    : m_module(std::move(module))
+    , m_userTime(std::move(userTime))
 {
 }
 
 Applications &LateApplications::loaded()
 {
     std::call_once(m_once, [this] {
-        QLibrary module(HelperProcess::installedProgram(QStringLiteral("vantle-gio.so")));
+        QLibrary module(m_module);
         using Make = Applications *(*)(const std::function<quint32()> &);
         if (const auto make = reinterpret_cast<Make>(module.resolve("vantleApplications"))) {
             m_applications.reset(make(m_userTime));

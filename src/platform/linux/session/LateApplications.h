@@ -12,10 +12,10 @@
 class LateApplications final : public Applications
 {
 public:
-    /// userTime: the moment of the user's act in the window system's time, told to
-    /// what is started, because window managers keep behind what does not know it.
-    /// Called on any thread.
-    explicit LateApplications(std::function<quint32()> userTime);
+    /// module: the path of vantle-gio.so. userTime: the moment of the user's act in the
+    /// window system's time, told to what is started, because window managers keep behind
+    /// what does not know it. Called on any thread.
+    LateApplications(QString module, std::function<quint32()> userTime);
     void open(const QList<QUrl> &urls) override;
     void open(const QList<QUrl> &urls, const QString &application) override;
     QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override;
@@ -25,6 +25,7 @@ public:
 private:
     Applications &loaded();
 
+    QString m_module;
     std::function<quint32()> m_userTime;
     std::once_flag m_once;
     std::unique_ptr<Applications> m_applications;

@@ -98,10 +98,10 @@ DesktopLook LookSources::look() const
     return look;
 }
 
-LinuxLook::LinuxLook(MainQueue &queue, WatchConnection &connection)
-    : m_xsettings(connection)
+LinuxLook::LinuxLook(MainQueue &queue, SettingsManager &manager)
+    : m_manager(manager)
 {
-    m_xsettings.onSettings = [this](const XSettings::Settings &settings) {
+    m_manager.onSettings = [this](const ManagedSettings &settings) {
         m_sources.xsettings = settings;
         update();
     };
@@ -115,7 +115,7 @@ void LinuxLook::start()
 {
     if (!hasThemeOfItsOwn())
         m_colours = DesktopLook::Colours::Ours;
-    m_xsettings.start();
+    m_manager.start();
     if (QDBusConnection::sessionBus().isConnected())
         watchPortal();
     update();

@@ -2,8 +2,7 @@
 
 #include "base/Observable.h"
 #include "platform/DesktopLook.h"
-#include "platform/linux/x11/WindowScale.h"
-#include "platform/linux/x11/XSettingsWatch.h"
+#include "platform/linux/session/WindowSystem.h"
 
 #include <QHash>
 #include <QObject>
@@ -19,7 +18,7 @@ struct LookSources
 {
     /// Of the Settings portal, by namespace and key with a space between.
     QHash<QString, QVariant> portal;
-    XSettings::Settings xsettings;
+    ManagedSettings xsettings;
 
     /// The portal's word, where it has one, before the settings manager's. What
     /// makes a screen easier to use counts whoever asks for it.
@@ -34,7 +33,8 @@ class LinuxLook final : public QObject
     Q_OBJECT
 
 public:
-    LinuxLook(MainQueue &queue, WatchConnection &connection);
+    /// The manager outlives it.
+    LinuxLook(MainQueue &queue, SettingsManager &manager);
 
     Observable<DesktopLook> look;
 
@@ -47,8 +47,7 @@ private:
     void update();
 
     LookSources m_sources;
-    XSettingsWatch m_xsettings;
-    WindowScale m_scale;
+    SettingsManager &m_manager;
     QDBusPendingCallWatcher *m_question = nullptr; // The latest.
     DesktopLook::Colours m_colours = DesktopLook::Colours::Toolkit;
 };

@@ -17,20 +17,14 @@ const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 
 }
 
-void PortalFolder::ask(QWidget &window, const QString &title,
-                       std::function<void(const QUrl &)> chosen, std::function<void()> unavailable)
-{
-    askBy(QDBusConnection::sessionBus(), window, title, std::move(chosen), std::move(unavailable));
-}
-
-void PortalFolder::askBy(const QDBusConnection &bus, QWidget &window, const QString &title,
-                         std::function<void(const QUrl &)> chosen,
-                         std::function<void()> unavailable)
+void PortalFolder::ask(const QDBusConnection &bus, QWidget &window, const QString &handle,
+                       const QString &title, std::function<void(const QUrl &)> chosen,
+                       std::function<void()> unavailable)
 {
     if (window.findChild<PortalFolder *>())
         return;
     auto *question = new PortalFolder(bus, window, std::move(chosen), std::move(unavailable));
-    question->call(QStringLiteral("x11:") + QString::number(window.winId(), 16), title);
+    question->call(handle, title);
 }
 
 PortalFolder::PortalFolder(QDBusConnection bus, QWidget &window,

@@ -20,11 +20,10 @@ public:
     /// Asks, in front of that window and no longer than it lives. While one question is open
     /// there, another is none. chosen: not called where the user chose nothing. unavailable:
     /// where no portal asks, or the question ended without the user.
-    static void ask(QWidget &window, const QString &title, std::function<void(const QUrl &)> chosen,
+    /// handle: the window as portals name it, after its window system.
+    static void ask(const QDBusConnection &bus, QWidget &window, const QString &handle,
+                    const QString &title, std::function<void(const QUrl &)> chosen,
                     std::function<void()> unavailable);
-    /// The same by another bus than the session's.
-    static void askBy(const QDBusConnection &bus, QWidget &window, const QString &title,
-                      std::function<void(const QUrl &)> chosen, std::function<void()> unavailable);
 
 private:
     PortalFolder(QDBusConnection bus, QWidget &window, std::function<void(const QUrl &)> chosen,

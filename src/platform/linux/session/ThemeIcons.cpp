@@ -1,7 +1,6 @@
 #include "platform/linux/session/ThemeIcons.h"
 
 #include "base/FilePath.h"
-#include "platform/linux/x11/XSettings.h"
 
 #include <QFileInfo>
 
@@ -20,9 +19,9 @@ bool isInstalled(const QString &theme)
 
 /// The toolkit knows the icon theme of some desktops only; most others have a
 /// settings manager that tells it.
-void chooseTheme()
+void chooseTheme(const ManagedSettings &settings)
 {
-    const QString named = XSettings::read().value("Net/IconThemeName").toString();
+    const QString named = settings.value("Net/IconThemeName").toString();
     if (isInstalled(named))
         QIcon::setThemeName(named);
     for (const auto &theme : { QStringLiteral("breeze"), QStringLiteral("Adwaita") }) {
@@ -56,8 +55,9 @@ void chooseVariant(DesktopLook::Scheme scheme)
 
 }
 
-ThemeIcons::ThemeIcons(QString folder)
+ThemeIcons::ThemeIcons(QString folder, ReadSettings readSettings)
     : m_folder(std::move(folder))
+    , m_readSettings(std::move(readSettings))
 {
 }
 
@@ -100,7 +100,7 @@ QIcon ThemeIcons::forWebLocation()
 QIcon ThemeIcons::find(const QStringList &names, const QString &fallback)
 {
     if (!std::exchange(m_themeChosen, true)) {
-        chooseTheme();
+        chooseTheme(m_readSettings());
         chooseVariant(m_scheme);
     }
     for (const QString &name : names) {

@@ -2,6 +2,7 @@
 
 #include "platform/DesktopLook.h"
 #include "platform/Icons.h"
+#include "platform/linux/session/WindowSystem.h"
 
 #include <QHash>
 #include <QMimeDatabase>
@@ -15,7 +16,7 @@ class ThemeIcons final : public Icons
 public:
     /// The folder holds "document.svg" and "web-page.svg". The first icon that is
     /// asked for sets the icon theme of the application, where the desktop names one.
-    explicit ThemeIcons(QString folder);
+    ThemeIcons(QString folder, ReadSettings readSettings);
 
     /// The variant of the theme that suits it, where there is one.
     void setScheme(DesktopLook::Scheme scheme);
@@ -27,6 +28,7 @@ private:
     QIcon find(const QStringList &names, const QString &fallback);
 
     QString m_folder;
+    const ReadSettings m_readSettings;
     DesktopLook::Scheme m_scheme = DesktopLook::Scheme::NoPreference;
     bool m_themeChosen = false;
     QMimeDatabase m_types;

@@ -39,8 +39,9 @@ QString trayLabel(const QString &title, TrayKind kind)
     return label.contains(u'&') ? u'&' + label : label;
 }
 
-TrayItem::TrayItem(MainQueue &queue)
+TrayItem::TrayItem(MainQueue &queue, EmbeddingTray &tray)
     : m_queue(queue)
+    , m_hosts(tray)
 {
     m_hosts.onChange = [this] { update(); };
     update();

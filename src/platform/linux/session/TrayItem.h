@@ -25,7 +25,7 @@ QString trayLabel(const QString &title, TrayKind kind);
 class TrayItem final : public StatusItem
 {
 public:
-    explicit TrayItem(MainQueue &queue);
+    TrayItem(MainQueue &queue, EmbeddingTray &tray);
     ~TrayItem() override;
     TrayItem(const TrayItem &) = delete;
     TrayItem &operator=(const TrayItem &) = delete;

@@ -14,7 +14,7 @@ namespace KeyCodes {
 inline constexpr int none = -1;
 
 /// X servers with evdev drivers number keys 8 higher than the kernel.
-inline constexpr int x11Offset = 8;
+inline constexpr int serverOffset = 8;
 
 int fromEvdev(int evdevCode); // none for a key without a virtual code.
 int toEvdev(int keyCode);

@@ -32,7 +32,7 @@ bool X11HotKey::bind(int keyCode, int modifiers)
     const int evdevCode = m_connection.isUsable() ? evdevCodeOf(keyCode) : KeyCodes::none;
     if (evdevCode == KeyCodes::none)
         return false;
-    m_bound = { static_cast<xcb_keycode_t>(evdevCode + KeyCodes::x11Offset), modifiers };
+    m_bound = { static_cast<xcb_keycode_t>(evdevCode + KeyCodes::serverOffset), modifiers };
     if (!grab(wantedStates()))
         m_bound.reset();
     return m_bound.has_value();

@@ -27,14 +27,14 @@ KeyCodes::SymbolTable X11Keyboard::symbolTable(xcb_connection_t *connection)
     if (!reply)
         return {};
     const auto *symbols = xcb_get_keyboard_mapping_keysyms(reply.get());
-    return { setup->min_keycode - KeyCodes::x11Offset,
+    return { setup->min_keycode - KeyCodes::serverOffset,
              reply->keysyms_per_keycode,
              { symbols, symbols + xcb_get_keyboard_mapping_keysyms_length(reply.get()) } };
 }
 
 KeyEvent X11Keyboard::keyEvent(const QKeyEvent &event)
 {
-    const int evdev = static_cast<int>(event.nativeScanCode()) - KeyCodes::x11Offset;
+    const int evdev = static_cast<int>(event.nativeScanCode()) - KeyCodes::serverOffset;
     const auto shift = event.modifiers().testFlag(Qt::ShiftModifier) ? KeyCodes::ShiftKey::Down
                                                                      : KeyCodes::ShiftKey::Up;
     auto *connection = Xcb::toolkitConnection();

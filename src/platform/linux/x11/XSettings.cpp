@@ -85,10 +85,10 @@ QByteArray property(xcb_connection_t *connection, int screen)
 
 }
 
-XSettings::Settings XSettings::parse(const QByteArray &property)
+ManagedSettings XSettings::parse(const QByteArray &property)
 {
     Reader reader(property);
-    Settings result;
+    ManagedSettings result;
     reader.number<quint32>(); // Byte order, which the reader has looked at.
     reader.number<quint32>(); // Serial number.
     const quint32 count = reader.number<quint32>().value_or(0);
@@ -108,11 +108,11 @@ XSettings::Settings XSettings::parse(const QByteArray &property)
     return result;
 }
 
-XSettings::Settings XSettings::read()
+ManagedSettings XSettings::read()
 {
     int screen = 0;
     xcb_connection_t *connection = xcb_connect(nullptr, &screen);
-    Settings result;
+    ManagedSettings result;
     if (xcb_connection_has_error(connection) == 0)
         result = parse(property(connection, screen));
     xcb_disconnect(connection);

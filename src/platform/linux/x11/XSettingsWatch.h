@@ -8,15 +8,12 @@
 /// Follows the settings manager of the screen, whoever it is at the moment; never
 /// waits for the server. The connection outlives it, and nothing comes before start.
 /// Main thread.
-class XSettingsWatch
+class XSettingsWatch final : public SettingsManager
 {
 public:
     explicit XSettingsWatch(WatchConnection &connection);
 
-    /// All settings, at first and after each change; none where there is no manager.
-    std::function<void(const XSettings::Settings &)> onSettings;
-
-    void start();
+    void start() override;
 
 private:
     void handleEvent(const xcb_generic_event_t &event);
