@@ -6,18 +6,25 @@
 #include "platform/Applications.h"
 #include "store/WebLocation.h"
 
+#include <utility>
+
 namespace {
 
-/// Each where its own disk is waited for, and after the one before it.
-void openEach(QList<QUrl> urls, Applications &applications, Workers &workers)
+/// Each is looked at where its own disk is waited for, and after the one before it.
+void openNext(QList<QUrl> urls, QList<QUrl> targets, const QString &application,
+              Applications &applications, Workers &workers)
 {
-    if (urls.isEmpty())
-        return;
-    const QUrl first = urls.takeFirst();
-    workers.runAt(FilePath::fromUrl(first), [first, urls, &applications, &workers] {
-        applications.open({ FileOps::opened(first) });
-        openEach(urls, applications, workers);
-    });
+    const QUrl next = urls.takeFirst();
+    workers.runAt(FilePath::fromUrl(next),
+                  [next, urls, targets, application, &applications, &workers]() mutable {
+                      targets.append(FileOps::opened(next));
+                      if (application.isEmpty())
+                          applications.open(std::exchange(targets, {}));
+                      else if (urls.isEmpty())
+                          applications.open(targets, application);
+                      if (!urls.isEmpty())
+                          openNext(urls, targets, application, applications, workers);
+                  });
 }
 
 }
@@ -34,16 +41,8 @@ QUrl FileOps::opened(const QUrl &url)
 void FileOps::open(const QList<QUrl> &urls, Applications &applications, Workers &workers,
                    const QString &application)
 {
-    if (urls.isEmpty())
-        return;
-    if (application.isEmpty())
-        return openEach(urls, applications, workers);
-    workers.runAt(FilePath::fromUrl(urls.first()), [urls, application, &applications] {
-        QList<QUrl> targets;
-        for (const QUrl &url : urls)
-            targets.append(opened(url));
-        applications.open(targets, application);
-    });
+    if (!urls.isEmpty())
+        openNext(urls, {}, application, applications, workers);
 }
 
 void FileOps::reveal(const QList<QUrl> &urls, Applications &applications, Workers &workers)

@@ -30,9 +30,11 @@ TEST(FileOpsTest, AWebLocationFileOpensItsAddress)
     queue.settle();
     EXPECT_EQ(applications.opened, (QList<QUrl> { urls[0], address, urls[2], urls[3] }));
 
-    FileOps::open({ urls[1] }, applications, workers, QStringLiteral("browser.desktop"));
+    FileOps::open(urls, applications, workers, QStringLiteral("browser.desktop"));
     queue.settle();
-    EXPECT_EQ(applications.opened.last(), address);
+    EXPECT_EQ(applications.opened.mid(4), applications.opened.mid(0, 4));
+    for (qsizetype i = 0; i < 8; ++i)
+        EXPECT_EQ(workers.places.value(i), FilePath::fromUrl(urls[i % 4]));
     EXPECT_EQ(applications.openedWith, QStringLiteral("browser.desktop"));
 }
 

@@ -3,6 +3,8 @@
 #include "base/MainQueue.h"
 #include "base/Workers.h"
 
+#include <QByteArrayList>
+
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -79,6 +81,13 @@ public:
     {
     }
     void run(WorkerPriority, std::function<void()> work) override { m_queue.post(std::move(work)); }
+    void runAt(const QByteArray &path, std::function<void()> work) override
+    {
+        places.append(path);
+        m_queue.post(std::move(work));
+    }
+
+    QByteArrayList places; // Whose disks work was sent to.
 
 private:
     MainQueue &m_queue;
