@@ -50,6 +50,11 @@ int shownFor(int milliseconds)
     return milliseconds > 10 ? milliseconds : 100;
 }
 
+bool fits(const VImage &header, int maxPixel)
+{
+    return std::max(header.width(), header.height()) <= maxPixel;
+}
+
 bool isTooLarge(const VImage &header)
 {
     const double pixels = static_cast<double>(header.width()) * header.height();
@@ -97,10 +102,13 @@ void writePixels(const VImage &image, uchar *to)
 VOption *thumbnailOptions(const VImage &header, int maxPixel)
 {
     // What is damaged is shown as far as it goes.
-    VOption *const options = VImage::option()
-                                 ->set("height", maxPixel)
-                                 ->set("size", VIPS_SIZE_DOWN)
-                                 ->set("fail_on", VIPS_FAIL_ON_NONE);
+    VOption *const options
+        = VImage::option()
+              ->set("height", maxPixel)
+              // Where it shrinks anyway, DOWN would take the smallest picture of a file that
+              // carries several.
+              ->set("size", fits(header, maxPixel) ? VIPS_SIZE_DOWN : VIPS_SIZE_BOTH)
+              ->set("fail_on", VIPS_FAIL_ON_NONE);
     // Colours that come without a profile are the screen's; converted to its profile, they shift.
     return header.get_typeof(VIPS_META_ICC_NAME) != 0 ? options->set("export_profile", "srgb")
                                                       : options;
@@ -112,8 +120,8 @@ Decoded decodeImage(int file, int maxPixel, SharedMemory &memory)
         sourceOf(file), "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
     if (isTooLarge(header))
         return std::nullopt;
-    // For this format the shortcut would take the small preview that the file carries.
-    const VImage small = isOf(header, "heif")
+    // The shortcut would take a small picture that the file carries.
+    const VImage small = fits(header, maxPixel) || isOf(header, "heif")
         ? header.thumbnail_image(maxPixel, thumbnailOptions(header, maxPixel))
         : VImage::thumbnail_source(sourceOf(file), maxPixel, thumbnailOptions(header, maxPixel));
     const VImage image = inScreenColours(small);

@@ -65,6 +65,7 @@ TEST(Decoder, ShowsPicturesOfEveryKindUprightAndNeverEnlarged)
         { w.save("a.bmp", flat({ 48, 32 }, red)), { 48, 32 }, red },
         { w.save("a.ico", flat({ 48, 32 }, red)), { 48, 32 }, red },
         { w.save("a.ppm", flat({ 48, 32 }, red)), { 48, 32 }, red },
+        { PictureWorld::sample("pyramid.tif"), { 48, 32 }, red },
         { PictureWorld::sample("pages.tif"), { 40, 20 }, Qt::red },
         { w.write("a.svg",
                   "<svg xmlns='http://www.w3.org/2000/svg' width='48' height='32'>"
