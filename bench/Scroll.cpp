@@ -56,6 +56,7 @@ public:
                                    answer(std::move(picture));
                                });
     }
+    Ticket imageFromData(const QByteArray &, Answer<Picture>) override { return {}; }
     Ticket page(const QUrl &, int, int, Urgency, Answer<Picture>) override { return {}; }
     Ticket frames(const QUrl &, int, int, Answer<QList<Frame>>) override { return {}; }
     Ticket archive(const QUrl &, Answer<Listing>) override { return {}; }

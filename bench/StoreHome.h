@@ -3,6 +3,7 @@
 #include "app/settings/Localizer.h"
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
+#include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
 #include "platform/linux/files/LinuxBookmarks.h"
@@ -61,7 +62,7 @@ public:
     std::unique_ptr<ShelfStore> newStore()
     {
         return std::make_unique<ShelfStore>(paths(), m_queue, m_workers, bookmarks, m_sounds,
-                                            m_texts);
+                                            m_pictures, m_texts);
     }
 
 private:
@@ -78,6 +79,7 @@ private:
     VirtualQueue m_queue;
     VirtualWorkers m_workers { m_queue };
     FakeSounds m_sounds;
+    FakePictureDecoder m_pictures;
     Localizer m_texts { QString(), {} };
 
 public:

@@ -64,7 +64,7 @@ AppDelegate::AppDelegate(const Desktop &desktop, Localizer &texts)
     : m_desktop(desktop)
     , m_texts(texts)
     , m_store(AppPaths(desktop.directories), desktop.queue, desktop.workers, desktop.bookmarks,
-              desktop.sounds, texts)
+              desktop.sounds, desktop.pictures, texts)
     , m_settings(desktop.preferences, desktop.autostart, texts, desktop.directories.downloads)
     , m_thumbnails(desktop.pictures, desktop.thumbnails)
     , m_previewCache(desktop.pictures, desktop.queue)

@@ -3,6 +3,7 @@
 #include "base/Workers.h"
 #include "dragdrop/DroppedFiles.h"
 #include "platform/Clipboard.h"
+#include "platform/PictureDecoder.h"
 #include "store/DroppedImage.h"
 
 #include <QMimeDatabase>
@@ -20,7 +21,7 @@ bool isWebAddress(const QUrl &url)
 }
 
 /// One paste on its way into the store: files, else text, else a picture. The
-/// completions that are still to come hold it.
+/// completions that are still to come hold it: it goes with the last of them.
 class Paste : public std::enable_shared_from_this<Paste>
 {
 public:
@@ -29,10 +30,14 @@ public:
         : m_store(store)
         , m_queue(desktop.queue)
         , m_workers(desktop.workers)
+        , m_pictures(desktop.pictures)
         , m_whileAlive(std::move(whileAlive))
         , m_onNothing(std::move(onNothing))
     {
     }
+    ~Paste();
+    Paste(const Paste &) = delete;
+    Paste &operator=(const Paste &) = delete;
     void take(const ItemProviders &objects);
 
 private:
@@ -42,14 +47,27 @@ private:
     void takeImageData(const Object &object);
     void takeImage(const Object &object, QStringList types);
     void addDecoded(const Object &object, const QByteArray &data, const QStringList &otherTypes);
+    void addImageData(const QByteArray &data, const QMimeType &type);
     void reach(std::function<void(ShelfStore &)> addition);
 
     ShelfStore &m_store;
     MainQueue &m_queue;
     Workers &m_workers;
+    PictureDecoder &m_pictures;
     std::weak_ptr<const void> m_whileAlive;
-    std::function<void()> m_onNothing; // For files that cannot be had.
+    std::function<void()> m_onNothing; // For files and pictures that cannot be had.
+    bool m_isOwed = false; // A picture was there, and has not come.
 };
+
+Paste::~Paste()
+{
+    if (!m_isOwed)
+        return;
+    m_queue.post([whileAlive = m_whileAlive, onNothing = std::move(m_onNothing)] {
+        if (whileAlive.lock())
+            onNothing();
+    });
+}
 
 void Paste::take(const ItemProviders &objects)
 {
@@ -82,6 +100,7 @@ void Paste::takeImageData(const Object &object)
     QStringList types = object->registeredTypes();
     types.removeIf([](const QString &type) { return !type.startsWith(QLatin1String("image/")); });
     const auto best = DroppedImage::bestType(object->registeredTypes());
+    m_isOwed = best || !types.isEmpty();
     if (!best)
         return takeImage(object, types);
     const QString name = offeredName(object->registeredTypes(), *best);
@@ -90,8 +109,7 @@ void Paste::takeImageData(const Object &object)
         name,
         [self = shared_from_this(), object, best, types](const std::optional<QByteArray> &data) {
             if (data)
-                self->reach(
-                    [data = *data, best](ShelfStore &store) { store.addImageData(data, *best); });
+                self->addImageData(*data, *best);
             else
                 self->takeImage(object, types);
         });
@@ -110,16 +128,23 @@ void Paste::takeImage(const Object &object, QStringList types)
 
 void Paste::addDecoded(const Object &object, const QByteArray &data, const QStringList &otherTypes)
 {
-    m_workers.run(WorkerPriority::UserInitiated,
-                  [self = shared_from_this(), object, data, otherTypes] {
-                      const auto png = DroppedImage::pngFromImageData(data);
-                      if (!png)
-                          return self->takeImage(object, otherTypes);
-                      self->reach([png = *png](ShelfStore &store) {
-                          const auto type = QStringLiteral("image/png");
-                          store.addImageData(png, QMimeDatabase().mimeTypeForName(type));
-                      });
-                  });
+    reach([self = shared_from_this(), object, data, otherTypes](ShelfStore &) {
+        DroppedImage::pngFromImageData(
+            data, self->m_pictures, self->m_workers,
+            [self, object, otherTypes](const std::optional<QByteArray> &png) {
+                if (!png)
+                    return self->takeImage(object, otherTypes);
+                const auto type = QStringLiteral("image/png");
+                self->addImageData(*png, QMimeDatabase().mimeTypeForName(type));
+            });
+    });
+}
+
+void Paste::addImageData(const QByteArray &data, const QMimeType &type)
+{
+    reach([self = shared_from_this(), data, type](ShelfStore &store) {
+        store.addImageData(data, type, [self] { self->m_isOwed = false; });
+    });
 }
 
 /// Completions come on any thread, and the store may have gone by the time the

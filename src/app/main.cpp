@@ -14,7 +14,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QImageReader>
 #include <QSessionManager>
 #include <QShortcut>
 #include <QStandardPaths>
@@ -122,8 +121,6 @@ int main(int argc, char **argv)
     QApplication::setDesktopFileName(QStringLiteral("app.vantleapp.Vantle"));
     QApplication::setQuitOnLastWindowClosed(false);
     refuseSessionRestart(application);
-    // The toolkit's 128 refuse what cameras make today.
-    QImageReader::setAllocationLimit(512); // Megabytes.
     if (!LinuxDesktop::hasWindowSystem())
         return endWithoutServer();
     const Directories directories = XdgDirectories::fromEnvironment();

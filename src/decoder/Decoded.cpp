@@ -30,9 +30,10 @@ uchar *SharedMemory::begin(qint64 bytes)
     return m_data;
 }
 
-Decoded fromImage(const QImage &image, const QSize &whole, int count, SharedMemory &memory)
+Decoded fromImage(const QImage &image, const QSize &whole, int count, SharedMemory &memory,
+                  QImage::Format format)
 {
-    const QImage painted = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage painted = image.convertToFormat(format);
     DecoderProtocol::Result result;
     result.width = painted.width();
     result.height = painted.height();

@@ -37,17 +37,18 @@ private:
 using Decoded = std::optional<DecoderProtocol::Result>;
 
 /// Null images make none.
-Decoded fromImage(const QImage &image, const QSize &whole, int count, SharedMemory &memory);
+Decoded fromImage(const QImage &image, const QSize &whole, int count, SharedMemory &memory,
+                  QImage::Format format = QImage::Format_ARGB32_Premultiplied);
 
 /// Each reads an open file that it does not close. None where it is not of that
 /// kind, damaged beyond what can be shown, or too large.
 namespace Decode {
 
 void begin(); // Once, before the process is confined.
-Decoded image(int file, int maxPixel, SharedMemory &memory);
+Decoded image(int file, const DecoderProtocol::Job &job, SharedMemory &memory);
 /// In the older formats.
-Decoded otherImage(int file, int maxPixel, SharedMemory &memory);
-Decoded frames(int file, int first, int maxPixel, SharedMemory &memory);
+Decoded otherImage(int file, const DecoderProtocol::Job &job, SharedMemory &memory);
+Decoded frames(int file, const DecoderProtocol::Job &job, SharedMemory &memory);
 Decoded page(int file, int page, int maxPixel, SharedMemory &memory);
 Decoded archive(int file, SharedMemory &memory);
 

@@ -41,6 +41,8 @@ qint64 mostBytes(const Job &job)
     constexpr qint64 largestListing = 64 << 20;
     const qint64 picture = qint64 { 4 } * job.maxPixel * job.maxPixel;
     switch (job.kind) {
+    case Job::Kind::Whole:
+        return 4 * mostWholePixels;
     case Job::Kind::Archive:
         return largestListing;
     case Job::Kind::Frames:

@@ -12,7 +12,8 @@
 
 /// What the program and its decoder processes say to each other. Each message is
 /// one packet of a SOCK_SEQPACKET socket. A job carries two descriptors: the file to
-/// be decoded, and memory of mostBytes() for what comes of it, whose size is sealed.
+/// be decoded, or sealed memory in its place, and memory of mostBytes() for what comes of it, whose
+/// size is sealed.
 namespace DecoderProtocol {
 
 // Of the decoder process: far from those that starting a process uses.
@@ -21,6 +22,9 @@ inline constexpr qsizetype largestMessage = 65536; // Bytes.
 inline constexpr int mostFrames = 64; // Of an animation, in one result.
 inline constexpr qint64 mostFrameBytes = 24 << 20; // Likewise, or one that is larger.
 inline constexpr int mostEntries = 10'000; // Of an archive.
+// A few hundred bytes can announce any size. Unpacked, this is 256 MB.
+inline constexpr qint64 mostWholePixels = 64 << 20;
+inline constexpr qint32 mostWholeEdge = 1 << 20; // Pixels.
 
 /// A message is the bytes of one of these: both sides are of one build. Whoever receives it
 /// believes nothing of it.
@@ -42,7 +46,7 @@ std::optional<Message> decode(const QByteArray &bytes)
 
 struct Job
 {
-    enum class Kind : qint32 { Image, Page, Frames, Archive };
+    enum class Kind : qint32 { Image, Whole, Page, Frames, Archive };
 
     Kind kind = Kind::Image;
     qint32 number = 0; // Of the page, or the first frame.
@@ -52,7 +56,15 @@ struct Job
 /// Of memory that the result of this job may take.
 qint64 mostBytes(const Job &job);
 
-/// The memory holds pictures of premultiplied ARGB one after the other, without gaps, or a
+/// Of what is shown, the premultiplied one of painting; what is kept loses nothing where it lets
+/// something through.
+inline QImage::Format pixelFormat(const Job &job)
+{
+    return job.kind == Job::Kind::Whole ? QImage::Format_ARGB32
+                                        : QImage::Format_ARGB32_Premultiplied;
+}
+
+/// The memory holds pictures of pixelFormat() one after the other, without gaps, or a
 /// listing of that many bytes.
 struct Result
 {

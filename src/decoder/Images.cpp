@@ -11,6 +11,7 @@
 
 namespace {
 
+using DecoderProtocol::Job;
 using vips::VImage;
 using vips::VOption;
 using vips::VSource;
@@ -55,9 +56,11 @@ bool fits(const VImage &header, int maxPixel)
     return std::max(header.width(), header.height()) <= maxPixel;
 }
 
-bool isTooLarge(const VImage &header)
+bool isTooLarge(const VImage &header, const Job &job)
 {
     const double pixels = static_cast<double>(header.width()) * header.height();
+    if (job.kind == Job::Kind::Whole)
+        return pixels > DecoderProtocol::mostWholePixels || !fits(header, job.maxPixel);
     const bool interlaced = number(header, "interlaced", 0) != 0;
     return pixels > (interlaced ? mostInterlacedPixels : mostPixels);
 }
@@ -79,16 +82,18 @@ VImage inScreenColours(VImage image)
     return image;
 }
 
-/// Writes premultiplied ARGB as the program's painting wants it, which is blue, green, red, alpha.
-void writePixels(const VImage &image, uchar *to)
+/// Writes blue, green, red, alpha, which is how the program's ARGB lies in memory.
+void writePixels(const VImage &image, uchar *to, QImage::Format format)
 {
     size_t size = 0;
     const std::unique_ptr<void, decltype(&g_free)> memory(image.write_to_memory(&size), &g_free);
     const auto *from = static_cast<const uchar *>(memory.get());
     const int bands = image.bands();
     const auto count = static_cast<size_t>(image.width()) * static_cast<size_t>(image.height());
-    const auto multiplied
-        = [](int value, int alpha) { return static_cast<uchar>((value * alpha + 127) / 255); };
+    const bool isMultiplied = format == QImage::Format_ARGB32_Premultiplied;
+    const auto multiplied = [isMultiplied](int value, int alpha) {
+        return static_cast<uchar>(isMultiplied ? (value * alpha + 127) / 255 : value);
+    };
     for (size_t i = 0; i < count; ++i, from += bands, to += 4) {
         const bool grey = bands < 3;
         const int alpha = bands == 2 || bands == 4 ? from[bands - 1] : 255;
@@ -114,17 +119,22 @@ VOption *thumbnailOptions(const VImage &header, int maxPixel)
                                                       : options;
 }
 
-Decoded decodeImage(int file, int maxPixel, SharedMemory &memory)
+Decoded decodeImage(int file, const Job &job, SharedMemory &memory)
 {
+    const bool isWhole = job.kind == Job::Kind::Whole;
+    const int edge = job.maxPixel;
     const VImage header = VImage::new_from_source(
-        sourceOf(file), "", VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
-    if (isTooLarge(header))
+        sourceOf(file), "",
+        VImage::option()
+            ->set("access", VIPS_ACCESS_SEQUENTIAL)
+            ->set("fail_on", isWhole ? VIPS_FAIL_ON_ERROR : VIPS_FAIL_ON_NONE));
+    if (isTooLarge(header, job) || (isWhole && isOf(header, "svg")))
         return std::nullopt;
     // The shortcut would take a small picture that the file carries.
-    const VImage small = fits(header, maxPixel) || isOf(header, "heif")
-        ? header.thumbnail_image(maxPixel, thumbnailOptions(header, maxPixel))
-        : VImage::thumbnail_source(sourceOf(file), maxPixel, thumbnailOptions(header, maxPixel));
-    const VImage image = inScreenColours(small);
+    const VImage sized = fits(header, edge) || isOf(header, "heif")
+        ? header.thumbnail_image(edge, thumbnailOptions(header, edge))
+        : VImage::thumbnail_source(sourceOf(file), edge, thumbnailOptions(header, edge));
+    const VImage image = inScreenColours(sized);
 
     DecoderProtocol::Result result;
     result.width = image.width();
@@ -138,18 +148,19 @@ Decoded decodeImage(int file, int maxPixel, SharedMemory &memory)
     uchar *const to = memory.begin(result.bytes);
     if (to == nullptr)
         return std::nullopt;
-    writePixels(image, to);
+    writePixels(image, to, pixelFormat(job));
     return result;
 }
 
-Decoded decodeFrames(int file, int first, int maxPixel, SharedMemory &memory)
+Decoded decodeFrames(int file, const Job &job, SharedMemory &memory)
 {
+    const int first = job.number;
     const VImage header = VImage::new_from_source(sourceOf(file), "");
     const int count = frameCount(header);
-    if (isTooLarge(header) || count < 2)
+    if (isTooLarge(header, job) || count < 2)
         return std::nullopt;
-    const double scale
-        = std::min(1.0, static_cast<double>(maxPixel) / std::max(header.width(), header.height()));
+    const double scale = std::min(
+        1.0, static_cast<double>(job.maxPixel) / std::max(header.width(), header.height()));
     const int width = std::max(1, static_cast<int>(std::lround(header.width() * scale)));
     const int height = std::max(1, static_cast<int>(std::lround(header.height() * scale)));
     const qint64 bytes = static_cast<qint64>(width) * height * 4;
@@ -181,7 +192,7 @@ Decoded decodeFrames(int file, int first, int maxPixel, SharedMemory &memory)
             : one;
         if (sized.width() != width || sized.height() != height)
             return std::nullopt;
-        writePixels(inScreenColours(sized), to + frame * bytes);
+        writePixels(inScreenColours(sized), to + frame * bytes, pixelFormat(job));
         const auto place = static_cast<size_t>(first) + static_cast<size_t>(frame);
         result.milliseconds[static_cast<size_t>(result.frames++)]
             = shownFor(place < delays.size() ? delays[place] : 0);
@@ -218,12 +229,12 @@ void Decode::begin()
         vips_operation_block_set(loader, FALSE);
 }
 
-Decoded Decode::image(int file, int maxPixel, SharedMemory &memory)
+Decoded Decode::image(int file, const Job &job, SharedMemory &memory)
 {
-    return guarded([&] { return decodeImage(file, maxPixel, memory); });
+    return guarded([&] { return decodeImage(file, job, memory); });
 }
 
-Decoded Decode::frames(int file, int first, int maxPixel, SharedMemory &memory)
+Decoded Decode::frames(int file, const Job &job, SharedMemory &memory)
 {
-    return guarded([&] { return decodeFrames(file, first, maxPixel, memory); });
+    return guarded([&] { return decodeFrames(file, job, memory); });
 }

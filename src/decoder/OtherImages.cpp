@@ -15,7 +15,6 @@ namespace {
 const QByteArrayList formats {
     "bmp", "cur", "icns", "ico", "pbm", "pgm", "ppm", "tga", "xbm", "xpm"
 };
-constexpr qint64 mostPixels = 64 << 20; // All of them are held in memory.
 
 qint64 pixels(const QSize &size)
 {
@@ -39,24 +38,25 @@ void chooseLargest(QImageReader &reader)
 
 }
 
-Decoded Decode::otherImage(int file, int maxPixel, SharedMemory &memory)
+Decoded Decode::otherImage(int file, const DecoderProtocol::Job &job, SharedMemory &memory)
 {
     ::lseek(file, 0, SEEK_SET);
     QFile device;
     if (!device.open(file, QIODevice::ReadOnly))
         return std::nullopt;
+    QImageReader::setAllocationLimit(512); // Megabytes: the 128 refuse what cameras make today.
     QImageReader reader(&device, QImageReader::imageFormat(&device));
     if (!formats.contains(reader.format()))
         return std::nullopt;
     chooseLargest(reader);
-    if (pixels(reader.size()) > mostPixels)
+    if (pixels(reader.size()) > DecoderProtocol::mostWholePixels) // All are held in memory.
         return std::nullopt;
     const QImage whole = reader.read();
     if (whole.isNull())
         return std::nullopt;
-    const bool fits = std::max(whole.width(), whole.height()) <= maxPixel;
-    return fromImage(
-        fits ? whole
-             : whole.scaled(maxPixel, maxPixel, Qt::KeepAspectRatio, Qt::SmoothTransformation),
-        whole.size(), 1, memory);
+    const int edge = job.maxPixel;
+    const bool fits = std::max(whole.width(), whole.height()) <= edge;
+    return fromImage(fits ? whole
+                          : whole.scaled(edge, edge, Qt::KeepAspectRatio, Qt::SmoothTransformation),
+                     whole.size(), 1, memory, pixelFormat(job));
 }

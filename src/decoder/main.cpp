@@ -22,13 +22,14 @@ Decoded work(const Job &job, int file, int descriptor)
     SharedMemory memory(descriptor, mostBytes(job));
     switch (job.kind) {
     case Job::Kind::Image:
-        if (auto decoded = Decode::image(file, job.maxPixel, memory))
+    case Job::Kind::Whole:
+        if (auto decoded = Decode::image(file, job, memory))
             return decoded;
-        return Decode::otherImage(file, job.maxPixel, memory);
+        return Decode::otherImage(file, job, memory);
     case Job::Kind::Page:
         return Decode::page(file, job.number, job.maxPixel, memory);
     case Job::Kind::Frames:
-        return Decode::frames(file, job.number, job.maxPixel, memory);
+        return Decode::frames(file, job, memory);
     case Job::Kind::Archive:
         return Decode::archive(file, memory);
     }

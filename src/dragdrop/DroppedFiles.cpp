@@ -91,7 +91,9 @@ private:
     void takeImage(ItemProvider &provider, const QMimeType &type);
     void takeText(ItemProvider &provider);
     void takeUrl(ItemProvider &provider);
-    void reach(std::function<void(ShelfStore &)> addition);
+    using Addition = std::function<void(ShelfStore &)>;
+    void reach(Addition addition);
+    void gain(Addition addition);
 
     ShelfStore &m_store;
     MainQueue &m_queue;
@@ -116,7 +118,7 @@ void Drop::take(const ItemProviders &providers)
     auto group = std::make_shared<Group>([self = shared_from_this()] {
         if (self->m_files.isEmpty())
             return;
-        self->reach([self](ShelfStore &store) { store.add(self->m_files.inOrder()); });
+        self->gain([self](ShelfStore &store) { store.add(self->m_files.inOrder()); });
     });
     int index = 0;
     for (const auto &provider : providers) {
@@ -149,8 +151,8 @@ void Drop::takeImage(ItemProvider &provider, const QMimeType &type)
                       [self = shared_from_this(), type](const std::optional<QByteArray> &data) {
                           if (!data)
                               return;
-                          self->reach([data = *data, type](ShelfStore &store) {
-                              store.addImageData(data, type);
+                          self->reach([self, data = *data, type](ShelfStore &store) {
+                              store.addImageData(data, type, [self] { self->m_hasGained = true; });
                           });
                       });
 }
@@ -159,7 +161,7 @@ void Drop::takeText(ItemProvider &provider)
 {
     provider.loadText([self = shared_from_this()](const std::optional<QString> &text) {
         if (text)
-            self->reach([text = *text](ShelfStore &store) { store.addText(text); });
+            self->gain([text = *text](ShelfStore &store) { store.addText(text); });
     });
 }
 
@@ -168,7 +170,7 @@ void Drop::takeUrl(ItemProvider &provider)
     provider.loadUrl([self = shared_from_this()](const std::optional<QUrl> &url) {
         if (!url)
             return;
-        self->reach([text = QString::fromLatin1(url->toEncoded())](ShelfStore &store) {
+        self->gain([text = QString::fromLatin1(url->toEncoded())](ShelfStore &store) {
             store.addText(text);
         });
     });
@@ -176,12 +178,20 @@ void Drop::takeUrl(ItemProvider &provider)
 
 /// Completions come on any thread, and the store may have gone by the time the
 /// main thread gets to them.
-void Drop::reach(std::function<void(ShelfStore &)> addition)
+void Drop::reach(Addition addition)
 {
     m_queue.post([self = shared_from_this(), addition = std::move(addition)] {
-        self->m_hasGained = true;
         if (self->m_whileAlive.lock())
             addition(self->m_store);
+    });
+}
+
+/// Where something comes of it for certain.
+void Drop::gain(Addition addition)
+{
+    reach([self = shared_from_this(), addition = std::move(addition)](ShelfStore &store) {
+        self->m_hasGained = true;
+        addition(store);
     });
 }
 

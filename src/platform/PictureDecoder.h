@@ -60,6 +60,9 @@ public:
     /// that many pixels along its longer side, and never enlarged.
     virtual Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer)
         = 0;
+    /// All pixels of a picture that came as bytes, upright; 64 million at most, and no drawing.
+    /// Nothing of one that is damaged.
+    virtual Ticket imageFromData(const QByteArray &data, Answer<Picture> answer) = 0;
     /// One page of a PDF document, from 0; fitted into that square.
     virtual Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
                         Answer<Picture> answer)

@@ -1,15 +1,16 @@
 #include "store/DroppedImage.h"
 
+#include "base/Workers.h"
+#include "platform/PictureDecoder.h"
+
 #include <QBuffer>
-#include <QImageReader>
 #include <QImageWriter>
 #include <QMimeDatabase>
 
-namespace {
+#include <memory>
+#include <utility>
 
-/// A few hundred bytes can announce any size. Unpacked, this is 256 MB, or twice
-/// that with 16 bits a channel.
-constexpr qint64 mostPixels = 64LL * 1024 * 1024;
+namespace {
 
 bool isTiff(const QMimeType &type)
 {
@@ -34,20 +35,21 @@ std::optional<QMimeType> DroppedImage::bestType(const QStringList &identifiers)
     return tiff;
 }
 
-std::optional<QByteArray> DroppedImage::pngFromImageData(const QByteArray &data)
+void DroppedImage::pngFromImageData(const QByteArray &data, PictureDecoder &decoder,
+                                    Workers &workers, Bytes answer)
 {
-    QBuffer buffer;
-    buffer.setData(data);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
-    reader.setAutoTransform(true);
-    // A drawing is not a picture of pixels, and may name other files.
-    if (reader.format().startsWith("svg"))
-        return std::nullopt;
-    const QSize size = reader.size();
-    if (qint64(size.width()) * size.height() > mostPixels)
-        return std::nullopt;
-    return pngFromImage(reader.read());
+    // It is never cancelled: its answer holds the ticket.
+    const auto ticket = std::make_shared<Ticket>();
+    *ticket = decoder.imageFromData(
+        data,
+        [ticket, &workers,
+         answer = std::move(answer)](const std::optional<PictureDecoder::Picture> &picture) {
+            ticket->reset();
+            if (!picture)
+                return answer(std::nullopt);
+            workers.run(WorkerPriority::UserInitiated,
+                        [image = picture->image, answer] { answer(pngFromImage(image)); });
+        });
 }
 
 std::optional<QByteArray> DroppedImage::pngFromImage(const QImage &image)

@@ -15,13 +15,14 @@ const QByteArray damagedName = QByteArrayLiteral("shelves-damaged.json");
 }
 
 ShelfStore::ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Bookmarks &bookmarks,
-                       Sounds &sounds, const Localizer &texts)
+                       Sounds &sounds, PictureDecoder &pictures, const Localizer &texts)
     : currentID(QUuid::createUuid())
     , m_paths(std::move(paths))
     , m_queue(queue)
     , m_workers(workers)
     , m_bookmarks(bookmarks)
     , m_sounds(sounds)
+    , m_pictures(pictures)
     , m_texts(texts)
 {
     NativeFile::makePrivateFolder(m_paths.dataDir);

@@ -22,6 +22,7 @@
 
 class Bookmarks;
 class Localizer;
+class PictureDecoder;
 
 /// The one owner of all shelf data. Every operation changes `items` first, then
 /// mirrors it into `shelves`, then saves, and publishes its notice last; saving
@@ -35,7 +36,7 @@ class ShelfStore
 public:
     /// Loads the state of the data folder, or makes one empty shelf.
     ShelfStore(AppPaths paths, MainQueue &queue, Workers &workers, Bookmarks &bookmarks,
-               Sounds &sounds, const Localizer &texts);
+               Sounds &sounds, PictureDecoder &pictures, const Localizer &texts);
     ~ShelfStore();
     ShelfStore(const ShelfStore &) = delete;
     ShelfStore &operator=(const ShelfStore &) = delete;
@@ -62,9 +63,11 @@ public:
     /// A snippet, or a link where the text is nothing but a web address.
     void addText(const QString &text);
     void addLink(const WebAddress &address);
-    /// Both write their file on a worker and then add it.
+    /// Both write their file on a worker and then add it. Where nothing comes of it, onAdded goes
+    /// without having been called.
     void addImage(const QImage &image);
-    void addImageData(const QByteArray &data, const QMimeType &type);
+    void addImageData(const QByteArray &data, const QMimeType &type,
+                      std::function<void()> onAdded = {});
     /// The host without "www." and the path; at most 80 characters.
     static QString linkTitle(const QUrl &url);
     /// The sample file of the tour; made where it is missing.
@@ -157,8 +160,8 @@ private:
     void insertDropped(const QByteArray &path, const std::optional<QString> &preview = std::nullopt,
                        const std::optional<WebAddress> &link = std::nullopt);
     QByteArray fileStart(const QString &key) const;
-    using Bytes = std::function<std::optional<QByteArray>()>;
-    void addFromWorker(const QString &extension, Bytes bytes);
+    using Bytes = std::function<void(const std::optional<QByteArray> &)>;
+    Bytes addingImage(const QString &extension, std::function<void()> onAdded = {});
 
     void forgetUploads(const QSet<QUuid> &ids);
     void deselect(const QSet<QUuid> &ids);
@@ -182,6 +185,7 @@ private:
     Workers &m_workers;
     Bookmarks &m_bookmarks;
     Sounds &m_sounds;
+    PictureDecoder &m_pictures;
     const Localizer &m_texts;
 
     std::optional<QUuid> m_anchor; // Fixed end of a range.

@@ -116,36 +116,42 @@ QString ShelfStore::linkTitle(const QUrl &url)
 
 void ShelfStore::addImage(const QImage &image)
 {
-    addFromWorker(QStringLiteral("png"), [image] { return DroppedImage::pngFromImage(image); });
+    m_workers.run(WorkerPriority::UserInitiated, [image, add = addingImage(QStringLiteral("png"))] {
+        add(DroppedImage::pngFromImage(image));
+    });
 }
 
-void ShelfStore::addImageData(const QByteArray &data, const QMimeType &type)
+void ShelfStore::addImageData(const QByteArray &data, const QMimeType &type,
+                              std::function<void()> onAdded)
 {
-    const auto png = QStringLiteral("png");
-    if (type.inherits(QStringLiteral("image/tiff"))) {
-        addFromWorker(png, [data] { return DroppedImage::pngFromImageData(data); });
-        return;
-    }
-    const QString suffix = type.preferredSuffix();
-    addFromWorker(suffix.isEmpty() ? png : suffix, [data] { return std::optional(data); });
+    const bool isTiff = type.inherits(QStringLiteral("image/tiff"));
+    const QString suffix = isTiff ? QString() : type.preferredSuffix();
+    const auto add
+        = addingImage(suffix.isEmpty() ? QStringLiteral("png") : suffix, std::move(onAdded));
+    if (isTiff)
+        DroppedImage::pngFromImageData(data, m_pictures, m_workers, add);
+    else
+        m_workers.run(WorkerPriority::UserInitiated, [data, add] { add(data); });
 }
 
-/// The entry lands on whichever shelf is current when the file is there.
-void ShelfStore::addFromWorker(const QString &extension, Bytes bytes)
+/// What writes the file, on a worker. The entry lands on whichever shelf is current when the file
+/// is there.
+ShelfStore::Bytes ShelfStore::addingImage(const QString &extension, std::function<void()> onAdded)
 {
-    m_workers.run(
-        WorkerPriority::UserInitiated,
-        [this, &queue = m_queue, alive = std::weak_ptr(m_alive),
-         start = fileStart(QStringLiteral("dropped_image")), extension, bytes = std::move(bytes)] {
-            const auto content = bytes();
-            const auto path = content ? writeManaged(start, extension, *content) : std::nullopt;
-            if (!path)
+    return [this, &queue = m_queue, alive = std::weak_ptr(m_alive),
+            start = fileStart(QStringLiteral("dropped_image")), extension,
+            onAdded = std::move(onAdded)](const std::optional<QByteArray> &content) {
+        const auto path = content ? writeManaged(start, extension, *content) : std::nullopt;
+        if (!path)
+            return;
+        queue.post([this, alive, path = *path, onAdded] {
+            if (!alive.lock())
                 return;
-            queue.post([this, alive, path = *path] {
-                if (alive.lock())
-                    insertDropped(path);
-            });
+            insertDropped(path);
+            if (onAdded)
+                onAdded();
         });
+    };
 }
 
 QUrl ShelfStore::makeDemoFile()

@@ -153,21 +153,19 @@ TEST(KeysTest, APasteTakesFilesThenTextThenAPicture)
     };
     const QString png = QStringLiteral("image/png");
     const QString odd = QStringLiteral("image/x-odd");
+    const QString tiff = QStringLiteral("image/tiff");
     const auto refusing = object({ odd, png }, "");
     const Case cases[] = {
         { "files and text", { file("/a"), file("/b/c"), object({}, "text") }, { "/a", "/b/c" } },
         { "text and a picture", { object({ png }, "words", picture()) }, { ".txt" } },
         { "an address", { object({}, " https://example.org/x ") }, { ".webloc" } },
-        { "empty text and a picture",
-          { object({ odd, png }, "", picture()) },
-          { ".png" },
-          { png } },
-        { "a picture of an odd type",
-          { object({ odd }, nullptr, picture()) },
-          { ".png" },
-          { odd } },
+        { "empty text", { object({ odd, png }, "", picture()) }, { ".png" }, { png } },
+        { "an odd type", { object({ odd }, nullptr, picture()) }, { ".png" }, { odd } },
+        { "a TIFF", { object({ tiff }, nullptr, picture()) }, { ".png" }, { tiff } },
+        { "a damaged TIFF", { object({ tiff }, nullptr, "no picture") }, {}, { tiff } },
         { "no picture after all", { object({ odd }, nullptr, "no picture") }, {}, { odd } },
         { "a picture that does not come", { refusing }, {}, { png, odd } },
+        { "nothing that is known", { object({}, "") }, {} },
         { "an owner that does not answer", {}, {} },
     };
     for (const Case &c : cases) {
@@ -180,12 +178,15 @@ TEST(KeysTest, APasteTakesFilesThenTextThenAPicture)
             for (const auto &each : c.objects)
                 static_cast<FakeItemProvider &>(*each).answer();
             app.queue.settle();
+            app.pictures.decodeData();
         }
         for (const auto &each : c.objects)
             asked += static_cast<FakeItemProvider &>(*each).asked;
         EXPECT_EQ(asked, c.asked);
         const auto items = savedItems(app);
         ASSERT_EQ(items.size(), c.endings.size());
+        const auto toast = static_cast<ShelfView *>(app.window.rootView)->toastText();
+        EXPECT_EQ(toast.has_value(), items.isEmpty() && !asked.isEmpty());
         for (qsizetype i = 0; i < items.size(); ++i)
             EXPECT_TRUE(items.at(i).url.toEncoded().endsWith(c.endings.at(i)));
     }

@@ -10,6 +10,7 @@
 #include "base/QtMainQueue.h"
 #include "base/ThreadWorkers.h"
 #include "platform/fake/FakeBookmarks.h"
+#include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakeSounds.h"
 #include "store/ShelfStore.h"
 #include "store/StateCoding.h"
@@ -144,7 +145,8 @@ int main(int argc, char **argv)
     FakeBookmarks bookmarks;
     FakeSounds sounds;
     const Localizer texts(QString(), {});
-    ShelfStore store(AppPaths(directories), queue, workers, bookmarks, sounds, texts);
+    FakePictureDecoder pictures;
+    ShelfStore store(AppPaths(directories), queue, workers, bookmarks, sounds, pictures, texts);
     report("loaded", encoded(store));
     Mutator mutator(store, home, static_cast<unsigned>(std::atoi(argv[2])));
     const std::function<void()> again = [&] {

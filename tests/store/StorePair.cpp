@@ -49,7 +49,8 @@ void StorePair::restart(ModelStore::StateFile file)
     if (file == ModelStore::StateFile::Cleared)
         NativeFile::remove(world.data("shelves-damaged.json"));
     m_file = fileIdentity();
-    store.emplace(world.paths(), world.queue, m_workers, world.bookmarks, world.sounds, m_texts);
+    store.emplace(world.paths(), world.queue, m_workers, world.bookmarks, world.sounds,
+                  world.pictures, m_texts);
     const auto count = [this](const auto &) { ++m_changes; };
     m_subscriptions = { store->items.subscribe(count, Deliver::ChangesOnly),
                         store->shelves.subscribe(count, Deliver::ChangesOnly),

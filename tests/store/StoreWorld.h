@@ -5,6 +5,7 @@
 #include "base/FilePath.h"
 #include "base/NativeFile.h"
 #include "platform/fake/FakeBookmarks.h"
+#include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
 #include "store/ShelfStore.h"
@@ -48,7 +49,7 @@ public:
     ShelfStore &store()
     {
         if (!m_store)
-            m_store.emplace(paths(), queue, workers, bookmarks, sounds, *m_texts);
+            m_store.emplace(paths(), queue, workers, bookmarks, sounds, pictures, *m_texts);
         return *m_store;
     }
 
@@ -157,6 +158,7 @@ public:
     VirtualWorkers workers { queue };
     FakeBookmarks bookmarks;
     FakeSounds sounds;
+    FakePictureDecoder pictures;
 
 private:
     /// In memory where that is possible: waiting for a disk is not what is tested.

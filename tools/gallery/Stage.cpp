@@ -22,7 +22,7 @@ Stage::Stage(const Surroundings &surroundings)
     , texts(Localizer::findBundle({ Gallery::resources() }).value_or(QString()), {})
     , settings(m_preferences, m_autostart, texts, {})
     , store(AppPaths(Directories { {}, m_home.path().toUtf8(), {}, {}, {}, {}, {} }), queue,
-            workers, m_bookmarks, sounds, texts)
+            workers, m_bookmarks, sounds, m_pictures, texts)
 {
     settings.language.set(surroundings.language);
 }

@@ -7,6 +7,7 @@
 #include "platform/fake/FakeAutostart.h"
 #include "platform/fake/FakeBookmarks.h"
 #include "platform/fake/FakeDragSession.h"
+#include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakePreferences.h"
 #include "platform/fake/FakeSounds.h"
 #include "platform/fake/VirtualQueue.h"
@@ -46,6 +47,7 @@ private:
     FakePreferences m_preferences;
     FakeAutostart m_autostart;
     FakeBookmarks m_bookmarks;
+    FakePictureDecoder m_pictures;
 
 public:
     FakeSounds sounds;

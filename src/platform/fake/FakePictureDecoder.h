@@ -3,20 +3,22 @@
 #include "platform/PictureDecoder.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 /// Keeps every request until the test answers it.
 class FakePictureDecoder final : public PictureDecoder
 {
 public:
-    enum class Kind { Version, Image, Page, Frames, Archive };
+    enum class Kind { Version, Image, Data, Page, Frames, Archive };
     struct Request
     {
         Kind kind;
-        QUrl url;
+        QUrl url {};
         int number = 0; // Of the page, or the first frame.
         int maxPixel = 0;
         Urgency urgency = Urgency::Preview;
+        QByteArray data {};
         Answer<Picture> picture {};
         Answer<QByteArray> version {};
         Answer<QList<Frame>> frames {};
@@ -37,6 +39,10 @@ public:
                      .maxPixel = maxPixel,
                      .urgency = urgency,
                      .picture = std::move(answer) });
+    }
+    Ticket imageFromData(const QByteArray &data, Answer<Picture> answer) override
+    {
+        return ask({ .kind = Kind::Data, .data = data, .picture = std::move(answer) });
     }
     Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
                 Answer<Picture> answer) override
@@ -59,6 +65,20 @@ public:
     Ticket archive(const QUrl &url, Answer<Listing> answer) override
     {
         return ask({ .kind = Kind::Archive, .url = url, .listing = std::move(answer) });
+    }
+
+    /// Answers these as the real one does, of pictures that a test made.
+    void decodeData()
+    {
+        for (Request &request : std::exchange(requests, {})) {
+            if (request.kind != Kind::Data) {
+                requests.push_back(std::move(request));
+                continue;
+            }
+            Picture picture;
+            picture.image = QImage::fromData(request.data);
+            request.picture(picture.image.isNull() ? std::nullopt : std::optional(picture));
+        }
     }
 
     std::vector<Request> requests;

@@ -28,6 +28,9 @@ QByteArray withOrientation(const QByteArray &jpeg, char orientation)
     return jpeg.left(2) + tags + jpeg.mid(2);
 }
 
+const QByteArray drawing("<svg xmlns='http://www.w3.org/2000/svg' width='48' height='32'>"
+                         "<rect width='48' height='32' fill='#c81e28'/></svg>");
+
 QList<pid_t> decoders()
 {
     return processes(VANTLE_BINARY_DIR "/bin/vantle-decoder");
@@ -38,40 +41,30 @@ QList<pid_t> decoders()
 TEST(Decoder, ShowsPicturesOfEveryKindUprightAndNeverEnlarged)
 {
     PictureWorld w;
-    const QColor red(200, 30, 40);
-    QImage deep(48, 32, QImage::Format_RGBA64);
-    deep.fill(QColor(200, 30, 40, 128));
+    const QSize size(48, 32);
+    const QColor red(200, 30, 40), half(200, 30, 40, 128), none(0, 0, 0, 0), grey(90, 90, 90);
     const struct
     {
         QByteArray file;
         QSize whole;
         QColor colour;
     } cases[] = {
-        { w.save("a.jpg", flat({ 48, 32 }, red)), { 48, 32 }, red },
-        { w.save("a.png", flat({ 48, 32 }, Qt::transparent, QImage::Format_ARGB32)),
-          { 48, 32 },
-          QColor(0, 0, 0, 0) },
-        { w.save("deep.png", deep), { 48, 32 }, QColor(200, 30, 40, 128) },
-        { w.save("grey.jpg", flat({ 48, 32 }, QColor(90, 90, 90), QImage::Format_Grayscale8)),
-          { 48, 32 },
-          QColor(90, 90, 90) },
-        { w.save("bits.png", flat({ 48, 32 }, Qt::red).convertToFormat(QImage::Format_Indexed8)),
-          { 48, 32 },
+        { w.save("a.jpg", flat(size, red)), size, red },
+        { w.save("a.png", flat(size, none, QImage::Format_ARGB32)), size, none },
+        { w.save("deep.png", flat(size, half, QImage::Format_RGBA64)), size, half },
+        { w.save("grey.jpg", flat(size, grey, QImage::Format_Grayscale8)), size, grey },
+        { w.save("b.png", flat(size, Qt::red).convertToFormat(QImage::Format_Indexed8)), size,
           Qt::red },
-        { PictureWorld::sample("cmyk.jpg"), { 48, 32 }, QColor(237, 28, 36) },
-        { PictureWorld::sample("flat.heic"), { 48, 32 }, red },
-        { PictureWorld::sample("flat.avif"), { 48, 32 }, red },
-        { PictureWorld::sample("flat.jxl"), { 48, 32 }, red },
-        { w.save("a.bmp", flat({ 48, 32 }, red)), { 48, 32 }, red },
-        { w.save("a.ico", flat({ 48, 32 }, red)), { 48, 32 }, red },
-        { w.save("a.ppm", flat({ 48, 32 }, red)), { 48, 32 }, red },
-        { PictureWorld::sample("pyramid.tif"), { 48, 32 }, red },
+        { PictureWorld::sample("cmyk.jpg"), size, QColor(237, 28, 36) },
+        { PictureWorld::sample("flat.heic"), size, red },
+        { PictureWorld::sample("flat.avif"), size, red },
+        { PictureWorld::sample("flat.jxl"), size, red },
+        { w.save("a.bmp", flat(size, red)), size, red },
+        { w.save("a.ico", flat(size, red)), size, red },
+        { w.save("a.ppm", flat(size, red)), size, red },
+        { PictureWorld::sample("pyramid.tif"), size, red },
         { PictureWorld::sample("pages.tif"), { 40, 20 }, Qt::red },
-        { w.write("a.svg",
-                  "<svg xmlns='http://www.w3.org/2000/svg' width='48' height='32'>"
-                  "<rect width='48' height='32' fill='#c81e28'/></svg>"),
-          { 48, 32 },
-          red },
+        { w.write("a.svg", drawing), size, red },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.file.constData());
@@ -114,6 +107,24 @@ TEST(Decoder, TurnsPhotographsAsTheyWereTaken)
             }
         }
     }
+}
+
+TEST(Decoder, GivesAllOfAPictureThatCameAsBytesAndTakesNoDrawing)
+{
+    PictureWorld w;
+    const auto decoded = [&](const QByteArray &data) {
+        const auto ask = [&](auto given) { return w.decoder.imageFromData(data, given); };
+        return w.answer<PictureDecoder::Picture>(ask).value_or(PictureDecoder::Picture()).image;
+    };
+    const QImage faint = flat({ 30, 20 }, QColor(201, 33, 47, 9), QImage::Format_ARGB32);
+    EXPECT_EQ(decoded(PictureWorld::read(w.save("a.tif", faint))), faint);
+    EXPECT_EQ(decoded(PictureWorld::read(w.save("a.ppm", faint))).size(), faint.size());
+    const QByteArray jpeg = PictureWorld::read(w.save("a.jpg", flat({ 64, 32 }, Qt::red)));
+    EXPECT_EQ(decoded(withOrientation(jpeg, 6)).size(), QSize(32, 64));
+    const QByteArray huge = w.save("huge.png", QImage(8200, 8200, QImage::Format_Mono));
+    for (const QByteArray &data : { QByteArray(), QByteArray("words"), jpeg.first(jpeg.size() / 2),
+                                    PictureWorld::read(huge), drawing })
+        EXPECT_TRUE(decoded(data).isNull()) << data.left(60).constData();
 }
 
 TEST(Decoder, GivesFramesOfAnimationsWithTheirTimes)
@@ -211,17 +222,16 @@ TEST(Decoder, WhatIsNoPictureCostsItsAnswerAlone)
     ASSERT_EQ(::mkfifo(w.path("pipe.png").constData(), 0600), 0);
     ASSERT_EQ(::mkdir(w.path("folder.png").constData(), 0700), 0);
     const QByteArray jpeg = PictureWorld::read(w.save("a.jpg", flat({ 640, 480 }, Qt::red)));
-    const QByteArray files[]
-        = { w.path("pipe.png"),
-            w.path("folder.png"),
-            "/dev/zero",
-            w.path("vanished.png"),
-            "",
-            w.write("empty.png", {}),
-            w.write("words.png", "words"),
-            w.write("head.jpg", jpeg.left(100)),
-            PictureWorld::sample("bomb.png"), // So many pixels along each edge.
-            PictureWorld::sample("wide.png") };
+    const QByteArray files[] = { w.path("pipe.png"),
+                                 w.path("folder.png"),
+                                 "/dev/zero",
+                                 w.path("vanished.png"),
+                                 "",
+                                 w.write("empty.png", {}),
+                                 w.write("words.png", "words"),
+                                 w.write("head.jpg", jpeg.left(100)),
+                                 PictureWorld::sample("bomb.png"),
+                                 PictureWorld::sample("wide.png") };
     for (const QByteArray &file : files) {
         SCOPED_TRACE(file.constData());
         const double start = w.queue.uptime();

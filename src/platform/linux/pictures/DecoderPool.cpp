@@ -45,6 +45,17 @@ Opened openFile(const QByteArray &path)
     return { file, PlainFile::version(status) };
 }
 
+/// In place of a file; -1 where there is none.
+int memoryWith(const QByteArray &data)
+{
+    const int memory = HelperProcess::makeMemory(data.size());
+    if (memory < 0
+        || ::pwrite(memory, data.constData(), static_cast<size_t>(data.size()), 0) == data.size())
+        return memory;
+    ::close(memory);
+    return -1;
+}
+
 const uchar *mapped(const Result &result, int memory)
 {
     if (result.bytes <= 0)
@@ -67,7 +78,7 @@ void unmap(void *mapping)
 }
 
 /// The pictures that lie in the memory one after the other.
-QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
+QList<QImage> imagesOf(const Result &result, int memory, qint64 count, QImage::Format format)
 {
     const qint64 each = static_cast<qint64>(result.width) * result.height * 4;
     const uchar *const at = result.isDecoded() ? mapped(result, memory) : nullptr;
@@ -77,8 +88,7 @@ QList<QImage> imagesOf(const Result &result, int memory, qint64 count)
     const auto view
         = [&](qint64 index, QImageCleanupFunction cleanup = nullptr, void *info = nullptr) {
               return QImage(at + index * each, result.width, result.height,
-                            static_cast<qsizetype>(result.width) * 4,
-                            QImage::Format_ARGB32_Premultiplied, cleanup, info);
+                            static_cast<qsizetype>(result.width) * 4, format, cleanup, info);
           };
     auto mapping = std::make_unique<Mapping>(
         Mapping { const_cast<uchar *>(at), static_cast<size_t>(result.bytes) });
@@ -106,7 +116,8 @@ std::optional<PictureDecoder::Listing> listingOf(const Result &result, int memor
 struct DecoderPool::Work
 {
     Job job;
-    QByteArray path;
+    QByteArray path {};
+    QByteArray data {}; // In place of a file, until it is opened.
     Urgency urgency = Urgency::Preview;
     Answer<Picture> picture {};
     Answer<QList<Frame>> frames {};
@@ -187,6 +198,13 @@ Ticket DecoderPool::image(const QUrl &url, int maxPixel, Urgency urgency, Answer
     return ask({ .job = { Job::Kind::Image, 0, maxPixel },
                  .path = FilePath::fromUrl(url),
                  .urgency = urgency,
+                 .picture = std::move(answer) });
+}
+
+Ticket DecoderPool::imageFromData(const QByteArray &data, Answer<Picture> answer)
+{
+    return ask({ .job = { Job::Kind::Whole, 0, DecoderProtocol::mostWholeEdge },
+                 .data = data,
                  .picture = std::move(answer) });
 }
 
@@ -275,7 +293,10 @@ void DecoderPool::open(const WorkPointer &work)
                 [this, work = work, &queue = m_queue, alive = std::weak_ptr(m_alive)]() mutable {
                     if (alive.expired())
                         return;
-                    const Opened result = work->isCancelled() ? Opened() : openFile(work->path);
+                    Opened result;
+                    if (!work->isCancelled())
+                        result = work->data.isEmpty() ? openFile(work->path)
+                                                      : Opened { memoryWith(work->data), {} };
                     // Given away: what it holds belongs to the main thread.
                     queue.post([this, work = std::move(work), result, alive] {
                         if (alive.lock())
@@ -290,6 +311,7 @@ void DecoderPool::opened(const WorkPointer &work, int file, const QByteArray &ve
 {
     work->file = file;
     work->version = version;
+    work->data.clear();
     const bool known = m_failures.contains(work->failure());
     if (file >= 0 && !m_missing && !known && !work->isCancelled()) {
         m_ready.push_back(work);
@@ -378,10 +400,10 @@ void DecoderPool::finished(Worker &worker, const Result &result)
     advance();
 }
 
-/// A file of a server may only have been slow.
+/// A file of a server may only have been slow, and what is no file comes but once.
 void DecoderPool::rememberFailure(const Work &work)
 {
-    if (work.remote || m_missing)
+    if (work.remote || m_missing || work.version.isEmpty())
         return;
     if (m_failures.size() >= mostFailures)
         m_failures.clear();
@@ -414,10 +436,11 @@ void DecoderPool::answer(const Work &work, const Result &result)
         return;
     if (work.listing)
         return work.listing(listingOf(result, work.memory));
+    const auto format = pixelFormat(work.job);
     if (work.frames) {
         if (result.isDecoded() && result.frames == 0)
             return work.frames(QList<Frame>()); // Past the end.
-        const auto images = imagesOf(result, work.memory, result.frames);
+        const auto images = imagesOf(result, work.memory, result.frames, format);
         if (images.isEmpty())
             return work.frames(std::nullopt);
         QList<Frame> frames;
@@ -425,7 +448,7 @@ void DecoderPool::answer(const Work &work, const Result &result)
             frames.append({ images[i], result.milliseconds[static_cast<size_t>(i)] });
         return work.frames(frames);
     }
-    const auto images = imagesOf(result, work.memory, 1);
+    const auto images = imagesOf(result, work.memory, 1, format);
     if (images.isEmpty())
         return work.picture(std::nullopt);
     work.picture(Picture { images.first(), QSize(result.wholeWidth, result.wholeHeight),

@@ -31,6 +31,7 @@ public:
 
     Ticket version(const QUrl &url, Answer<QByteArray> answer) override;
     Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer) override;
+    Ticket imageFromData(const QByteArray &data, Answer<Picture> answer) override;
     Ticket page(const QUrl &url, int page, int maxPixel, Urgency urgency,
                 Answer<Picture> answer) override;
     Ticket frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer) override;
