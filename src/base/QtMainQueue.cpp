@@ -1,6 +1,7 @@
 #include "base/QtMainQueue.h"
 
-#include <QMetaObject>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QTimer>
 
 #include <chrono>
@@ -29,6 +30,27 @@ Ticket startTimer(double seconds, std::function<void()> task, MainQueue::Precisi
 
 }
 
+void QtMainQueue::Posted::add(std::function<void()> task)
+{
+    const std::lock_guard lock(m_mutex);
+    m_tasks.push_back(std::move(task));
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+bool QtMainQueue::Posted::event(QEvent *event)
+{
+    std::function<void()> task;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (event->type() != QEvent::User)
+            return QObject::event(event);
+        task = std::move(m_tasks.front());
+        m_tasks.pop_front();
+    }
+    task();
+    return true;
+}
+
 double QtMainQueue::uptime() const
 {
     using namespace std::chrono;
@@ -44,7 +66,7 @@ double QtMainQueue::now() const
 
 void QtMainQueue::post(std::function<void()> task)
 {
-    QMetaObject::invokeMethod(&m_context, std::move(task), Qt::QueuedConnection);
+    m_posted.add(std::move(task));
 }
 
 Ticket QtMainQueue::after(double seconds, std::function<void()> task, Precision precision)

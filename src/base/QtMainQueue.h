@@ -4,6 +4,9 @@
 
 #include <QObject>
 
+#include <deque>
+#include <mutex>
+
 /// The queue of a running Qt event loop; made on the main thread.
 class QtMainQueue final : public MainQueue
 {
@@ -17,5 +20,19 @@ public:
                                Precision precision = Precision::Exact) override;
 
 private:
-    QObject m_context; // Lives in the main thread: where posted tasks run.
+    /// Lives in the main thread: where posted tasks run, one an event. They change hands under a
+    /// lock of ours, which tools that look for races see; those of the toolkit they do not.
+    class Posted final : public QObject
+    {
+    public:
+        void add(std::function<void()> task);
+
+    private:
+        bool event(QEvent *event) override;
+
+        std::mutex m_mutex;
+        std::deque<std::function<void()>> m_tasks;
+    };
+
+    Posted m_posted;
 };

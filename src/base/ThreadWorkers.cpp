@@ -1,5 +1,7 @@
 #include "base/ThreadWorkers.h"
 
+#include "base/HandedOver.h"
+
 #include <utility>
 
 ThreadWorkers::ThreadWorkers()
@@ -23,7 +25,7 @@ bool ThreadWorkers::end()
 
 void ThreadWorkers::run(WorkerPriority priority, std::function<void()> work)
 {
-    m_pool->start(std::move(work), priority == WorkerPriority::UserInitiated ? 1 : 0);
+    m_pool->start(handedOver(std::move(work)), priority == WorkerPriority::UserInitiated ? 1 : 0);
 }
 
 void ThreadWorkers::runAt(const QByteArray &path, std::function<void()> work)

@@ -1,5 +1,7 @@
 #include "platform/linux/files/FileLanes.h"
 
+#include "base/HandedOver.h"
+
 #include "base/FilePath.h"
 #include "platform/linux/files/LocalFolder.h"
 #include "platform/linux/files/MountTable.h"
@@ -62,7 +64,7 @@ public:
             pool = new QThreadPool;
             pool->setMaxThreadCount(threadsOfMount);
         }
-        pool->start(std::move(work));
+        pool->start(handedOver(std::move(work)));
     }
 
     bool end()

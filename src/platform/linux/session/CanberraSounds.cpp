@@ -1,5 +1,7 @@
 #include "platform/linux/session/CanberraSounds.h"
 
+#include "base/HandedOver.h"
+
 #include <QThreadPool>
 
 #include <canberra.h>
@@ -149,10 +151,10 @@ void CanberraSounds::play(Sound sound)
     if (m_thread->waiting >= mostWaiting)
         return;
     ++m_thread->waiting;
-    m_thread->pool.start(
+    m_thread->pool.start(handedOver(
         [thread = m_thread.get(), path = m_folder + fileName(sound), read = m_readSettings] {
             --thread->waiting;
             if (desktopWantsSounds(read()))
                 thread->player.play(path);
-        });
+        }));
 }
