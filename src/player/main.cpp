@@ -13,6 +13,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Codecs keep many large pictures, and drivers map much.
@@ -63,7 +65,7 @@ int main(int argc, char **argv)
     ::fcntl(socketDescriptor, F_SETFL, O_NONBLOCK);
     qputenv("QT_QPA_PLATFORM", "offscreen"); // No window is its.
     // Decodes in this process; the other back end would start programs to find its parts.
-    const QDir backends(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/multimedia"_qs);
+    const QDir backends(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/multimedia"_s);
     if (backends.exists(QStringLiteral("libffmpegmediaplugin.so")))
         qputenv("QT_MEDIA_BACKEND", "ffmpeg");
     // The codecs tell about every file.

@@ -28,6 +28,8 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+using namespace Qt::StringLiterals;
+
 inline FakePreferences withValues(const QJsonObject &values)
 {
     FakePreferences preferences;
@@ -143,7 +145,7 @@ public:
                              [](QWidget &opened) { opened.show(); },
                              {},
                              {},
-                             [](const QUrl &url) { return url.scheme() == u"smb"_qs; },
+                             [](const QUrl &url) { return url.scheme() == u"smb"_s; },
                              [](const QList<QUrl> &urls) { return urls; },
                              {},
                              {} },

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 class StubbornAutostart final : public Autostart
@@ -17,7 +19,7 @@ public:
     std::optional<QString> setEnabled(bool enabled) override
     {
         asked.push_back(enabled);
-        return u"the session refuses"_qs;
+        return u"the session refuses"_s;
     }
     bool registered = false;
     std::vector<bool> asked;
@@ -30,7 +32,7 @@ struct World
 
     FakePreferences preferences;
     StubbornAutostart autostart;
-    Localizer texts { u"/nonexistent"_qs, { u"en"_qs } };
+    Localizer texts { u"/nonexistent"_s, { u"en"_s } };
 };
 
 }
@@ -48,18 +50,18 @@ TEST(AppSettingsTest, EverySettingHasItsDefaultUntilItIsSetAndThenKeepsItsValue)
         }
         EXPECT_EQ((w.start().*property).value(), other);
     };
-    const QStringList paths { u"/a b"_qs, u"/ö"_qs };
+    const QStringList paths { u"/a b"_s, u"/ö"_s };
     expect(&AppSettings::shakeToSummon, true, false);
     expect(&AppSettings::cornerToSummon, true, false);
-    expect(&AppSettings::saveFolderPath, u"/home/anna/Downloads"_qs, u"/elsewhere"_qs);
-    expect(&AppSettings::summonPosition, u"topRight"_qs, u"a word of a later version"_qs);
+    expect(&AppSettings::saveFolderPath, u"/home/anna/Downloads"_s, u"/elsewhere"_s);
+    expect(&AppSettings::summonPosition, u"topRight"_s, u"a word of a later version"_s);
     expect(&AppSettings::dockToEdge, true, false);
-    expect(&AppSettings::autoCleanup, u"off"_qs, u"1d"_qs);
+    expect(&AppSettings::autoCleanup, u"off"_s, u"1d"_s);
     expect(&AppSettings::removeAfterDragOut, false, true);
-    expect(&AppSettings::dragModifier, u"none"_qs, u"shift"_qs);
+    expect(&AppSettings::dragModifier, u"none"_s, u"shift"_s);
     expect(&AppSettings::ignoredApps, QStringList(), paths);
     expect(&AppSettings::watchedFolders, QStringList(), paths);
-    expect(&AppSettings::doubleClickAction, u"quicklook"_qs, u"open"_qs);
+    expect(&AppSettings::doubleClickAction, u"quicklook"_s, u"open"_s);
     expect(&AppSettings::publicLinks, true, false);
     expect(&AppSettings::deleteCloudOnRemove, false, true);
     expect(&AppSettings::onboarded, false, true);
@@ -69,13 +71,13 @@ TEST(AppSettingsTest, AnotherTypeCountsAsAbsent)
 {
     World w;
     w.preferences.object = {
-        { u"shakeToSummon"_qs, 0 },
-        { u"dockToEdge"_qs, u"no"_qs },
-        { u"hotKeyCode"_qs, 4294967298.0 }, // Beyond an int, where it would be 2.
-        { u"hotKeyModifiers"_qs, 2304.5 },
-        { u"autoCleanup"_qs, true },
-        { u"ignoredApps"_qs, QJsonArray { u"one"_qs, 2 } },
-        { u"onboarded"_qs, QJsonValue::Null },
+        { u"shakeToSummon"_s, 0 },
+        { u"dockToEdge"_s, u"no"_s },
+        { u"hotKeyCode"_s, 4294967298.0 }, // Beyond an int, where it would be 2.
+        { u"hotKeyModifiers"_s, 2304.5 },
+        { u"autoCleanup"_s, true },
+        { u"ignoredApps"_s, QJsonArray { u"one"_s, 2 } },
+        { u"onboarded"_s, QJsonValue::Null },
     };
     // Nor is a path a setting that is no text.
     const AppSettings settings(w.preferences, w.autostart, w.texts, "/home/\xff/Downloads");
@@ -83,7 +85,7 @@ TEST(AppSettingsTest, AnotherTypeCountsAsAbsent)
     EXPECT_TRUE(settings.shakeToSummon.value());
     EXPECT_TRUE(settings.dockToEdge.value());
     EXPECT_TRUE(settings.isDefaultHotKey());
-    EXPECT_EQ(settings.autoCleanup.value(), u"off"_qs);
+    EXPECT_EQ(settings.autoCleanup.value(), u"off"_s);
     EXPECT_TRUE(settings.ignoredApps.value().isEmpty());
     EXPECT_FALSE(settings.onboarded.value());
 }
@@ -91,7 +93,7 @@ TEST(AppSettingsTest, AnotherTypeCountsAsAbsent)
 TEST(AppSettingsTest, TheHotKeysLabelIsAnnouncedWhenAllElseIsStored)
 {
     World w;
-    const QString label = u"⌃⌥Ä"_qs; // Known only while the key is being pressed.
+    const QString label = u"⌃⌥Ä"_s; // Known only while the key is being pressed.
     {
         auto settings = w.start();
         int announced = 0;
@@ -101,7 +103,7 @@ TEST(AppSettingsTest, TheHotKeysLabelIsAnnouncedWhenAllElseIsStored)
                 EXPECT_EQ(next, label);
                 EXPECT_EQ(settings.hotKeyCode.value(), 39);
                 EXPECT_EQ(settings.hotKeyModifiers.value(), 0x1800);
-                EXPECT_EQ(w.preferences.object.value(u"hotKeyLabel"_qs), label);
+                EXPECT_EQ(w.preferences.object.value(u"hotKeyLabel"_s), label);
             },
             Deliver::ChangesOnly);
         settings.setHotKey(39, 0x1800, label);
@@ -114,7 +116,7 @@ TEST(AppSettingsTest, TheHotKeysLabelIsAnnouncedWhenAllElseIsStored)
 
     settings.resetHotKey();
     EXPECT_TRUE(settings.isDefaultHotKey());
-    EXPECT_EQ(settings.hotKeyLabel.value(), u"⌥⌘S"_qs);
+    EXPECT_EQ(settings.hotKeyLabel.value(), u"⌥⌘S"_s);
     EXPECT_TRUE(w.start().isDefaultHotKey());
 }
 
@@ -123,16 +125,16 @@ TEST(AppSettingsTest, TheLanguageReachesTheTextsAtOnceAndAtTheNextStart)
     World w;
     {
         auto settings = w.start();
-        EXPECT_EQ(settings.language.value(), u"system"_qs);
+        EXPECT_EQ(settings.language.value(), u"system"_s);
         QString whenHeard;
         const auto ticket = settings.language.subscribe(
             [&](const QString &) { whenHeard = w.texts.currentCode(); }, Deliver::ChangesOnly);
-        settings.language.set(u"fr"_qs);
-        EXPECT_EQ(whenHeard, u"fr"_qs);
+        settings.language.set(u"fr"_s);
+        EXPECT_EQ(whenHeard, u"fr"_s);
     }
-    w.texts.setOverride(u"system"_qs);
+    w.texts.setOverride(u"system"_s);
     const auto settings = w.start();
-    EXPECT_EQ(w.texts.currentCode(), u"fr"_qs);
+    EXPECT_EQ(w.texts.currentCode(), u"fr"_s);
 }
 
 TEST(AppSettingsTest, LaunchingAtLoginBelongsToTheSessionAndARefusalIsOnlyLogged)

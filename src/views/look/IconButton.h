@@ -8,6 +8,8 @@
 /// the keyboard is on it. A click leaves the keyboard where it was.
 class IconButton final : public QAbstractButton
 {
+    Q_OBJECT
+
 public:
     IconButton(Symbols &symbols, Symbol symbol, double symbolSize, QWidget *parent);
 

@@ -17,6 +17,8 @@ class QSortFilterProxyModel;
 /// callback, and deletes itself when it is closed.
 class ApplicationPicker final : public QDialog
 {
+    Q_OBJECT
+
 public:
     ApplicationPicker(const QList<InstalledApplication> &applications, const Localizer &texts,
                       QWidget *parent);

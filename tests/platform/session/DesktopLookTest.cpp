@@ -12,6 +12,8 @@
 
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The property of a settings manager, in either byte order.
@@ -199,11 +201,11 @@ TEST(TrayLabelTest, MarksOfMnemonicsAreWrittenSoThatTheyShow)
     {
         QString title, notifier, embedded;
     } cases[] = {
-        { u"Quit"_qs, u"Quit"_qs, u"Quit"_qs },
-        { u"a_b__c"_qs, u"a__b____c"_qs, u"a_b__c"_qs },
+        { u"Quit"_s, u"Quit"_s, u"Quit"_s },
+        { u"a_b__c"_s, u"a__b____c"_s, u"a_b__c"_s },
         // Over the bus the first one becomes an underscore: "_R & D & more".
-        { u"R & D & more"_qs, u"&R & D & more"_qs, u"R && D && more"_qs },
-        { u"Show\t(Ctrl+S)"_qs, u"Show (Ctrl+S)"_qs, u"Show (Ctrl+S)"_qs },
+        { u"R & D & more"_s, u"&R & D & more"_s, u"R && D && more"_s },
+        { u"Show\t(Ctrl+S)"_s, u"Show (Ctrl+S)"_s, u"Show (Ctrl+S)"_s },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.title.toStdString());

@@ -12,6 +12,8 @@
 
 #include <map>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Sets variables for one case and puts the old ones back; null unsets.
@@ -49,15 +51,15 @@ TEST(SystemLanguagesTest, TheEnvironmentIsReadAsGettextReadsIt)
         QStringList tags;
     } cases[] = {
         { nullptr, nullptr, nullptr, nullptr, {} },
-        { nullptr, nullptr, nullptr, "de_AT.UTF-8@euro", { u"de-AT"_qs } },
-        { nullptr, "fr_FR", "es_ES", "de_DE", { u"fr-FR"_qs } },
-        { nullptr, "", "es_ES", "de_DE", { u"es-ES"_qs } },
-        { "zh_TW:zh:en", nullptr, nullptr, "zh_TW.UTF-8", { u"zh-TW"_qs, u"zh"_qs, u"en"_qs } },
-        { "de", nullptr, nullptr, "fr_FR.UTF-8", { u"de"_qs, u"fr-FR"_qs } },
+        { nullptr, nullptr, nullptr, "de_AT.UTF-8@euro", { u"de-AT"_s } },
+        { nullptr, "fr_FR", "es_ES", "de_DE", { u"fr-FR"_s } },
+        { nullptr, "", "es_ES", "de_DE", { u"es-ES"_s } },
+        { "zh_TW:zh:en", nullptr, nullptr, "zh_TW.UTF-8", { u"zh-TW"_s, u"zh"_s, u"en"_s } },
+        { "de", nullptr, nullptr, "fr_FR.UTF-8", { u"de"_s, u"fr-FR"_s } },
         { "de", "C", nullptr, "fr_FR.UTF-8", {} },
         { "de", nullptr, nullptr, "C.UTF-8", {} },
-        { ":de::POSIX", nullptr, nullptr, "en_US", { u"de"_qs, u"en-US"_qs } },
-        { "../../etc:a b:%s:überlang", nullptr, nullptr, "ja_JP", { u"ja-JP"_qs } },
+        { ":de::POSIX", nullptr, nullptr, "en_US", { u"de"_s, u"en-US"_s } },
+        { "../../etc:a b:%s:überlang", nullptr, nullptr, "ja_JP", { u"ja-JP"_s } },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.tags.join(u' ').toStdString());
@@ -106,7 +108,7 @@ TEST(XdgDirectoriesTest, TheDownloadsFolderIsTheOneThatTheDesktopNames)
     environment.set("HOME", "/home/anna");
     environment.set("XDG_CONFIG_HOME", qPrintable(config.path()));
     for (const auto &[file, downloads] : cases) {
-        write(config.filePath(u"user-dirs.dirs"_qs), file);
+        write(config.filePath(u"user-dirs.dirs"_s), file);
         EXPECT_EQ(XdgDirectories::fromEnvironment().downloads, downloads) << file.constData();
     }
 }
@@ -114,7 +116,7 @@ TEST(XdgDirectoriesTest, TheDownloadsFolderIsTheOneThatTheDesktopNames)
 TEST(XdgAutostartTest, OnWritesAnEntryAndOffRemovesItAndTheSessionMaySwitchItOff)
 {
     const QTemporaryDir config;
-    const QString path = config.filePath(u"autostart/app.vantleapp.Vantle.desktop"_qs);
+    const QString path = config.filePath(u"autostart/app.vantleapp.Vantle.desktop"_s);
     XdgAutostart autostart(config.path().toUtf8(), "/opt/my $x\\%/van\"tle");
     EXPECT_FALSE(autostart.enabled());
     EXPECT_EQ(autostart.setEnabled(false), std::nullopt);
@@ -141,10 +143,10 @@ TEST(XdgAutostartTest, OnWritesAnEntryAndOffRemovesItAndTheSessionMaySwitchItOff
     EXPECT_FALSE(QFile::exists(path));
 
     // A refusal tells its reason.
-    ASSERT_TRUE(QDir(config.path()).rmdir(u"autostart"_qs));
-    write(config.filePath(u"autostart"_qs), "a file where the folder should be");
+    ASSERT_TRUE(QDir(config.path()).rmdir(u"autostart"_s));
+    write(config.filePath(u"autostart"_s), "a file where the folder should be");
     for (const bool on : { true, false })
-        EXPECT_TRUE(autostart.setEnabled(on).value_or(QString()).contains(u"directory"_qs));
+        EXPECT_TRUE(autostart.setEnabled(on).value_or(QString()).contains(u"directory"_s));
 }
 
 TEST(ScreenshotFolder, IsWhatTheRunningDesktopSays)
@@ -162,7 +164,7 @@ TEST(ScreenshotFolder, IsWhatTheRunningDesktopSays)
         EXPECT_EQ(folder(desktop), fallback) << desktop;
 
     const auto tell = [&](const char *name, const QByteArray &bytes) {
-        write(directory.filePath(u".config"_qs + QLatin1String(name)), bytes);
+        write(directory.filePath(u".config"_s + QLatin1String(name)), bytes);
     };
     tell("/flameshot/flameshot.ini", "[Shortcuts]\nsavePath=/wrong\n[General]\nsavePath=/shots/\n");
     tell("/spectaclerc", "[Save]\ndefaultSaveLocation=file:///old%20place/\n");
