@@ -12,53 +12,15 @@
 
 namespace {
 
-using Outcome = SelectionReader::Outcome;
-
 constexpr qsizetype keyCap = 4096; // Bytes.
 constexpr qsizetype textCap = 16 << 20;
 constexpr qsizetype listCap = 64 << 20;
 constexpr qsizetype imageCap = 256 << 20;
 
-/// Says when the last of a drop's objects has gone.
-using Hold = std::shared_ptr<const void>;
-
 bool isFile(const QUrl &url)
 {
     return url.isLocalFile() || LocalFiles::isRemote(url);
 }
-
-/// One address of a list, known since before the drop was announced. A file that has no
-/// local path counts as one that could not be had.
-class ListedObject final : public ItemProvider
-{
-public:
-    ListedObject(QUrl url, Hold hold)
-        : m_url(std::move(url))
-        , m_hold(std::move(hold))
-    {
-    }
-    QStringList registeredTypes() const override { return { QLatin1String(DropFormats::uriList) }; }
-    bool hasFileUrl() const override { return isFile(m_url); }
-    bool hasText() const override { return false; }
-    bool hasUrl() const override { return true; }
-    void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
-    {
-        completion(m_url);
-    }
-    void loadText(std::function<void(std::optional<QString>)> completion) override
-    {
-        completion(std::nullopt);
-    }
-    void loadData(const QString &,
-                  std::function<void(std::optional<QByteArray>)> completion) override
-    {
-        completion(std::nullopt);
-    }
-
-private:
-    QUrl m_url;
-    Hold m_hold;
-};
 
 /// Reads the first of these types that can be understood. A source that has
 /// hung, died or sent too much once is not asked again for the same thing.
@@ -68,35 +30,37 @@ std::optional<T> readFirst(SelectionReader &reader, const QStringList &types,
 {
     for (const QString &type : types) {
         const auto answer = reader.read(type.toUtf8(), textCap);
-        if (answer.outcome != Outcome::Data && answer.outcome != Outcome::Refused)
+        if (!answer)
             break;
-        if (auto value = answer.data.isEmpty() ? std::nullopt : parse(type, answer.data))
+        if (auto value = answer->isEmpty() ? std::nullopt : parse(type, *answer))
             return value;
     }
     return std::nullopt;
 }
 
-/// Everything that a source offers besides files, each form read when it is asked for.
-class OfferedObject final : public ItemProvider
+/// One address of a list, known since before the drop was announced, or everything that a
+/// source offers besides files, each form read when it is asked for.
+class DroppedObject final : public ItemProvider
 {
 public:
-    OfferedObject(std::shared_ptr<DropReading> reading, QStringList types, std::optional<QUrl> url,
-                  Hold hold)
+    /// The reading's thread goes on while an object holds it.
+    DroppedObject(std::shared_ptr<DropReading> reading, QStringList types, std::optional<QUrl> url)
         : m_reading(std::move(reading))
         , m_types(std::move(types))
         , m_url(std::move(url))
-        , m_hold(std::move(hold))
     {
     }
     QStringList registeredTypes() const override { return m_types; }
-    bool hasFileUrl() const override { return false; }
+    bool hasFileUrl() const override { return m_url && isFile(*m_url); }
     bool hasText() const override { return !DropFormats::textTypes(m_types).isEmpty(); }
     bool hasUrl() const override { return m_url || !DropFormats::urlTypes(m_types).isEmpty(); }
 
     void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
     {
         if (m_url) {
-            m_reading->gained();
+            // A file that has no local path counts as one that could not be had.
+            if (!LocalFiles::isRemote(*m_url))
+                m_reading->gained();
             return completion(m_url);
         }
         m_reading->load<QUrl>(
@@ -117,11 +81,9 @@ public:
                   std::function<void(std::optional<QByteArray>)> completion) override
     {
         m_reading->load<QByteArray>(
-            [type = type.toUtf8()](SelectionReader &reader) -> std::optional<QByteArray> {
+            [type = type.toUtf8()](SelectionReader &reader) {
                 auto answer = reader.read(type, imageCap);
-                if (answer.outcome != Outcome::Data || answer.data.isEmpty())
-                    return std::nullopt;
-                return std::move(answer.data);
+                return answer && answer->isEmpty() ? std::nullopt : answer;
             },
             std::move(completion));
     }
@@ -130,7 +92,6 @@ private:
     std::shared_ptr<DropReading> m_reading;
     QStringList m_types;
     std::optional<QUrl> m_url;
-    Hold m_hold;
 };
 
 /// What the portal hands over for a sandboxed source, whose own list would name
@@ -143,7 +104,7 @@ std::optional<QList<QUrl>> portalUrls(SelectionReader &reader, const QStringList
     });
     if (type == types.end())
         return std::nullopt;
-    auto key = reader.read(type->toUtf8(), keyCap).data;
+    auto key = reader.read(type->toUtf8(), keyCap).value_or(QByteArray());
     while (key.endsWith('\0'))
         key.chop(1);
     const auto paths = key.isEmpty() ? std::nullopt : PortalFiles::retrieve(key);
@@ -164,32 +125,21 @@ QList<QUrl> listedUrls(SelectionReader &reader, const QStringList &types)
     const auto &[gnome, mate] = DropFormats::copiedFiles;
     for (const char *type : { DropFormats::uriList, gnome, mate }) {
         if (types.contains(QLatin1String(type)))
-            return DropFormats::urls(reader.read(type, listCap).data);
+            return DropFormats::urls(reader.read(type, listCap).value_or(QByteArray()));
     }
     return {};
 }
 
-constexpr char clipboardSelection[] = "CLIPBOARD";
-
 }
 
-DropReading::DropReading(MainQueue &queue, Source source, double secondsAtMost, Listener listener)
+DropReading::DropReading(MainQueue &queue, std::optional<Drop> drop, double secondsAtMost,
+                         Listener listener)
     : m_queue(queue)
-    , m_source(std::move(source))
+    , m_drop(std::move(drop))
     , m_deadline(SelectionReader::Clock::now()
                  + std::chrono::milliseconds(static_cast<int>(secondsAtMost * 1000)))
     , m_listener(std::move(listener))
 {
-}
-
-DropReading::Source DropReading::drop(QStringList types, quint32 time)
-{
-    return { "XdndSelection", std::move(types), time };
-}
-
-DropReading::Source DropReading::clipboard()
-{
-    return { clipboardSelection, {}, XCB_CURRENT_TIME };
 }
 
 void DropReading::start()
@@ -204,7 +154,8 @@ void DropReading::start()
 
 void DropReading::run()
 {
-    SelectionReader reader(m_source.selection, m_source.time, m_deadline);
+    SelectionReader reader(m_drop ? "XdndSelection" : "CLIPBOARD",
+                           m_drop ? m_drop->time : XCB_CURRENT_TIME, m_deadline);
     post([self = shared_from_this(), found = objects(reader)] {
         if (self->m_listener.onObjects)
             self->m_listener.onObjects(found);
@@ -221,33 +172,27 @@ void DropReading::run()
 /// clipboard stand there as text as well, which is what a paste takes.
 ItemProviders DropReading::objects(SelectionReader &reader)
 {
-    const Hold hold(this, [self = shared_from_this()](const void *) {
+    // Says when the last of the objects has gone.
+    const std::shared_ptr<DropReading> hold(this, [self = shared_from_this()](DropReading *) {
         const std::lock_guard guard(self->m_mutex);
         self->m_closed = true;
         self->m_changed.notify_all();
     });
-    const bool isClipboard = m_source.selection == clipboardSelection;
-    QStringList types = isClipboard ? reader.types() : m_source.types;
+    QStringList types = m_drop ? m_drop->types : reader.types();
     // Browsers offer a copied picture as a page too, which is not meant as text.
-    if (isClipboard)
+    if (!m_drop)
         types.removeAll(QStringLiteral("text/html"));
     if (types.isEmpty())
         return {};
-    auto urls = listedUrls(reader, types);
+    const auto urls = listedUrls(reader, types);
     const bool hasFiles = std::any_of(urls.begin(), urls.end(), isFile);
+    if (!hasFiles && (urls.size() < 2 || !m_drop))
+        return { std::make_shared<DroppedObject>(
+            hold, types, urls.isEmpty() ? std::nullopt : std::optional(urls.first())) };
     ItemProviders objects;
-    if (hasFiles || (urls.size() > 1 && !isClipboard)) {
-        if (hasFiles)
-            urls = LocalFiles::examined(urls);
-        for (const QUrl &url : urls) {
-            if (url.isLocalFile() || !isFile(url))
-                gained();
-            objects.append(std::make_shared<ListedObject>(url, hold));
-        }
-        return objects;
-    }
-    const auto url = urls.isEmpty() ? std::nullopt : std::optional(urls.first());
-    objects.append(std::make_shared<OfferedObject>(shared_from_this(), types, url, hold));
+    for (const QUrl &url : hasFiles ? LocalFiles::examined(urls) : urls)
+        objects.append(std::make_shared<DroppedObject>(
+            hold, QStringList { QLatin1String(DropFormats::uriList) }, url));
     return objects;
 }
 

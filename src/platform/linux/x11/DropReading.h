@@ -16,8 +16,8 @@
 class MainQueue;
 
 /// Reads one drop, or what the clipboard holds, on a thread of its own and makes
-/// its objects. The thread ends
-/// when nobody holds an object any more and every load has been answered.
+/// its objects. The thread ends when nobody holds an object any more and every load
+/// has been answered.
 class DropReading : public std::enable_shared_from_this<DropReading>
 {
 public:
@@ -28,17 +28,16 @@ public:
         std::function<void(Gain)> onEnded; // After everything else.
     };
 
-    struct Source
+    struct Drop
     {
-        QByteArray selection;
-        QStringList types; // What a drag has announced; the clipboard is asked for its types.
+        QStringList types; // As the drag has announced them.
         quint32 time = 0;
     };
 
-    /// Both calls of the listener come on the main thread.
-    DropReading(MainQueue &queue, Source source, double secondsAtMost, Listener listener);
-    static Source drop(QStringList types, quint32 time);
-    static Source clipboard();
+    /// Without a drop it is the clipboard that is read. Both calls of the listener come on the
+    /// main thread.
+    DropReading(MainQueue &queue, std::optional<Drop> drop, double secondsAtMost,
+                Listener listener);
 
     void start();
     /// Answers every open load with nothing. Nothing is called from now on.
@@ -93,11 +92,11 @@ private:
     void post(std::function<void()> task);
 
     MainQueue &m_queue;
-    const Source m_source;
+    const std::optional<Drop> m_drop;
     const SelectionReader::Clock::time_point m_deadline;
     Listener m_listener; // Main thread.
 
-    mutable std::mutex m_mutex; // For everything below.
+    std::mutex m_mutex; // For everything below.
     std::condition_variable m_changed;
     std::deque<Job> m_jobs;
     std::function<void()> m_giveUpCurrent;

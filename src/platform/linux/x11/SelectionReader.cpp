@@ -24,20 +24,15 @@ SelectionReader::SelectionReader(const QByteArray &selection, quint32 time,
     m_atoms.fetch({ selection.constData(), "INCR", "TARGETS" });
     m_selection = m_atoms(selection);
     m_window = Xcb::unseenWindow(m_connection);
-    watchOwner();
+    // The notice of its destruction tells a source's death at once.
+    m_owner = Xcb::selectionOwner(m_connection, m_selection);
+    m_ownerGone
+        = !Xcb::listenTo(m_connection, m_owner, XCB_EVENT_MASK_STRUCTURE_NOTIFY) || !isOwnerThere();
 }
 
 SelectionReader::~SelectionReader()
 {
     xcb_disconnect(m_connection);
-}
-
-/// The notice of its destruction tells a source's death at once.
-void SelectionReader::watchOwner()
-{
-    m_owner = Xcb::selectionOwner(m_connection, m_selection);
-    m_ownerGone
-        = !Xcb::listenTo(m_connection, m_owner, XCB_EVENT_MASK_STRUCTURE_NOTIFY) || !isOwnerThere();
 }
 
 bool SelectionReader::isOwnerThere()
@@ -80,26 +75,21 @@ SelectionReader::Event SelectionReader::nextEvent(Clock::time_point until)
 
 QStringList SelectionReader::types()
 {
-    const QByteArray data = read("TARGETS", typesCap).data;
+    const QByteArray data = read("TARGETS", typesCap).value_or(QByteArray());
     QList<xcb_atom_t> atoms(data.size() / static_cast<qsizetype>(sizeof(xcb_atom_t)));
     std::memcpy(atoms.data(), data.constData(),
                 static_cast<size_t>(atoms.size()) * sizeof(xcb_atom_t));
     return m_atoms.names(atoms);
 }
 
-SelectionReader::Answer SelectionReader::read(const QByteArray &type, qsizetype cap)
+std::optional<QByteArray> SelectionReader::read(const QByteArray &type, qsizetype cap)
 {
     if (m_ownerGone || m_window == Xcb::none || !isOwnerThere())
-        return {};
+        return std::nullopt;
     // A property of its own, so that the late answer to an earlier question is
     // not taken for the answer to this one.
     const auto property = m_atoms("VANTLE_DROP_" + QByteArray::number(m_reads++));
-    const Outcome outcome = convert(m_atoms(type), property);
-    return outcome == Outcome::Data ? take(property, cap) : Answer { outcome, {} };
-}
-
-SelectionReader::Outcome SelectionReader::convert(xcb_atom_t target, xcb_atom_t property)
-{
+    const auto target = m_atoms(type);
     xcb_convert_selection(m_connection, m_window, m_selection, target, property, m_time);
     const auto until = patience();
     while (const Event event = nextEvent(until)) {
@@ -109,40 +99,24 @@ SelectionReader::Outcome SelectionReader::convert(xcb_atom_t target, xcb_atom_t 
         if (notify->target != target)
             continue;
         if (notify->property == Xcb::none)
-            return Outcome::Refused;
+            return QByteArray();
         if (notify->property == property)
-            return Outcome::Data;
+            return take(property, cap);
     }
-    return m_ownerGone ? Outcome::Gone : Outcome::Silent;
+    return std::nullopt;
 }
 
-SelectionReader::Answer SelectionReader::take(xcb_atom_t property, qsizetype cap)
+/// In pieces (INCR) each deletion of the property asks for the next; an empty one is the last.
+std::optional<QByteArray> SelectionReader::take(xcb_atom_t property, qsizetype cap)
 {
     const auto cookie
         = xcb_get_property(m_connection, 0, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 0);
     const auto reply = Xcb::owned(xcb_get_property_reply(m_connection, cookie, nullptr));
     if (!reply)
-        return {};
-    if (reply->type == m_atoms("INCR"))
-        return takeIncrementally(property, cap);
-    Answer answer;
-    switch (appendChunk(property, answer.data, cap)) {
-    case Chunk::Data:
-    case Chunk::Last:
-        answer.outcome = Outcome::Data;
-        return answer;
-    case Chunk::TooLarge:
-        return { Outcome::TooLarge, {} };
-    case Chunk::Gone:
-        break;
-    }
-    return {};
-}
-
-/// Each deletion of the property asks for the next piece; an empty one is the last.
-SelectionReader::Answer SelectionReader::takeIncrementally(xcb_atom_t property, qsizetype cap)
-{
+        return std::nullopt;
     QByteArray data;
+    if (reply->type != m_atoms("INCR"))
+        return appendPiece(property, data, cap) ? std::optional(data) : std::nullopt;
     xcb_delete_property(m_connection, m_window, property);
     auto until = patience();
     while (const Event event = nextEvent(until)) {
@@ -151,33 +125,27 @@ SelectionReader::Answer SelectionReader::takeIncrementally(xcb_atom_t property, 
         const auto *notify = reinterpret_cast<xcb_property_notify_event_t *>(event.get());
         if (notify->atom != property || notify->state != XCB_PROPERTY_NEW_VALUE)
             continue;
-        switch (appendChunk(property, data, cap)) {
-        case Chunk::Data:
-            until = patience();
-            break;
-        case Chunk::Last:
-            return { Outcome::Data, data };
-        case Chunk::TooLarge:
-            return { Outcome::TooLarge, {} };
-        case Chunk::Gone:
-            return {};
-        }
+        const auto before = data.size();
+        if (!appendPiece(property, data, cap))
+            return std::nullopt;
+        if (data.size() == before)
+            return data;
+        until = patience();
     }
-    return { m_ownerGone ? Outcome::Gone : Outcome::Silent, {} };
+    return std::nullopt;
 }
 
-SelectionReader::Chunk SelectionReader::appendChunk(xcb_atom_t property, QByteArray &data,
-                                                    qsizetype cap)
+bool SelectionReader::appendPiece(xcb_atom_t property, QByteArray &data, qsizetype cap)
 {
     const auto room = static_cast<quint32>((cap - data.size()) / 4 + 1); // In units of four bytes.
     const auto cookie
         = xcb_get_property(m_connection, 1, m_window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, room);
     const auto reply = Xcb::owned(xcb_get_property_reply(m_connection, cookie, nullptr));
     if (!reply)
-        return Chunk::Gone;
+        return false;
     const auto size = xcb_get_property_value_length(reply.get());
     if (reply->bytes_after > 0 || data.size() + size > cap)
-        return Chunk::TooLarge;
+        return false;
     data.append(static_cast<const char *>(xcb_get_property_value(reply.get())), size);
-    return size == 0 ? Chunk::Last : Chunk::Data;
+    return true;
 }

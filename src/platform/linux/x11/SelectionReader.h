@@ -5,7 +5,7 @@
 #include <QByteArray>
 
 #include <chrono>
-#include <memory>
+#include <optional>
 
 /// Reads what another program drags or has copied, on a connection of its own.
 /// Every call waits for that program, which may hang, die, stutter or never stop sending:
@@ -14,18 +14,6 @@ class SelectionReader
 {
 public:
     using Clock = std::chrono::steady_clock;
-    enum class Outcome {
-        Data,
-        Refused,
-        Silent, // No byte for three seconds, or the deadline has passed.
-        Gone, // The source, or the X server, or it offers something else by now.
-        TooLarge,
-    };
-    struct Answer
-    {
-        Outcome outcome = Outcome::Gone;
-        QByteArray data;
-    };
 
     /// time: the server time of the drop. Sources of drags may answer no other.
     SelectionReader(const QByteArray &selection, quint32 time, Clock::time_point deadline);
@@ -35,19 +23,17 @@ public:
 
     /// The types that the source says it offers.
     QStringList types();
-    Answer read(const QByteArray &type, qsizetype cap);
+    /// What it offers of that type, empty where it refuses. None where it went, offers something
+    /// else by now, sent nothing for three seconds or until the deadline, or more than the cap.
+    std::optional<QByteArray> read(const QByteArray &type, qsizetype cap);
 
 private:
     using Event = Xcb::Owned<xcb_generic_event_t>;
-    enum class Chunk { Data, Last, TooLarge, Gone };
 
-    void watchOwner();
     bool isOwnerThere();
     Event nextEvent(Clock::time_point until);
-    Outcome convert(xcb_atom_t target, xcb_atom_t property);
-    Answer take(xcb_atom_t property, qsizetype cap);
-    Answer takeIncrementally(xcb_atom_t property, qsizetype cap);
-    Chunk appendChunk(xcb_atom_t property, QByteArray &data, qsizetype cap);
+    std::optional<QByteArray> take(xcb_atom_t property, qsizetype cap);
+    bool appendPiece(xcb_atom_t property, QByteArray &data, qsizetype cap);
     Clock::time_point patience() const;
 
     xcb_connection_t *m_connection;

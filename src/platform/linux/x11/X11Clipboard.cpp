@@ -55,7 +55,7 @@ bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
         m_reading->giveUp(); // Meanwhile something else was copied.
     m_readFrom = owner;
     m_reading = std::make_shared<DropReading>(
-        m_queue, DropReading::clipboard(), readLimit,
+        m_queue, std::nullopt, readLimit,
         DropReading::Listener { std::move(completion),
                                 [this](DropReading::Gain) { m_reading.reset(); } });
     m_reading->start();

@@ -5,8 +5,6 @@
 
 #include <QCoreApplication>
 
-#include <algorithm>
-
 namespace {
 
 constexpr quint32 newestVersion = 5;
@@ -33,7 +31,7 @@ XdndTarget::~XdndTarget()
     while (!m_drops.empty()) {
         const auto reading = m_drops.front().reading;
         reading->giveUp();
-        endDrop(reading.get(), DropReading::Gain::Nothing);
+        endDrop(m_drops.begin(), DropReading::Gain::Nothing);
         reading->waitForEnd(std::chrono::milliseconds(500));
     }
 }
@@ -70,12 +68,12 @@ bool XdndTarget::handleMessage(const xcb_client_message_event_t &message)
         position(data);
     else if (message.type == m_atoms("XdndEnter"))
         enter(data);
-    else if (message.type == m_atoms("XdndLeave"))
-        leave(data);
     else if (message.type == m_atoms("XdndDrop"))
         drop(data);
-    else
+    else if (message.type != m_atoms("XdndLeave"))
         return false;
+    else if (isOver(data[0]))
+        endHover();
     return true;
 }
 
@@ -89,14 +87,10 @@ void XdndTarget::enter(const quint32 *data)
     if (!Xcb::isOwn(m_connection, data[0])
         && !Xcb::listenTo(m_connection, data[0], XCB_EVENT_MASK_STRUCTURE_NOTIFY))
         return;
-    Hover hover;
-    hover.source = data[0];
-    hover.version = version;
-    hover.types = offeredTypes(data);
+    m_hover = Hover { data[0], offeredTypes(data) };
     // Promised files too: their user learns only by the drop that nothing comes of it.
-    hover.isWanted = DropFormats::canHold(hover.types)
-        || hover.types.contains(QLatin1String(DropFormats::promisedFiles));
-    m_hover = hover;
+    m_hover->isWanted = DropFormats::canHold(m_hover->types)
+        || m_hover->types.contains(QLatin1String(DropFormats::promisedFiles));
 }
 
 QStringList XdndTarget::offeredTypes(const quint32 *data)
@@ -113,7 +107,7 @@ QStringList XdndTarget::offeredTypes(const quint32 *data)
 
 void XdndTarget::position(const quint32 *data)
 {
-    const bool known = m_hover && m_hover->source == data[0];
+    const bool known = isOver(data[0]);
     if (known && m_hover->isWanted && m_hover->requested != data[4]) {
         m_hover->requested = data[4];
         m_hover->action = chosenAction(data[4]);
@@ -148,54 +142,38 @@ xcb_atom_t XdndTarget::chosenAction(xcb_atom_t requested)
     return onlyMove ? Xcb::none : copy;
 }
 
-void XdndTarget::leave(const quint32 *data)
-{
-    if (m_hover && m_hover->source == data[0])
-        endHover();
-}
-
 void XdndTarget::drop(const quint32 *data)
 {
-    if (!m_hover || m_hover->source != data[0] || m_hover->action == Xcb::none || !onDrop) {
+    if (!isOver(data[0]) || m_hover->action == Xcb::none || !onDrop) {
         Xcb::sendMessage(m_connection, data[0], m_atoms("XdndFinished"), { m_window, 0, 0 },
                          data[0]);
         endHover();
         return;
     }
-    const Hover hover = *m_hover;
-    startReading(hover, data[2]);
+    startReading(data[2]);
     endHover();
 }
 
-void XdndTarget::startReading(const Hover &hover, quint32 time)
+void XdndTarget::startReading(quint32 time)
 {
-    auto known = std::make_shared<const DropReading *>(nullptr);
-    DropReading::Listener listener {
-        [this](const ItemProviders &objects) {
-            if (onDrop)
-                onDrop(objects);
-        },
-        [this, known](DropReading::Gain gain) { endDrop(*known, gain); },
-    };
-    auto reading = std::make_shared<DropReading>(m_queue, DropReading::drop(hover.types, time),
-                                                 dropLimit, std::move(listener));
-    *known = reading.get();
-    auto deadline = m_queue.after(dropLimit, [this, late = std::weak_ptr(reading)] {
-        if (const auto open = late.lock()) {
-            open->giveUp();
-            endDrop(open.get(), DropReading::Gain::Nothing);
-        }
+    const auto drop
+        = m_drops.insert(m_drops.end(), { m_hover->source, m_window, m_hover->action, {}, {} });
+    drop->reading = std::make_shared<DropReading>(
+        m_queue, DropReading::Drop { m_hover->types, time }, dropLimit,
+        DropReading::Listener { [this](const ItemProviders &objects) {
+                                   if (onDrop)
+                                       onDrop(objects);
+                               },
+                                [this, drop](DropReading::Gain gain) { endDrop(drop, gain); } });
+    drop->deadline = m_queue.after(dropLimit, [this, drop] {
+        drop->reading->giveUp();
+        endDrop(drop, DropReading::Gain::Nothing);
     });
-    m_drops.push_back({ hover.source, m_window, hover.action, reading, std::move(deadline) });
-    reading->start();
+    drop->reading->start();
 }
 
-void XdndTarget::endDrop(const DropReading *reading, DropReading::Gain gain)
+void XdndTarget::endDrop(std::list<Drop>::iterator drop, DropReading::Gain gain)
 {
-    const auto drop = std::find_if(m_drops.begin(), m_drops.end(),
-                                   [&](const Drop &open) { return open.reading.get() == reading; });
-    if (drop == m_drops.end())
-        return;
     const Drop ended = *drop;
     m_drops.erase(drop);
     if (ended.source != Xcb::none) {
@@ -214,7 +192,7 @@ void XdndTarget::sourceGone(xcb_window_t source)
         if (drop.source == source)
             drop.source = Xcb::none; // Its reader learns it by itself.
     }
-    if (m_hover && m_hover->source == source)
+    if (isOver(source))
         endHover();
 }
 
@@ -231,15 +209,8 @@ void XdndTarget::setTargeted(bool targeted)
 
 void XdndTarget::endHover()
 {
-    if (!m_hover)
-        return;
-    const bool wasTargeted = m_hover->isTargeted;
+    setTargeted(false);
     m_hover.reset();
-    if (!wasTargeted)
-        return;
-    if (onTargeted)
-        onTargeted(false);
-    landed();
 }
 
 void XdndTarget::landed()

@@ -25,8 +25,6 @@ public:
     /// Made and destroyed before the queue is.
     explicit XdndTarget(MainQueue &queue);
     ~XdndTarget() override;
-    XdndTarget(const XdndTarget &) = delete;
-    XdndTarget &operator=(const XdndTarget &) = delete;
 
     /// The window; again whenever it has a new native one.
     void attach(WId window);
@@ -41,7 +39,6 @@ private:
     struct Hover
     {
         xcb_window_t source = Xcb::none;
-        quint32 version = 0;
         QStringList types;
         bool isWanted = false; // By its types.
         xcb_atom_t requested = Xcb::none;
@@ -62,7 +59,6 @@ private:
     bool handleMessage(const xcb_client_message_event_t &message);
     void enter(const quint32 *data);
     void position(const quint32 *data);
-    void leave(const quint32 *data);
     void drop(const quint32 *data);
     void sourceGone(xcb_window_t source);
 
@@ -70,8 +66,9 @@ private:
     xcb_atom_t chosenAction(xcb_atom_t requested);
     void setTargeted(bool targeted);
     void endHover();
-    void startReading(const Hover &hover, quint32 time);
-    void endDrop(const DropReading *reading, DropReading::Gain gain);
+    bool isOver(xcb_window_t source) const { return m_hover && m_hover->source == source; }
+    void startReading(quint32 time);
+    void endDrop(std::list<Drop>::iterator drop, DropReading::Gain gain);
     void landed();
 
     MainQueue &m_queue;
