@@ -107,7 +107,6 @@ void X11Activation::activate(xcb_timestamp_t time)
 
 void X11Activation::setFocus(xcb_window_t to, xcb_timestamp_t time)
 {
-    const auto cookie = xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_PARENT, to, time);
-    xcb_discard_reply(m_connection, cookie.sequence);
-    xcb_flush(m_connection);
+    Xcb::send(m_connection,
+              xcb_set_input_focus_checked(m_connection, XCB_INPUT_FOCUS_PARENT, to, time));
 }

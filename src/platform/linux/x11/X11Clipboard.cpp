@@ -14,11 +14,10 @@ constexpr double readLimit = 10; // Seconds for everything that a paste reads.
 
 X11Clipboard::X11Clipboard(MainQueue &queue, Workers &workers, QByteArray textFolder)
     : m_queue(queue)
-    , m_workers(workers)
     , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
-    , m_transfers(queue, m_atoms)
+    , m_offer(queue, workers, m_atoms)
 {
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
@@ -75,13 +74,10 @@ void X11Clipboard::writeText(const QList<QUrl> &urls)
 void X11Clipboard::offer(const QList<DragFormats::Format> &formats)
 {
     prepare();
-    m_offer
-        = std::make_unique<DragOffer>(m_queue, m_workers, m_transfers, formats, QByteArrayList());
-    // A selection is taken at the X server's time, which a change of a property brings.
+    m_offer.set(m_window, formats);
+    // A selection is taken at the X server's time.
     m_wantsTime = true;
-    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_window, m_atoms("_VANTLE_TIME"),
-                        XCB_ATOM_INTEGER, 32, 0, nullptr);
-    xcb_flush(m_connection);
+    Xcb::askTime(m_connection, m_window, m_atoms("_VANTLE_TIME"));
 }
 
 /// Asks the clipboard manager to save at once, so that the end of the program,
@@ -90,7 +86,7 @@ void X11Clipboard::takeOver(xcb_timestamp_t time)
 {
     m_wantsTime = false;
     m_time = time;
-    m_offer->setTime(time);
+    m_offer.setTime(time);
     xcb_set_selection_owner(m_connection, m_window, m_atoms("CLIPBOARD"), time);
     xcb_convert_selection(m_connection, m_window, m_atoms("CLIPBOARD_MANAGER"),
                           m_atoms("SAVE_TARGETS"), m_atoms("_VANTLE_SAVED"), time);
@@ -106,16 +102,7 @@ bool X11Clipboard::nativeEventFilter(const QByteArray &type, void *message, qint
         const auto &notify = *static_cast<xcb_property_notify_event_t *>(message);
         if (notify.window == m_window && m_wantsTime && notify.atom == m_atoms("_VANTLE_TIME"))
             takeOver(notify.time);
-        else if (notify.state == XCB_PROPERTY_DELETE)
-            m_transfers.fetched(notify.window, notify.atom);
         return notify.window == m_window;
-    }
-    case XCB_SELECTION_REQUEST: {
-        const auto &request = *static_cast<xcb_selection_request_event_t *>(message);
-        if (request.owner != m_window || !m_offer)
-            return false;
-        m_offer->answer(request);
-        return true;
     }
     case XCB_SELECTION_CLEAR: {
         const auto &clear = *static_cast<xcb_selection_clear_event_t *>(message);
@@ -123,7 +110,7 @@ bool X11Clipboard::nativeEventFilter(const QByteArray &type, void *message, qint
             return false;
         // One that comes after the next copy speaks of the last.
         if (!m_wantsTime && clear.time >= m_time)
-            m_offer.reset();
+            m_offer.clear();
         return true;
     }
     case XCB_SELECTION_NOTIFY:

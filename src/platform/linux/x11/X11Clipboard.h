@@ -1,9 +1,8 @@
 #pragma once
 
 #include "platform/Clipboard.h"
-#include "platform/linux/x11/DragOffer.h"
 #include "platform/linux/x11/DropReading.h"
-#include "platform/linux/x11/Xcb.h"
+#include "platform/linux/x11/SelectionOffer.h"
 
 #include <QAbstractNativeEventFilter>
 
@@ -21,8 +20,6 @@ public:
     /// textFolder: where the program keeps texts that users put on a shelf.
     X11Clipboard(MainQueue &queue, Workers &workers, QByteArray textFolder);
     ~X11Clipboard() override;
-    X11Clipboard(const X11Clipboard &) = delete;
-    X11Clipboard &operator=(const X11Clipboard &) = delete;
 
     bool read(std::function<void(const ItemProviders &)> completion) override;
     void write(const QList<QUrl> &urls) override;
@@ -35,18 +32,16 @@ private:
     void takeOver(xcb_timestamp_t time);
 
     MainQueue &m_queue;
-    Workers &m_workers;
     const QByteArray m_textFolder;
     xcb_connection_t *m_connection;
     Xcb::Atoms m_atoms;
-    SelectionTransfers m_transfers; // Go on when somebody else copies.
+    SelectionOffer m_offer;
     // Owns the selection, and is what the manager answers; made at first use.
     xcb_window_t m_window = Xcb::none;
 
     std::shared_ptr<DropReading> m_reading; // While it is under way.
     xcb_window_t m_readFrom = Xcb::none;
 
-    std::unique_ptr<DragOffer> m_offer;
     xcb_timestamp_t m_time = XCB_CURRENT_TIME; // Since when the selection is ours.
     bool m_wantsTime = false;
 };

@@ -16,11 +16,6 @@
 
 namespace {
 
-bool isLocalFile(const QUrl &url)
-{
-    return url.isLocalFile();
-}
-
 xcb_window_t nativeWindow(const QWidget &widget)
 {
     return static_cast<xcb_window_t>(widget.window()->winId());
@@ -49,12 +44,11 @@ X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &worke
                                QByteArray textFolder)
     : m_window(&window)
     , m_queue(queue)
-    , m_workers(workers)
     , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
     , m_root(X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
     , m_atoms(m_connection)
-    , m_transfers(queue, m_atoms)
+    , m_offer(queue, workers, m_atoms)
     , m_compositor(m_connection, m_root)
 {
     m_atoms.fetch({ "XdndSelection", "XdndActionCopy", "XdndActionLink" });
@@ -92,9 +86,8 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
         return onEnd(false);
     }
     m_source = &source;
-    m_offer = std::make_unique<DragOffer>(
-        m_queue, m_workers, m_transfers, DragFormats::formatsFor(urls, m_textFolder),
-        m_portal.isAvailable() ? portalPaths(urls) : QByteArrayList());
+    m_offer.set(nativeWindow(source), DragFormats::formatsFor(urls, m_textFolder),
+                m_portal.isAvailable() ? portalPaths(urls) : QByteArrayList());
     m_drag = std::make_unique<XdndSource>(m_queue, m_atoms, m_root, offer(urls, source));
     m_drag->onAction = [this](xcb_atom_t action) { showAction(action); };
     m_drag->onEnd = std::move(onEnd);
@@ -107,9 +100,9 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
 XdndSource::Offer X11DragSession::offer(const QList<QUrl> &urls, QWidget &source)
 {
     XdndSource::Offer offer { nativeWindow(source),
-                              m_offer->types(),
+                              m_offer.types(),
                               { m_atoms("XdndActionCopy") } };
-    if (std::none_of(urls.begin(), urls.end(), isLocalFile))
+    if (std::ranges::none_of(urls, &QUrl::isLocalFile))
         offer.actions.append(m_atoms("XdndActionLink"));
     if (m_window && source.window() != m_window->window())
         offer.ownTarget = nativeWindow(*m_window);
@@ -121,8 +114,12 @@ bool X11DragSession::eventFilter(QObject *object, QEvent *event)
     if (!m_picture)
         return false;
     switch (event->type()) {
-    case QEvent::MouseMove:
-        return pointerMoved(static_cast<QMouseEvent &>(*event));
+    case QEvent::MouseMove: {
+        const auto &move = static_cast<QMouseEvent &>(*event);
+        m_picture->follow(move.globalPosition());
+        m_drag->move(native(move.globalPosition()), static_cast<xcb_timestamp_t>(move.timestamp()));
+        return true;
+    }
     case QEvent::MouseButtonRelease:
         return pointerReleased(object, static_cast<QMouseEvent &>(*event));
     case QEvent::ShortcutOverride:
@@ -138,14 +135,6 @@ bool X11DragSession::eventFilter(QObject *object, QEvent *event)
     default:
         return false;
     }
-}
-
-bool X11DragSession::pointerMoved(const QMouseEvent &event)
-{
-    const QPointF at = event.globalPosition();
-    m_picture->follow(at);
-    m_drag->move(native(at), static_cast<xcb_timestamp_t>(event.timestamp()));
-    return true;
 }
 
 /// The window that got the press gets the release as well, or it would wait for it.
@@ -183,28 +172,10 @@ void X11DragSession::showAction(xcb_atom_t action)
                                                                        : Qt::DragCopyCursor);
 }
 
-bool X11DragSession::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
+bool X11DragSession::nativeEventFilter(const QByteArray &, void *message, qintptr *)
 {
-    if (!m_offer || type != "xcb_generic_event_t")
-        return false;
-    switch (static_cast<xcb_generic_event_t *>(message)->response_type & 0x7f) {
-    case XCB_SELECTION_REQUEST: {
-        const auto &request = *static_cast<xcb_selection_request_event_t *>(message);
-        if (request.selection != m_atoms("XdndSelection"))
-            return false;
-        m_offer->answer(request);
-        return true;
-    }
-    case XCB_CLIENT_MESSAGE:
-        m_drag->handleMessage(*static_cast<xcb_client_message_event_t *>(message));
-        break;
-    case XCB_PROPERTY_NOTIFY:
-        if (const auto *notify = static_cast<xcb_property_notify_event_t *>(message);
-            notify->state == XCB_PROPERTY_DELETE)
-            m_transfers.fetched(notify->window, notify->atom);
-        break;
-    default:
-        break;
-    }
+    const auto *event = static_cast<const xcb_generic_event_t *>(message);
+    if (m_drag && (event->response_type & 0x7f) == XCB_CLIENT_MESSAGE)
+        m_drag->handleMessage(*static_cast<const xcb_client_message_event_t *>(message));
     return false;
 }

@@ -2,7 +2,7 @@
 
 #include "platform/DragSession.h"
 #include "platform/linux/transfer/PortalFiles.h"
-#include "platform/linux/x11/DragOffer.h"
+#include "platform/linux/x11/SelectionOffer.h"
 #include "platform/linux/x11/X11Compositor.h"
 #include "platform/linux/x11/XdndSource.h"
 
@@ -36,23 +36,20 @@ private:
     bool eventFilter(QObject *object, QEvent *event) override;
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     XdndSource::Offer offer(const QList<QUrl> &urls, QWidget &source);
-    bool pointerMoved(const QMouseEvent &event);
     bool pointerReleased(QObject *receiver, const QMouseEvent &event);
     void letPointerGo();
     void showAction(xcb_atom_t action);
 
     QPointer<QWidget> m_window;
     MainQueue &m_queue;
-    Workers &m_workers;
     const QByteArray m_textFolder;
     xcb_connection_t *m_connection;
     xcb_window_t m_root;
     Xcb::Atoms m_atoms;
-    SelectionTransfers m_transfers; // Go on when the next drag begins.
+    SelectionOffer m_offer; // Stays after the drag: targets read on.
     X11Compositor m_compositor;
     PortalFiles m_portal;
 
-    std::unique_ptr<DragOffer> m_offer; // Stays after the drag: targets read on.
     std::unique_ptr<XdndSource> m_drag; // Until the next one.
     std::unique_ptr<DragPicture> m_picture; // While the button is down.
     QPointer<QWidget> m_source;

@@ -8,8 +8,6 @@
 #include <QPainter>
 #include <QWindow>
 
-#include <array>
-
 namespace {
 
 constexpr int cornerRadius = 12;
@@ -158,14 +156,11 @@ void X11PanelWindow::acceptKeyboard(bool accept)
     hints.resize(wmHintsSize);
     hints[0] |= inputHint;
     hints[1] = accept ? 1 : 0;
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, native(), m_atoms("WM_HINTS"),
-                        XCB_ATOM_WM_HINTS, 32, wmHintsSize, hints.constData());
+    Xcb::setProperty(m_connection, native(), m_atoms("WM_HINTS"), XCB_ATOM_WM_HINTS, hints);
     auto protocols = m_protocols;
     if (!accept)
         protocols.removeAll(m_atoms("WM_TAKE_FOCUS"));
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, native(), m_atoms("WM_PROTOCOLS"),
-                        XCB_ATOM_ATOM, 32, static_cast<uint32_t>(protocols.size()),
-                        protocols.constData());
+    Xcb::setProperty(m_connection, native(), m_atoms("WM_PROTOCOLS"), XCB_ATOM_ATOM, protocols);
 }
 
 void X11PanelWindow::giveKeyboardBack()
@@ -207,17 +202,13 @@ void X11PanelWindow::performDrag()
 /// edge of the screen.
 void X11PanelWindow::writeHints()
 {
-    const std::array states { m_atoms("_NET_WM_STATE_STICKY"),
-                              m_atoms("_NET_WM_STATE_SKIP_TASKBAR"),
-                              m_atoms("_NET_WM_STATE_SKIP_PAGER") };
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, native(), m_atoms("_NET_WM_STATE"),
-                        XCB_ATOM_ATOM, 32, states.size(), states.data());
+    Xcb::setProperty(m_connection, native(), m_atoms("_NET_WM_STATE"), XCB_ATOM_ATOM,
+                     { m_atoms("_NET_WM_STATE_STICKY"), m_atoms("_NET_WM_STATE_SKIP_TASKBAR"),
+                       m_atoms("_NET_WM_STATE_SKIP_PAGER") });
     // Flags (functions and decorations count), functions (resize, move, close),
     // decorations, input mode, status.
-    const std::array<quint32, 5> motifHints { 1 | 2, 2 | 4 | 32, 0, 0, 0 };
     const xcb_atom_t name = m_atoms("_MOTIF_WM_HINTS");
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, native(), name, name, 32,
-                        motifHints.size(), motifHints.data());
+    Xcb::setProperty(m_connection, native(), name, name, { 1 | 2, 2 | 4 | 32, 0, 0, 0 });
 }
 
 /// What has to be asked for after mapping: by a property before that xfwm4 puts the

@@ -78,9 +78,6 @@ xcb_window_t X11Root::lock(xcb_connection_t *connection, xcb_window_t root)
 void X11Root::send(xcb_connection_t *connection, xcb_window_t root, xcb_window_t about,
                    xcb_atom_t type, std::initializer_list<uint32_t> data)
 {
-    const auto message = Xcb::clientMessage(about, type, data);
-    xcb_send_event(connection, 0, root,
-                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                   reinterpret_cast<const char *>(&message));
-    xcb_flush(connection);
+    Xcb::sendMessage(connection, root, type, data, about,
+                     XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
 }

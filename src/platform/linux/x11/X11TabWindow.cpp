@@ -87,11 +87,11 @@ void X11TabWindow::raiseBelowLock()
         return;
     }
     const std::array<uint32_t, 2> order { lock, XCB_STACK_MODE_BELOW };
-    const auto cookie = xcb_configure_window_checked(
-        m_connection, static_cast<xcb_window_t>(internalWinId()),
-        XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE, order.data());
-    xcb_discard_reply(m_connection, cookie.sequence); // It may have gone.
-    xcb_flush(m_connection);
+    // It may have gone.
+    Xcb::send(m_connection,
+              xcb_configure_window_checked(m_connection, static_cast<xcb_window_t>(internalWinId()),
+                                           XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
+                                           order.data()));
 }
 
 bool X11TabWindow::nativeEvent(const QByteArray &type, void *message, qintptr *result)

@@ -51,8 +51,29 @@ xcb_window_t Xcb::selectionOwner(xcb_connection_t *connection, xcb_atom_t select
     return reply ? reply->owner : none;
 }
 
-xcb_client_message_event_t Xcb::clientMessage(xcb_window_t about, xcb_atom_t type,
-                                              std::initializer_list<quint32> data)
+void Xcb::send(xcb_connection_t *connection, xcb_void_cookie_t checked)
+{
+    xcb_discard_reply(connection, checked.sequence);
+    xcb_flush(connection);
+}
+
+void Xcb::setProperty(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
+                      xcb_atom_t type, const QList<quint32> &values)
+{
+    send(connection,
+         xcb_change_property_checked(connection, XCB_PROP_MODE_REPLACE, window, name, type, 32,
+                                     static_cast<quint32>(values.size()), values.constData()));
+}
+
+void Xcb::askTime(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property)
+{
+    xcb_change_property(connection, XCB_PROP_MODE_APPEND, window, property, XCB_ATOM_INTEGER, 32, 0,
+                        nullptr);
+    xcb_flush(connection);
+}
+
+void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
+                      std::initializer_list<quint32> data, xcb_window_t about, quint32 mask)
 {
     xcb_client_message_event_t message {};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -60,18 +81,7 @@ xcb_client_message_event_t Xcb::clientMessage(xcb_window_t about, xcb_atom_t typ
     message.window = about;
     message.type = type;
     std::copy(data.begin(), data.end(), message.data.data32);
-    return message;
-}
-
-void Xcb::sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
-                      std::initializer_list<quint32> data, xcb_window_t about)
-{
-    const auto message = clientMessage(about, type, data);
-    // Checked and discarded, so that the error does not reach the toolkit's log.
-    const auto cookie = xcb_send_event_checked(connection, 0, to, XCB_EVENT_MASK_NO_EVENT,
-                                               reinterpret_cast<const char *>(&message));
-    xcb_discard_reply(connection, cookie.sequence);
-    xcb_flush(connection);
+    sendEvent(connection, to, message, mask);
 }
 
 bool Xcb::listenTo(xcb_connection_t *connection, xcb_window_t window, quint32 events)

@@ -9,7 +9,9 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 
@@ -42,11 +44,27 @@ QList<quint32> property32(xcb_connection_t *connection, xcb_window_t window, xcb
 /// Who has the selection, none if nobody. Waits for the X server.
 xcb_window_t selectionOwner(xcb_connection_t *connection, xcb_atom_t selection);
 
-xcb_client_message_event_t clientMessage(xcb_window_t about, xcb_atom_t type,
-                                         std::initializer_list<quint32> data);
-/// Sends a client message whose failure nobody needs to know: the window may have gone.
+/// Sends a request whose failure nobody needs to know, as that a window of another program has
+/// gone: the error does not reach the toolkit's log.
+void send(xcb_connection_t *connection, xcb_void_cookie_t checked);
+/// Replaces a property by 32-bit values.
+void setProperty(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
+                 xcb_atom_t type, const QList<quint32> &values);
+/// A change of a property by nothing, which comes back with the X server's time.
+void askTime(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property);
+
+template<typename Event>
+void sendEvent(xcb_connection_t *connection, xcb_window_t to, const Event &event,
+               quint32 mask = XCB_EVENT_MASK_NO_EVENT)
+{
+    std::array<char, 32> bytes {}; // All are sent, also of an event that is shorter.
+    static_assert(sizeof(Event) <= bytes.size());
+    std::memcpy(bytes.data(), &event, sizeof(Event));
+    send(connection, xcb_send_event_checked(connection, 0, to, mask, bytes.data()));
+}
 void sendMessage(xcb_connection_t *connection, xcb_window_t to, xcb_atom_t type,
-                 std::initializer_list<quint32> data, xcb_window_t about);
+                 std::initializer_list<quint32> data, xcb_window_t about,
+                 quint32 mask = XCB_EVENT_MASK_NO_EVENT);
 
 /// Lets the connection hear of these events of a window too, beside those that it hears of
 /// already: of one window several parts of the program may want to know something. Whether the

@@ -26,13 +26,10 @@ XdndSource::XdndSource(MainQueue &queue, Xcb::Atoms &atoms, xcb_window_t root, O
     m_atoms.fetch({ "XdndSelection", "XdndAware", "XdndProxy", "XdndTypeList", "XdndActionList",
                     "XdndEnter", "XdndPosition", "XdndStatus", "XdndLeave", "XdndDrop",
                     "XdndFinished", "XdndActionCopy" });
-    const auto list = [this](const char *name, const QList<xcb_atom_t> &atomList) {
-        xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_offer.window, m_atoms(name),
-                            XCB_ATOM_ATOM, 32, static_cast<quint32>(atomList.size()),
-                            atomList.constData());
-    };
-    list("XdndTypeList", m_offer.types);
-    list("XdndActionList", m_offer.actions);
+    Xcb::setProperty(m_connection, m_offer.window, m_atoms("XdndTypeList"), XCB_ATOM_ATOM,
+                     m_offer.types);
+    Xcb::setProperty(m_connection, m_offer.window, m_atoms("XdndActionList"), XCB_ATOM_ATOM,
+                     m_offer.actions);
     xcb_set_selection_owner(m_connection, m_offer.window, m_atoms("XdndSelection"),
                             XCB_CURRENT_TIME);
     xcb_flush(m_connection);
@@ -88,9 +85,7 @@ XdndSource::Target XdndSource::targetAt(const QPoint &at)
         window = reply->child;
         if (Xcb::isOwn(m_connection, window) && window != m_offer.ownTarget)
             break;
-        const auto proxy
-            = Xcb::property32(m_connection, window, m_atoms("XdndProxy"), XCB_ATOM_WINDOW, 1);
-        const Target target = proxyOf(window, proxy.value(0, window));
+        const Target target = targetOf(window);
         if (target.window != Xcb::none)
             return target;
     }
@@ -99,12 +94,13 @@ XdndSource::Target XdndSource::targetAt(const QPoint &at)
 
 /// A proxy names itself as its own; one that does not was left behind by a program
 /// that has died.
-XdndSource::Target XdndSource::proxyOf(xcb_window_t window, xcb_window_t proxy)
+XdndSource::Target XdndSource::targetOf(xcb_window_t window)
 {
     const auto first = [&](xcb_window_t of, const char *name, xcb_atom_t type) {
         return Xcb::property32(m_connection, of, m_atoms(name), type, 1).value(0);
     };
-    if (proxy != window && first(proxy, "XdndProxy", XCB_ATOM_WINDOW) != proxy)
+    xcb_window_t proxy = first(window, "XdndProxy", XCB_ATOM_WINDOW);
+    if (proxy == Xcb::none || first(proxy, "XdndProxy", XCB_ATOM_WINDOW) != proxy)
         proxy = window;
     const quint32 version = first(proxy, "XdndAware", XCB_ATOM_ATOM);
     if (version < oldestVersion)

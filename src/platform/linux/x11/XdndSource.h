@@ -58,7 +58,7 @@ private:
     };
 
     Target targetAt(const QPoint &at);
-    Target proxyOf(xcb_window_t window, xcb_window_t proxy);
+    Target targetOf(xcb_window_t window);
     void enter(const Target &target);
     void leave();
     void sendNext();

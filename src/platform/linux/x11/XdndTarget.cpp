@@ -40,9 +40,8 @@ void XdndTarget::attach(WId window)
 {
     endHover();
     m_window = static_cast<xcb_window_t>(window);
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, m_atoms("XdndAware"),
-                        XCB_ATOM_ATOM, 32, 1, &newestVersion);
-    xcb_flush(m_connection);
+    Xcb::setProperty(m_connection, m_window, m_atoms("XdndAware"), XCB_ATOM_ATOM,
+                     { newestVersion });
 }
 
 bool XdndTarget::nativeEventFilter(const QByteArray &type, void *message, qintptr *)
