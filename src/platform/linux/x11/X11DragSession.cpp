@@ -49,7 +49,7 @@ X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &worke
     , m_root(X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
     , m_atoms(m_connection)
     , m_offer(queue, workers, m_atoms)
-    , m_compositor(m_connection, m_root)
+    , m_compositor(m_connection, m_root, X11ManagerSelection::compositing)
 {
     m_atoms.fetch({ "XdndSelection", "XdndActionCopy", "XdndActionLink" });
     QCoreApplication::instance()->installNativeEventFilter(this);
@@ -77,8 +77,8 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
 
     using Backdrop = DragPicture::Backdrop;
     m_picture = std::make_unique<DragPicture>(items, at, source.devicePixelRatioF(),
-                                              m_compositor.isRunning() ? Backdrop::Translucent
-                                                                       : Backdrop::Opaque);
+                                              m_compositor.isThere() ? Backdrop::Translucent
+                                                                     : Backdrop::Opaque);
     m_picture->follow(source.mapToGlobal(at));
     m_picture->show();
     if (!m_picture->setMouseGrabEnabled(true)) {
@@ -88,25 +88,20 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
     m_source = &source;
     m_offer.set(nativeWindow(source), DragFormats::formatsFor(urls, m_textFolder),
                 m_portal.isAvailable() ? portalPaths(urls) : QByteArrayList());
-    m_drag = std::make_unique<XdndSource>(m_queue, m_atoms, m_root, offer(urls, source));
+    XdndSource::Offer offer { nativeWindow(source),
+                              m_offer.types(),
+                              { m_atoms("XdndActionCopy") } };
+    // Copies alone, but file managers make a file of a link only where they may link.
+    if (std::ranges::none_of(urls, &QUrl::isLocalFile))
+        offer.actions.append(m_atoms("XdndActionLink"));
+    if (m_window && source.window() != m_window->window())
+        offer.ownTarget = nativeWindow(*m_window);
+    m_drag = std::make_unique<XdndSource>(m_queue, m_atoms, m_root, std::move(offer));
     m_drag->onAction = [this](xcb_atom_t action) { showAction(action); };
     m_drag->onEnd = std::move(onEnd);
     showAction(Xcb::none);
     // The toolkit may have read moves, and the release, before the grab.
     QCoreApplication::instance()->installEventFilter(this);
-}
-
-/// Copies alone, but file managers make a file of a link only where they may link.
-XdndSource::Offer X11DragSession::offer(const QList<QUrl> &urls, QWidget &source)
-{
-    XdndSource::Offer offer { nativeWindow(source),
-                              m_offer.types(),
-                              { m_atoms("XdndActionCopy") } };
-    if (std::ranges::none_of(urls, &QUrl::isLocalFile))
-        offer.actions.append(m_atoms("XdndActionLink"));
-    if (m_window && source.window() != m_window->window())
-        offer.ownTarget = nativeWindow(*m_window);
-    return offer;
 }
 
 bool X11DragSession::eventFilter(QObject *object, QEvent *event)

@@ -3,7 +3,7 @@
 #include "platform/DragSession.h"
 #include "platform/linux/transfer/PortalFiles.h"
 #include "platform/linux/x11/SelectionOffer.h"
-#include "platform/linux/x11/X11Compositor.h"
+#include "platform/linux/x11/X11ManagerSelection.h"
 #include "platform/linux/x11/XdndSource.h"
 
 #include <QAbstractNativeEventFilter>
@@ -35,7 +35,6 @@ public:
 private:
     bool eventFilter(QObject *object, QEvent *event) override;
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
-    XdndSource::Offer offer(const QList<QUrl> &urls, QWidget &source);
     bool pointerReleased(QObject *receiver, const QMouseEvent &event);
     void letPointerGo();
     void showAction(xcb_atom_t action);
@@ -47,7 +46,7 @@ private:
     xcb_window_t m_root;
     Xcb::Atoms m_atoms;
     SelectionOffer m_offer; // Stays after the drag: targets read on.
-    X11Compositor m_compositor;
+    X11ManagerSelection m_compositor;
     PortalFiles m_portal;
 
     std::unique_ptr<XdndSource> m_drag; // Until the next one.

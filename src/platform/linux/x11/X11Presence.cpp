@@ -46,7 +46,7 @@ QAccessibleInterface *accessibleWindow(const QString &, QObject *object)
 X11Presence::X11Presence(QWidget &window, xcb_connection_t *connection, xcb_window_t root, Cut cut)
     : m_window(window)
     , m_connection(connection)
-    , m_compositor(connection, root)
+    , m_compositor(connection, root, X11ManagerSelection::compositing)
     , m_cut(std::move(cut))
 {
     [[maybe_unused]] static const bool installed

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/x11/X11Compositor.h"
+#include "platform/linux/x11/X11ManagerSelection.h"
 
 #include <QAccessible>
 #include <QPointer>
@@ -39,7 +39,7 @@ public:
     bool isShown() const { return m_isShown; }
 
     /// Whether it can be translucent.
-    bool canFade() const { return m_compositor.isRunning(); }
+    bool canFade() const { return m_compositor.isThere(); }
     /// While it is shown. Hidden it is 0, or compositors would draw its shadow.
     void setOpacity(double opacity);
     /// After whatever changes the cut, the window's size as well.
@@ -58,7 +58,7 @@ private:
 
     QWidget &m_window;
     xcb_connection_t *m_connection;
-    X11Compositor m_compositor;
+    X11ManagerSelection m_compositor;
     Cut m_cut;
     QPointer<QWidget> m_view;
     QPointer<QWidget> m_focused; // In the view, while that is hidden.
