@@ -21,8 +21,8 @@
 #include "platform/linux/session/XdgAutostart.h"
 #include "platform/linux/x11/X11Desktop.h"
 #include "platform/linux/x11/X11Keyboard.h"
-#include "platform/linux/x11/X11Time.h"
 #include "platform/linux/x11/XSettings.h"
+#include "platform/linux/x11/Xcb.h"
 
 #include <QDBusConnection>
 #include <QFile>
@@ -88,7 +88,7 @@ struct LinuxDesktop::Parts
     // Work may run to the last moment: what it uses stands before the workers.
     LinuxBookmarks bookmarks { LinuxBookmarks::placesOf(directories) };
     LateApplications applications {
-        HelperProcess::installedProgram(QStringLiteral("vantle-gio.so")), X11Time::now
+        HelperProcess::installedProgram(QStringLiteral("vantle-gio.so")), Xcb::serverTime
     };
     InotifyFolders folderEvents { queue };
     ThreadWorkers workers;
@@ -151,7 +151,8 @@ Desktop LinuxDesktop::interfaces()
              .look = parts.look.look,
              .pictures = parts.pictures,
              .thumbnails = parts.thumbnails,
-             .bringToFront = [&windows](QWidget &window) { windows.windows.bringToFront(window); },
+             .bringToFront
+             = [&parts](QWidget &window) { X11Activation::bringToFront(window, parts.queue); },
              .keyEvent = X11Keyboard::keyEvent,
              .screenshotFolder = [directories = parts.directories,
                                   desktops] { return screenshotFolder(directories, desktops); },

@@ -1,7 +1,6 @@
 #include "platform/linux/x11/X11Activation.h"
 
 #include "platform/linux/x11/X11Root.h"
-#include "platform/linux/x11/Xcb.h"
 
 #include <QCoreApplication>
 
@@ -18,18 +17,24 @@ X11Activation::X11Activation(QWidget &window, xcb_connection_t *connection, xcb_
     , m_connection(connection)
     , m_root(root)
     , m_queue(queue)
+    , m_atoms(connection)
 {
-    Xcb::Atoms atoms(connection);
-    atoms.fetch({ "_VANTLE_TIME", "_NET_ACTIVE_WINDOW" });
-    m_timeProperty = atoms("_VANTLE_TIME");
-    m_activeWindow = atoms("_NET_ACTIVE_WINDOW");
+    m_atoms.fetch({ "_VANTLE_TIME", "_NET_ACTIVE_WINDOW" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
-X11Activation::~X11Activation()
+void X11Activation::bringToFront(QWidget &window, MainQueue &queue)
 {
-    if (auto *application = QCoreApplication::instance())
-        application->removeNativeEventFilter(this);
+    auto *activation = window.findChild<X11Activation *>(QString(), Qt::FindDirectChildrenOnly);
+    if (!activation) { // Before the window is mapped.
+        auto *connection = Xcb::toolkitConnection();
+        const auto root = X11Root::of(connection, static_cast<xcb_window_t>(window.winId()));
+        activation = new X11Activation(window, connection, root, queue);
+        activation->setParent(&window);
+    }
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    activation->request();
 }
 
 void X11Activation::request()
@@ -70,7 +75,7 @@ bool X11Activation::nativeEventFilter(const QByteArray &, void *message, qintptr
         break;
     case XCB_PROPERTY_NOTIFY: {
         const auto &notify = *static_cast<const xcb_property_notify_event_t *>(message);
-        if (m_wanted && notify.window == native() && notify.atom == m_timeProperty)
+        if (m_wanted && notify.window == native() && notify.atom == m_atoms("_VANTLE_TIME"))
             activate(notify.time);
         break;
     }
@@ -80,12 +85,9 @@ bool X11Activation::nativeEventFilter(const QByteArray &, void *message, qintptr
     return false;
 }
 
-/// A change of a property, even by nothing, comes back with the server's time.
 void X11Activation::askTime()
 {
-    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, native(), m_timeProperty,
-                        XCB_ATOM_INTEGER, 32, 0, nullptr);
-    xcb_flush(m_connection);
+    Xcb::askTime(m_connection, native(), m_atoms("_VANTLE_TIME"));
 }
 
 void X11Activation::activate(xcb_timestamp_t time)
@@ -96,7 +98,8 @@ void X11Activation::activate(xcb_timestamp_t time)
         setFocus(XCB_INPUT_FOCUS_POINTER_ROOT, time);
         return;
     }
-    X11Root::send(m_connection, m_root, m_target, m_activeWindow, { pagerSource, time, 0 });
+    X11Root::send(m_connection, m_root, m_target, m_atoms("_NET_ACTIVE_WINDOW"),
+                  { pagerSource, time, 0 });
     // Where no window manager answers. One that gave the keyboard to somebody
     // else meanwhile is not overruled: the server ignores an older time.
     m_fallback = m_queue.after(answerTime, [this, time, target = m_target] {

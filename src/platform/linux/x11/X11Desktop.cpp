@@ -27,7 +27,6 @@ X11Desktop::X11Desktop(MainQueue &queue, Workers &workers, const QByteArray &tex
     , dropTarget(queue)
     , dragSession(panelWindow, queue, workers, textFolder)
     , clipboard(queue, workers, textFolder)
-    , windows(queue)
     , settings(watch)
 {
     dropTarget.attach(panelWindow.winId());

@@ -12,7 +12,6 @@
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11TabWindow.h"
 #include "platform/linux/x11/X11TrayManager.h"
-#include "platform/linux/x11/X11Windows.h"
 #include "platform/linux/x11/XSettingsWatch.h"
 #include "platform/linux/x11/XdndTarget.h"
 
@@ -36,7 +35,6 @@ struct X11Desktop
     XdndTarget dropTarget;
     X11DragSession dragSession;
     X11Clipboard clipboard;
-    X11Windows windows;
     XSettingsWatch settings;
     X11TrayManager tray;
     WindowScale scale;

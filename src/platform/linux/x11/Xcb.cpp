@@ -33,15 +33,19 @@ xcb_connection_t *Xcb::toolkitConnection()
     return x11 ? x11->connection() : nullptr;
 }
 
+QList<quint32> Xcb::values32(const xcb_get_property_reply_t *reply)
+{
+    if (!reply || reply->format != 32)
+        return {};
+    const auto *values = static_cast<const quint32 *>(xcb_get_property_value(reply));
+    return { values, values + reply->value_len };
+}
+
 QList<quint32> Xcb::property32(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
                                xcb_atom_t type, quint32 limit)
 {
     const auto cookie = xcb_get_property(connection, 0, window, name, type, 0, limit);
-    const auto reply = owned(xcb_get_property_reply(connection, cookie, nullptr));
-    if (!reply || reply->format != 32)
-        return {};
-    const auto *values = static_cast<const quint32 *>(xcb_get_property_value(reply.get()));
-    return { values, values + reply->value_len };
+    return values32(owned(xcb_get_property_reply(connection, cookie, nullptr)).get());
 }
 
 xcb_window_t Xcb::selectionOwner(xcb_connection_t *connection, xcb_atom_t selection)
@@ -109,6 +113,21 @@ xcb_window_t Xcb::unseenWindow(xcb_connection_t *connection)
     xcb_create_window(connection, 0, window, root, -1, -1, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, 0,
                       XCB_CW_EVENT_MASK, &events);
     return window;
+}
+
+quint32 Xcb::serverTime()
+{
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(nullptr, nullptr), xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()))
+        return 0;
+    const auto window = unseenWindow(connection.get());
+    askTime(connection.get(), window, XCB_ATOM_WM_NAME);
+    while (const Owned<xcb_generic_event_t> event { xcb_wait_for_event(connection.get()) }) {
+        if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY)
+            return reinterpret_cast<const xcb_property_notify_event_t *>(event.get())->time;
+    }
+    return 0;
 }
 
 bool Xcb::isOwn(xcb_connection_t *connection, xcb_window_t window)

@@ -36,6 +36,8 @@ Owned<T> owned(T *reply)
 /// The connection of the toolkit; null when it does not run on X11.
 xcb_connection_t *toolkitConnection();
 
+/// The 32-bit values in a reply; none where it has others or is null.
+QList<quint32> values32(const xcb_get_property_reply_t *reply);
 /// The 32-bit values of a property, at most that many; none if the window or the
 /// property does not exist. Waits for the X server.
 QList<quint32> property32(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t name,
@@ -75,6 +77,11 @@ bool listenTo(xcb_connection_t *connection, xcb_window_t window, quint32 events)
 
 /// A window that nobody sees; the connection hears of changes of its properties.
 xcb_window_t unseenWindow(xcb_connection_t *connection);
+
+/// The X server's present time, asked on a connection of its own: any thread, but
+/// not the main one, because it waits for the server to accept a client. 0 where
+/// there is no server.
+quint32 serverTime();
 
 /// Whether that connection made the window: the X server gives each client a range
 /// of numbers.
