@@ -51,11 +51,6 @@ bool WindowGrip::handle(const QMouseEvent &event)
     }
 }
 
-void WindowGrip::move()
-{
-    take({});
-}
-
 void WindowGrip::release()
 {
     m_held = false;

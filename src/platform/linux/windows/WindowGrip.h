@@ -25,7 +25,7 @@ public:
     /// Each mouse event before the views get it; true when it is not for them.
     bool handle(const QMouseEvent &event);
     /// Moves the window for the press that is being handled.
-    void move();
+    void move() { take({}); }
     /// Forgets what the user does: the window was put elsewhere.
     void release();
     /// Whether the user took the window. Window managers swallow the release, so

@@ -40,11 +40,6 @@ DragPicture::DragPicture(const QList<DraggingItem> &items, const QPointF &at, qr
     setMask(shape - QRect(m_hotSpot - QPoint(2, 2), QSize(5, 5)));
 }
 
-void DragPicture::follow(const QPointF &pointer)
-{
-    setPosition(pointer.toPoint() - m_hotSpot);
-}
-
 void DragPicture::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);

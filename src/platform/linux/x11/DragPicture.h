@@ -18,7 +18,7 @@ public:
                 Backdrop backdrop);
 
     /// The pointer, in points of the screen.
-    void follow(const QPointF &pointer);
+    void follow(const QPointF &pointer) { setPosition(pointer.toPoint() - m_hotSpot); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

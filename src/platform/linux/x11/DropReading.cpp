@@ -203,13 +203,13 @@ void DropReading::runJobs(SelectionReader &reader)
         m_changed.wait(lock, [this] { return m_closed || m_givenUp || !m_jobs.empty(); });
         if (m_givenUp || m_jobs.empty())
             return;
-        const Job job = std::move(m_jobs.front());
+        m_current = std::move(m_jobs.front());
+        const Job job = m_current;
         m_jobs.pop_front();
-        m_giveUpCurrent = job.giveUp;
         lock.unlock();
-        job.run(reader);
+        job(&reader);
         lock.lock();
-        m_giveUpCurrent = nullptr;
+        m_current = nullptr;
     }
 }
 
@@ -223,7 +223,7 @@ void DropReading::enqueue(Job job)
             return;
         }
     }
-    job.giveUp();
+    job(nullptr);
 }
 
 void DropReading::giveUp()
@@ -231,13 +231,12 @@ void DropReading::giveUp()
     std::unique_lock lock(m_mutex);
     m_givenUp = true;
     auto jobs = std::exchange(m_jobs, {});
-    const auto current = std::exchange(m_giveUpCurrent, nullptr);
+    if (m_current)
+        jobs.push_front(std::exchange(m_current, nullptr));
     m_changed.notify_all();
     lock.unlock();
-    if (current)
-        current();
     for (const Job &job : jobs)
-        job.giveUp();
+        job(nullptr);
 }
 
 bool DropReading::waitForEnd(std::chrono::milliseconds limit)

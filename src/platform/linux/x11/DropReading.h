@@ -69,21 +69,16 @@ public:
         };
         auto answer = std::make_shared<Answer>();
         answer->completion = std::move(completion);
-        enqueue({ [answer, read = std::move(read), self = weak_from_this()](auto &reader) {
-                     auto value = read(reader);
-                     if (const auto reading = value ? self.lock() : nullptr)
-                         reading->gained();
-                     answer->give(std::move(value));
-                 },
-                  [answer] { answer->give(std::nullopt); } });
+        enqueue([answer, read = std::move(read), self = weak_from_this()](SelectionReader *reader) {
+            auto value = reader ? read(*reader) : std::nullopt;
+            if (const auto reading = value ? self.lock() : nullptr)
+                reading->gained();
+            answer->give(std::move(value));
+        });
     }
 
 private:
-    struct Job
-    {
-        std::function<void(SelectionReader &)> run;
-        std::function<void()> giveUp;
-    };
+    using Job = std::function<void(SelectionReader *)>; // Without a reader it gives up.
 
     void enqueue(Job job);
     void run();
@@ -99,7 +94,7 @@ private:
     std::mutex m_mutex; // For everything below.
     std::condition_variable m_changed;
     std::deque<Job> m_jobs;
-    std::function<void()> m_giveUpCurrent;
+    Job m_current;
     Gain m_gain = Gain::Nothing;
     bool m_closed = false; // No object is left.
     bool m_givenUp = false;

@@ -38,24 +38,20 @@ KeyRouter::KeyRouter(QWidget &window)
     window.windowHandle()->installEventFilter(this);
 }
 
-bool KeyRouter::eventFilter(QObject *object, QEvent *event)
+bool KeyRouter::eventFilter(QObject *, QEvent *event)
 {
     // An open menu gets the keys of the window that it belongs to.
     if (event->type() != QEvent::KeyPress || QApplication::activePopupWidget())
-        return QObject::eventFilter(object, event);
-    return route(static_cast<const QKeyEvent &>(*event));
-}
-
-bool KeyRouter::route(const QKeyEvent &event)
-{
+        return false;
+    const auto &key = static_cast<const QKeyEvent &>(*event);
     QWidget *focused = m_window.focusWidget();
     if (isTextField(focused))
         return false;
     auto *button = qobject_cast<QAbstractButton *>(focused);
-    if (button && isOfButton(event)) {
-        if (isReturn(event)) // The toolkit's buttons know space alone.
+    if (button && isOfButton(key)) {
+        if (isReturn(key)) // The toolkit's buttons know space alone.
             button->click();
-        return isReturn(event);
+        return isReturn(key);
     }
-    return onKey && onKey(X11Keyboard::keyEvent(event));
+    return onKey && onKey(X11Keyboard::keyEvent(key));
 }

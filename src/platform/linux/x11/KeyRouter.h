@@ -6,7 +6,6 @@
 
 #include <functional>
 
-class QKeyEvent;
 class QWidget;
 
 /// Decides who gets a key in a window of ours. A text field that has the
@@ -23,7 +22,6 @@ public:
 
 private:
     bool eventFilter(QObject *object, QEvent *event) override;
-    bool route(const QKeyEvent &event);
 
     QWidget &m_window;
 };

@@ -4,30 +4,33 @@
 
 #include <xcb/xcb_keysyms.h>
 
-#include <algorithm>
 #include <array>
 #include <memory>
 
 namespace {
 
-// From keysymdef.h, which comes with a library that nothing else here needs.
-constexpr std::array<xcb_keysym_t, 4> optionKeys { 0xffe9, 0xffea, 0xffe7, 0xffe8 }; // Alt, Meta.
-constexpr std::array<xcb_keysym_t, 2> controlKeys { 0xffeb, 0xffec }; // Super.
-constexpr std::array<xcb_keysym_t, 1> numLockKeys { 0xff7f };
-constexpr std::array<xcb_keysym_t, 1> scrollLockKeys { 0xff14 };
+/// The keys that modify or lock, by what they do. From keysymdef.h, which comes with a library
+/// that nothing else here needs.
+struct KnownKey
+{
+    xcb_keysym_t symbol;
+    uint16_t ModifierBits::*bit;
+};
+constexpr std::array<KnownKey, 8> knownKeys { {
+    { 0xffe9, &ModifierBits::option }, // Alt.
+    { 0xffea, &ModifierBits::option },
+    { 0xffe7, &ModifierBits::option }, // Meta.
+    { 0xffe8, &ModifierBits::option },
+    { 0xffeb, &ModifierBits::control }, // Super.
+    { 0xffec, &ModifierBits::control },
+    { 0xff7f, &ModifierBits::numLock },
+    { 0xff14, &ModifierBits::scrollLock },
+} };
 
 struct FreeSymbols
 {
     void operator()(xcb_key_symbols_t *symbols) const { xcb_key_symbols_free(symbols); }
 };
-
-template<typename Keys>
-bool isAmong(xcb_key_symbols_t *symbols, xcb_keycode_t key, const Keys &keys)
-{
-    return key != XCB_NO_SYMBOL
-        && std::find(keys.begin(), keys.end(), xcb_key_symbols_get_keysym(symbols, key, 0))
-        != keys.end();
-}
 
 }
 
@@ -46,15 +49,13 @@ ModifierBits ModifierBits::read(xcb_connection_t *connection)
     // From the last modifier to the first: of several with the same key the lowest counts.
     for (int modifier = XCB_MAP_INDEX_5; modifier >= XCB_MAP_INDEX_1; --modifier) {
         for (int key = modifier * width; key < (modifier + 1) * width; ++key) {
-            const auto bit = static_cast<uint16_t>(1U << modifier);
-            if (isAmong(symbols.get(), keys[key], optionKeys))
-                bits.option = bit;
-            if (isAmong(symbols.get(), keys[key], controlKeys))
-                bits.control = bit;
-            if (isAmong(symbols.get(), keys[key], numLockKeys))
-                bits.numLock = bit;
-            if (isAmong(symbols.get(), keys[key], scrollLockKeys))
-                bits.scrollLock = bit;
+            const auto symbol = keys[key] == XCB_NO_SYMBOL
+                ? XCB_NO_SYMBOL
+                : xcb_key_symbols_get_keysym(symbols.get(), keys[key], 0);
+            for (const KnownKey &known : knownKeys) {
+                if (known.symbol == symbol)
+                    bits.*known.bit = static_cast<uint16_t>(1U << modifier);
+            }
         }
     }
     return bits;

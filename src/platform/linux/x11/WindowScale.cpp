@@ -17,14 +17,12 @@ namespace {
 /// In pixels, as the X server has it. Waits for the X server.
 std::optional<QRect> nativeFrame(xcb_connection_t *connection, xcb_window_t window)
 {
-    const auto asked = xcb_get_geometry(connection, window);
-    const Xcb::Owned<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(connection, asked, nullptr));
+    const auto geometry = Xcb::owned(
+        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
     if (!geometry)
         return std::nullopt;
     const auto moved = xcb_translate_coordinates(connection, window, geometry->root, 0, 0);
-    const Xcb::Owned<xcb_translate_coordinates_reply_t> place(
-        xcb_translate_coordinates_reply(connection, moved, nullptr));
+    const auto place = Xcb::owned(xcb_translate_coordinates_reply(connection, moved, nullptr));
     if (!place)
         return std::nullopt;
     return QRect(place->dst_x, place->dst_y, geometry->width, geometry->height);
@@ -65,8 +63,7 @@ void fit(QWidget &widget, const QRect &frame)
 
 WindowScale::WindowScale()
 {
-    const auto screens = QGuiApplication::screens();
-    for (QScreen *screen : screens)
+    for (QScreen *screen : QGuiApplication::screens())
         follow(screen);
     QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &m_context,
                      [this](QScreen *screen) { follow(screen); });
@@ -74,12 +71,6 @@ WindowScale::WindowScale()
                      [this](const QScreen *screen) { m_scales.remove(screen); });
     if (Xcb::toolkitConnection())
         qApp->installNativeEventFilter(this);
-}
-
-WindowScale::~WindowScale()
-{
-    if (qApp)
-        qApp->removeNativeEventFilter(this);
 }
 
 void WindowScale::follow(QScreen *screen)
@@ -111,8 +102,7 @@ void WindowScale::note(const QScreen &screen)
     if (scale == m_scales.end() || screen.devicePixelRatio() == scale->ratio
         || !scale->frames.isEmpty())
         return;
-    const auto windows = QApplication::topLevelWidgets();
-    for (QWidget *widget : windows) {
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
         if (!widget->windowHandle() || widget->screen() != &screen)
             continue;
         const auto native
@@ -142,8 +132,7 @@ void WindowScale::fitAll(const QScreen &screen)
 {
     Scale &scale = m_scales[&screen];
     scale.ratio = screen.devicePixelRatio();
-    const auto frames = std::exchange(scale.frames, {});
-    for (const auto &[widget, frame] : frames) {
+    for (const auto &[widget, frame] : std::exchange(scale.frames, {})) {
         if (widget)
             fit(*widget, { placeFor(*widget, frame.place, frame.size, screen), frame.size });
     }

@@ -22,9 +22,6 @@ class WindowScale final : private QAbstractNativeEventFilter
 {
 public:
     WindowScale();
-    ~WindowScale() override;
-    WindowScale(const WindowScale &) = delete;
-    WindowScale &operator=(const WindowScale &) = delete;
 
 private:
     struct Frame

@@ -67,19 +67,15 @@ void X11DragSelection::ownerChanged(xcb_window_t owner, xcb_timestamp_t time)
     if (owner == Xcb::none)
         return; // The end of a drag; what it carried stays known.
     m_connection.whenProcessKnown(owner, [this, owner, time, notice = m_notices](qint64 process) {
-        if (process != ::getpid() && notice == m_notices)
-            announced(owner, time);
+        if (process == ::getpid() || notice != m_notices)
+            return;
+        ++m_changeCount;
+        m_holdsFileUrls = false;
+        m_owner = owner;
+        m_time = time;
+        m_isListRefused = false;
+        convert(Question::UriList);
     });
-}
-
-void X11DragSelection::announced(xcb_window_t owner, xcb_timestamp_t time)
-{
-    ++m_changeCount;
-    m_holdsFileUrls = false;
-    m_owner = owner;
-    m_time = time;
-    m_isListRefused = false;
-    convert(Question::UriList);
 }
 
 /// A source may answer no other time than that of its announcement.
@@ -103,14 +99,10 @@ void X11DragSelection::converted(const xcb_selection_notify_event_t &notify)
         return;
     if (notify.property == m_property)
         readProperty();
-    else if (notify.property == Xcb::none)
-        refused();
-}
-
-void X11DragSelection::refused()
-{
+    if (notify.property != Xcb::none)
+        return;
     m_isListRefused = true;
-    if (m_question == Question::UriList)
+    if (isUriList)
         askTypes();
     else
         finish(false);
@@ -154,11 +146,8 @@ void X11DragSelection::gotPiece(const xcb_get_property_reply_t *reply)
     const int size = reply ? xcb_get_property_value_length(reply) : 0;
     if (size > 0)
         m_list.append(static_cast<const char *>(xcb_get_property_value(reply)), size);
-    judgeList(!m_isIncremental || size == 0 || m_list.size() >= qsizetype(largestList));
-}
-
-void X11DragSelection::judgeList(bool isComplete)
-{
+    const bool isComplete
+        = !m_isIncremental || size == 0 || m_list.size() >= qsizetype(largestList);
     if (holdsFile(m_list))
         finish(true);
     else if (isComplete)
@@ -181,11 +170,7 @@ void X11DragSelection::askTypes()
 /// files then, unless it comes with what browsers add to links.
 void X11DragSelection::judgeTypes(const xcb_get_property_reply_t *reply)
 {
-    QList<quint32> types;
-    if (reply && reply->format == 32) {
-        const auto *atoms = static_cast<const xcb_atom_t *>(xcb_get_property_value(reply));
-        types = { atoms, atoms + reply->value_len };
-    }
+    const auto types = Xcb::values32(reply);
     const auto has = [&](const char *name) { return types.contains(m_atoms(name)); };
     if (has(DropFormats::portalTransfer) || has(DropFormats::portalFiles))
         finish(true);

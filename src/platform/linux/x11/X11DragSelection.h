@@ -28,14 +28,11 @@ private:
 
     void handleEvent(const xcb_generic_event_t &event);
     void ownerChanged(xcb_window_t owner, xcb_timestamp_t time);
-    void announced(xcb_window_t owner, xcb_timestamp_t time);
     void convert(Question question);
     void converted(const xcb_selection_notify_event_t &notify);
-    void refused();
     void propertyWritten(xcb_atom_t property);
     void readProperty();
     void gotPiece(const xcb_get_property_reply_t *reply);
-    void judgeList(bool isComplete);
     void askTypes();
     void judgeTypes(const xcb_get_property_reply_t *reply);
     void finish(bool holdsFiles);

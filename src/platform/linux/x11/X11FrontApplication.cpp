@@ -34,11 +34,9 @@ X11FrontApplication::X11FrontApplication(const WatchConnection &connection,
     , m_resolver(std::move(resolver))
     , m_queue(queue)
     , m_workers(workers)
+    , m_atoms(connection.xcb())
 {
-    Xcb::Atoms atoms(connection.xcb());
-    atoms.fetch({ "_NET_ACTIVE_WINDOW", "XdndSelection" });
-    m_activeWindow = atoms("_NET_ACTIVE_WINDOW");
-    m_dragSelection = atoms("XdndSelection");
+    m_atoms.fetch({ "_NET_ACTIVE_WINDOW", "XdndSelection" });
 }
 
 Ticket X11FrontApplication::identify(std::function<void(const QString &)> answer)
@@ -46,10 +44,10 @@ Ticket X11FrontApplication::identify(std::function<void(const QString &)> answer
     QList<qint64> processes;
     if (m_connection.isUsable()) {
         for (const xcb_window_t window :
-             { Xcb::property32(m_connection.xcb(), m_connection.root(), m_activeWindow,
-                               XCB_ATOM_WINDOW, 1)
+             { Xcb::property32(m_connection.xcb(), m_connection.root(),
+                               m_atoms("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 1)
                    .value(0),
-               Xcb::selectionOwner(m_connection.xcb(), m_dragSelection) }) {
+               Xcb::selectionOwner(m_connection.xcb(), m_atoms("XdndSelection")) }) {
             const qint64 process = window == Xcb::none ? 0 : m_connection.processOf(window);
             if (process != 0 && process != ::getpid())
                 processes.append(process);

@@ -25,6 +25,5 @@ private:
     const std::shared_ptr<ApplicationResolver> m_resolver; // Work that hangs has it too.
     MainQueue &m_queue;
     Workers &m_workers;
-    xcb_atom_t m_activeWindow;
-    xcb_atom_t m_dragSelection;
+    Xcb::Atoms m_atoms;
 };

@@ -1,7 +1,5 @@
 #include "platform/linux/x11/X11ManagerWatch.h"
 
-#include "platform/linux/x11/Xcb.h"
-
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -15,20 +13,12 @@ constexpr qsizetype mostFormer = 8;
 
 X11ManagerWatch::X11ManagerWatch(xcb_connection_t *connection, xcb_window_t root, xcb_window_t ours)
     : m_connection(connection)
+    , m_atoms(connection)
     , m_root(root)
     , m_ours(ours)
 {
-    Xcb::Atoms atoms(connection);
-    atoms.fetch({ "_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST", "_NET_SUPPORTING_WM_CHECK" });
-    m_activeWindow = atoms("_NET_ACTIVE_WINDOW");
-    m_clientList = atoms("_NET_CLIENT_LIST");
-    m_manager = atoms("_NET_SUPPORTING_WM_CHECK");
+    m_atoms.fetch({ "_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST", "_NET_SUPPORTING_WM_CHECK" });
     QCoreApplication::instance()->installNativeEventFilter(this);
-}
-
-X11ManagerWatch::~X11ManagerWatch()
-{
-    QCoreApplication::instance()->removeNativeEventFilter(this);
 }
 
 void X11ManagerWatch::beginFocusWatch()
@@ -38,10 +28,10 @@ void X11ManagerWatch::beginFocusWatch()
     note();
 }
 
-xcb_window_t X11ManagerWatch::formerWindow() const
+xcb_window_t X11ManagerWatch::formerWindow()
 {
-    const auto present
-        = Xcb::property32(m_connection, m_root, m_clientList, XCB_ATOM_WINDOW, mostWindows);
+    const auto present = Xcb::property32(m_connection, m_root, m_atoms("_NET_CLIENT_LIST"),
+                                         XCB_ATOM_WINDOW, mostWindows);
     for (const xcb_window_t window : m_windows) {
         if (present.contains(window))
             return window;
@@ -56,9 +46,9 @@ bool X11ManagerWatch::nativeEventFilter(const QByteArray &, void *message, qintp
     if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
         return false;
     const auto *notify = reinterpret_cast<const xcb_property_notify_event_t *>(event);
-    if (m_isWatching && notify->atom == m_activeWindow)
+    if (m_isWatching && notify->atom == m_atoms("_NET_ACTIVE_WINDOW"))
         note();
-    if (notify->atom == m_manager && notify->window == m_root
+    if (notify->atom == m_atoms("_NET_SUPPORTING_WM_CHECK") && notify->window == m_root
         && notify->state == XCB_PROPERTY_NEW_VALUE && onManagerChanged)
         onManagerChanged();
     return false;
@@ -67,7 +57,8 @@ bool X11ManagerWatch::nativeEventFilter(const QByteArray &, void *message, qintp
 void X11ManagerWatch::note()
 {
     const xcb_window_t active
-        = Xcb::property32(m_connection, m_root, m_activeWindow, XCB_ATOM_WINDOW, 1).value(0);
+        = Xcb::property32(m_connection, m_root, m_atoms("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 1)
+              .value(0);
     // While the keyboard goes from one to the next, nobody has it.
     if (active == Xcb::none || active == m_ours)
         return;

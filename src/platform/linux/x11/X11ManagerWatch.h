@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QAbstractNativeEventFilter>
-#include <QList>
+#include "platform/linux/x11/Xcb.h"
 
-#include <xcb/xcb.h>
+#include <QAbstractNativeEventFilter>
 
 #include <functional>
 
@@ -13,9 +12,6 @@ class X11ManagerWatch final : private QAbstractNativeEventFilter
 {
 public:
     X11ManagerWatch(xcb_connection_t *connection, xcb_window_t root, xcb_window_t ours);
-    ~X11ManagerWatch() override;
-    X11ManagerWatch(const X11ManagerWatch &) = delete;
-    X11ManagerWatch &operator=(const X11ManagerWatch &) = delete;
 
     std::function<void()> onManagerChanged;
 
@@ -23,17 +19,15 @@ public:
     void beginFocusWatch();
     void endFocusWatch() { m_isWatching = false; }
     /// Who had the keyboard last and is still there, if anybody.
-    xcb_window_t formerWindow() const;
+    xcb_window_t formerWindow();
 
 private:
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
     void note();
 
     xcb_connection_t *m_connection;
+    Xcb::Atoms m_atoms;
     xcb_window_t m_root;
-    xcb_atom_t m_activeWindow;
-    xcb_atom_t m_clientList;
-    xcb_atom_t m_manager;
     xcb_window_t m_ours;
     QList<xcb_window_t> m_windows; // The latest first.
     bool m_isWatching = false;

@@ -77,11 +77,6 @@ void X11PanelWindow::setRootView(QWidget *view)
     layoutRootView();
 }
 
-QRectF X11PanelWindow::frame() const
-{
-    return geometry();
-}
-
 void X11PanelWindow::setFrame(const QRectF &frame)
 {
     m_grip.release();
@@ -177,11 +172,6 @@ void X11PanelWindow::changeEvent(QEvent *event)
         giveKeyboardBack();
 }
 
-void X11PanelWindow::focus()
-{
-    m_activation.request();
-}
-
 void X11PanelWindow::setSlide(const QPointF &offset)
 {
     if (offset == m_slide)
@@ -189,11 +179,6 @@ void X11PanelWindow::setSlide(const QPointF &offset)
     m_slide = offset;
     layoutRootView();
     update();
-}
-
-void X11PanelWindow::performDrag()
-{
-    m_grip.move();
 }
 
 /// What the window manager reads when it maps the window; the toolkit adds "above"
@@ -274,20 +259,17 @@ void X11PanelWindow::noteFrame()
         onUserFrame();
 }
 
-bool X11PanelWindow::eventFilter(QObject *object, QEvent *event)
+bool X11PanelWindow::eventFilter(QObject *, QEvent *event)
 {
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
     case QEvent::MouseButtonRelease:
     case QEvent::MouseMove:
-        if (object == windowHandle())
-            return filterMouse(static_cast<const QMouseEvent &>(*event));
-        break;
+        return filterMouse(static_cast<const QMouseEvent &>(*event));
     default:
-        break;
+        return false;
     }
-    return QWidget::eventFilter(object, event);
 }
 
 /// Sees the window's events before the toolkit hands them to its widgets.

@@ -21,17 +21,17 @@ public:
     explicit X11PanelWindow(MainQueue &queue);
 
     void setRootView(QWidget *view) override;
-    QRectF frame() const override;
+    QRectF frame() const override { return geometry(); }
     void setFrame(const QRectF &frame) override;
     void setSmallestSize(const QSizeF &size) override { setMinimumSize(size.toSize()); }
     bool isVisible() const override { return m_presence.isShown(); }
     void orderFront() override;
     void orderOut() override;
-    void focus() override;
+    void focus() override { m_activation.request(); }
     bool canFade() const override { return m_presence.canFade(); }
     void setOpacity(double opacity) override { m_presence.setOpacity(opacity); }
     void setSlide(const QPointF &offset) override;
-    void performDrag() override;
+    void performDrag() override { m_grip.move(); }
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;

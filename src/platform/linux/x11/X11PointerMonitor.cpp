@@ -114,10 +114,17 @@ void X11PointerMonitor::handleEvent(const xcb_generic_event_t &event)
     }
     const auto happened = meaning(
         reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event), m_leftButton);
-    if (happened == PointerEvent::Moved)
-        handleMotion();
-    else if (happened)
-        handleButton(*happened);
+    if (happened == PointerEvent::Moved) {
+        m_movedMeanwhile = true;
+        if (m_leftDown && !m_sampling)
+            sample();
+    } else if (happened) {
+        m_leftDown = *happened == PointerEvent::LeftDown;
+        listen(Listen::Buttons);
+        m_nextSample.reset();
+        m_sampling = false;
+        enqueue(*happened);
+    }
 }
 
 /// A button's event that the server made of a touch is left to the touch. Raw events of all
@@ -147,22 +154,6 @@ X11PointerMonitor::meaning(const xcb_input_raw_button_press_event_t &event, uint
     default:
         return std::nullopt;
     }
-}
-
-void X11PointerMonitor::handleButton(PointerEvent event)
-{
-    m_leftDown = event == PointerEvent::LeftDown;
-    listen(Listen::Buttons);
-    m_nextSample.reset();
-    m_sampling = false;
-    enqueue(event);
-}
-
-void X11PointerMonitor::handleMotion()
-{
-    m_movedMeanwhile = true;
-    if (m_leftDown && !m_sampling)
-        sample();
 }
 
 /// Nobody will report the release any more: what has begun must end.
@@ -235,21 +226,14 @@ void X11PointerMonitor::setKnown(const IncomingPointer &incoming)
 
 void X11PointerMonitor::deliver(const Incoming &incoming)
 {
-    switch (incoming.event) {
-    case PointerEvent::LeftDown:
+    if (incoming.event == PointerEvent::LeftDown)
         deliverPress(incoming);
-        return;
-    case PointerEvent::LeftUp:
-        if (m_gate && m_gate())
-            m_heldRelease = m_queue.after(longestHold, [this] { deliverRelease(); });
-        else
-            deliverRelease();
-        return;
-    case PointerEvent::Moved:
-    case PointerEvent::LeftDragged:
+    else if (incoming.event != PointerEvent::LeftUp)
         deliverMotion(incoming);
-        return;
-    }
+    else if (m_gate && m_gate())
+        m_heldRelease = m_queue.after(longestHold, [this] { deliverRelease(); });
+    else
+        deliverRelease();
 }
 
 void X11PointerMonitor::deliverPress(const Incoming &incoming)

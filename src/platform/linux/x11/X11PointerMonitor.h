@@ -59,8 +59,6 @@ private:
     using IncomingPointer = std::shared_ptr<Incoming>;
 
     void handleEvent(const xcb_generic_event_t &event);
-    void handleButton(PointerEvent event);
-    void handleMotion();
     void handleBreak();
     void learnLeftButton();
     void enqueue(PointerEvent event);

@@ -15,16 +15,6 @@ namespace {
 
 constexpr uint32_t mostWindows = 4096;
 
-using PropertyReply = Xcb::Owned<xcb_get_property_reply_t>;
-
-QList<quint32> numbers(const xcb_get_property_reply_t *reply)
-{
-    if (!reply || reply->format != 32)
-        return {};
-    const auto *values = static_cast<const quint32 *>(xcb_get_property_value(reply));
-    return { values, values + reply->value_len };
-}
-
 /// Of _NET_WM_STRUT_PARTIAL, or of _NET_WM_STRUT, which tells no stretch.
 void appendStruts(const QList<quint32> &property, QList<Strut> &struts)
 {
@@ -69,8 +59,8 @@ QList<Strut> readStruts(xcb_connection_t *connection, xcb_window_t root)
     QList<Strut> struts;
     for (const auto &each : asked) {
         const auto answer = [&](xcb_get_property_cookie_t cookie) {
-            return numbers(
-                PropertyReply(xcb_get_property_reply(connection, cookie, nullptr)).get());
+            return Xcb::values32(
+                Xcb::owned(xcb_get_property_reply(connection, cookie, nullptr)).get());
         };
         const auto partial = answer(each.partial);
         const auto whole = answer(each.whole);
@@ -194,19 +184,12 @@ X11Screens::X11Screens()
         watch(screen);
     if (auto *connection = Xcb::toolkitConnection()) {
         Xcb::Atoms atoms(connection);
-        m_clientList = atoms("_NET_CLIENT_LIST");
-        m_strut = atoms("_NET_WM_STRUT");
-        m_partialStrut = atoms("_NET_WM_STRUT_PARTIAL");
-        m_desktop = atoms("_NET_CURRENT_DESKTOP");
-        m_workAreas = atoms("_GTK_WORKAREAS_D0"); // All of them change together.
+        m_followed = { atoms("_NET_CLIENT_LIST"), atoms("_NET_WM_STRUT"),
+                       atoms("_NET_WM_STRUT_PARTIAL"), atoms("_NET_CURRENT_DESKTOP"),
+                       atoms("_GTK_WORKAREAS_D0") }; // All work areas change together.
         qApp->installNativeEventFilter(this);
     }
     m_told = current();
-}
-
-QList<Screen> X11Screens::all() const
-{
-    return current();
 }
 
 std::optional<Screen> X11Screens::main() const
@@ -224,9 +207,7 @@ bool X11Screens::nativeEventFilter(const QByteArray &, void *message, qintptr *)
     if ((event->response_type & 0x7f) != XCB_PROPERTY_NOTIFY)
         return false;
     const auto atom = reinterpret_cast<const xcb_property_notify_event_t *>(event)->atom;
-    if ((atom == m_clientList || atom == m_strut || atom == m_partialStrut || atom == m_desktop
-         || atom == m_workAreas)
-        && QGuiApplication::screens().size() > 1)
+    if (m_followed.contains(atom) && QGuiApplication::screens().size() > 1)
         forget();
     return false;
 }

@@ -35,7 +35,7 @@ class X11Screens final : public Screens, private QAbstractNativeEventFilter
 {
 public:
     X11Screens();
-    QList<Screen> all() const override;
+    QList<Screen> all() const override { return current(); }
     std::optional<Screen> main() const override;
 
 private:
@@ -48,11 +48,6 @@ private:
     mutable std::optional<QList<Screen>> m_current; // Until the desktop changes.
     QList<Screen> m_told; // As whoever listens knows it.
     bool m_telling = false;
-    // Atoms.
-    quint32 m_clientList = 0;
-    quint32 m_strut = 0;
-    quint32 m_partialStrut = 0;
-    quint32 m_desktop = 0;
-    quint32 m_workAreas = 0;
+    QList<quint32> m_followed; // Properties, by their atoms.
     QObject m_context; // Ends the connections to the toolkit with us.
 };

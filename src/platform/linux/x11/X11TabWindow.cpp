@@ -77,8 +77,7 @@ QRegion X11TabWindow::cut(const QRect &whole, double ratio) const
     return roundedRegion(beyond, radius) & whole;
 }
 
-/// Screen locks are windows that no manager manages, as this one is. What covers the whole
-/// root window without being the window manager's own is taken for one.
+/// Screen locks are windows that no manager manages, as this one is.
 void X11TabWindow::raiseBelowLock()
 {
     const xcb_window_t lock = X11Root::lock(m_connection, m_root);

@@ -42,7 +42,13 @@ void XdndSource::move(const QPoint &at, xcb_timestamp_t time)
     const Target below = targetAt(at);
     if (below.window != m_target.window) {
         leave();
-        enter(below);
+        m_target = below;
+        const auto &types = m_offer.types;
+        const quint32 hasMore = types.size() > 3 ? 1 : 0;
+        if (below.window != Xcb::none)
+            send("XdndEnter",
+                 { m_offer.window, below.version << 24 | hasMore, types.value(0), types.value(1),
+                   types.value(2) });
     }
     m_next = Place { at, time };
     sendNext();
@@ -106,18 +112,6 @@ XdndSource::Target XdndSource::targetOf(xcb_window_t window)
     if (version < oldestVersion)
         return {};
     return { window, proxy, std::min(version, newestVersion) };
-}
-
-void XdndSource::enter(const Target &target)
-{
-    m_target = target;
-    if (m_target.window == Xcb::none)
-        return;
-    const auto &types = m_offer.types;
-    const quint32 hasMore = types.size() > 3 ? 1 : 0;
-    send("XdndEnter",
-         { m_offer.window, m_target.version << 24 | hasMore, types.value(0), types.value(1),
-           types.value(2) });
 }
 
 void XdndSource::leave()

@@ -59,7 +59,6 @@ private:
 
     Target targetAt(const QPoint &at);
     Target targetOf(xcb_window_t window);
-    void enter(const Target &target);
     void leave();
     void sendNext();
     void settle();
