@@ -34,10 +34,11 @@ ShelfStore::~ShelfStore() = default;
 
 /// None, too, for a state without an open shelf. Whatever there is then may be the
 /// only copy of what the user had.
-std::optional<ShelfState> ShelfStore::readState()
+std::optional<ShelfState> ShelfStore::readState(QByteArray &bytes)
 {
     const auto content = NativeFile::read(m_paths.dataDir + "/shelves.json");
-    auto state = StateCoding::decodeState(content.bytes.value_or(QByteArray()));
+    bytes = content.bytes.value_or(QByteArray());
+    auto state = StateCoding::decodeState(bytes);
     if (state && !state->shelves.isEmpty())
         return state;
     m_isDamaged = content.bytes || content.failure != NativeFile::Failure::Missing;
@@ -46,14 +47,16 @@ std::optional<ShelfState> ShelfStore::readState()
 
 ShelfStore::Loaded ShelfStore::load()
 {
-    if (auto state = readState()) {
+    QByteArray onDisk;
+    if (auto state = readState(onDisk)) {
         for (auto *list : { &state->shelves, &state->closed }) {
             for (Shelf &shelf : *list)
                 shelf.items = rehome(std::move(shelf.items));
         }
         Locating::keepLocated(m_bookmarks, state->shelves);
         adopt(std::move(state->shelves), std::move(state->closed), state->current);
-        save();
+        // Most starts change nothing, and a disk that is waited for holds up the start.
+        m_isSaved = encoded().join() == onDisk || save();
         return Loaded::State;
     }
     const QByteArray oldPath = m_paths.dataDir + "/items.json";
@@ -82,15 +85,19 @@ void ShelfStore::adopt(QList<Shelf> open, QList<Shelf> closedShelves, const QUui
     items.set(shelves.value().at(index).items);
 }
 
-bool ShelfStore::save()
+QByteArrayList ShelfStore::encoded()
 {
     mirrorCurrent();
+    return m_encoder.encode({ currentID.value(), shelves.value(), closed.value() });
+}
+
+bool ShelfStore::save()
+{
     NativeFile::makeFolder(m_paths.dataDir); // It may have been removed, or not been there to make.
-    const ShelfState state { currentID.value(), shelves.value(), closed.value() };
     const QByteArray path = m_paths.dataDir + "/shelves.json";
     if (m_isDamaged)
         m_isDamaged = !AtomicFile::setAside(path, damagedName);
-    m_isSaved = !m_isDamaged && AtomicFile::write(path, m_encoder.encode(state));
+    m_isSaved = !m_isDamaged && AtomicFile::write(path, encoded());
     return m_isSaved;
 }
 

@@ -142,7 +142,9 @@ private:
     enum class Loaded { Nothing, State };
 
     Loaded load();
-    std::optional<ShelfState> readState();
+    /// And what the file holds.
+    std::optional<ShelfState> readState(QByteArray &bytes);
+    QByteArrayList encoded();
     void adopt(QList<Shelf> open, QList<Shelf> closedShelves, const QUuid &current);
     bool save();
     void mirrorCurrent();
