@@ -49,8 +49,6 @@ void SelectionOffer::set(xcb_window_t owner, const QList<DragFormats::Format> &f
                          const QByteArrayList &portalPaths)
 {
     clear();
-    m_atoms.fetch({ "TARGETS", "MULTIPLE", "ATOM_PAIR", "INCR", "TIMESTAMP",
-                    DropFormats::portalTransfer, DropFormats::portalFiles });
     m_owner = owner;
     for (const auto &format : formats)
         m_formats.append({ m_atoms(format.type.toUtf8()), format.data, format.path });

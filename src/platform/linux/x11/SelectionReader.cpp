@@ -21,7 +21,6 @@ SelectionReader::SelectionReader(const QByteArray &selection, quint32 time,
 {
     if (xcb_connection_has_error(m_connection))
         return;
-    m_atoms.fetch({ selection.constData(), "INCR", "TARGETS" });
     m_selection = m_atoms(selection);
     m_window = Xcb::unseenWindow(m_connection);
     // The notice of its destruction tells a source's death at once.

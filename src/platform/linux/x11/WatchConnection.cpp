@@ -10,9 +10,23 @@
 #include <xcb/xfixes.h>
 #include <xcb/xinput.h>
 
+#include <optional>
 #include <utility>
 
 namespace {
+
+struct Opened
+{
+    int screen = 0;
+    xcb_connection_t *connection = xcb_connect(nullptr, &screen);
+};
+
+/// That has found out whether there is a server, for the first that needs one.
+std::optional<Opened> &spare()
+{
+    static std::optional<Opened> opened;
+    return opened;
+}
 
 template<typename Reply>
 bool isAtLeast(const Reply *reply, unsigned major, unsigned minor)
@@ -64,13 +78,19 @@ WatchConnection::~WatchConnection()
     xcb_disconnect(m_connection);
 }
 
+bool WatchConnection::hasServer()
+{
+    spare() = Opened();
+    return xcb_connection_has_error(spare()->connection) == 0;
+}
+
 bool WatchConnection::connect()
 {
-    int screen = 0;
-    m_connection = xcb_connect(nullptr, &screen);
+    const Opened opened = spare() ? *std::exchange(spare(), std::nullopt) : Opened();
+    m_connection = opened.connection;
     if (xcb_connection_has_error(m_connection) != 0)
         return false;
-    m_root = X11Root::ofScreen(m_connection, screen);
+    m_root = X11Root::ofScreen(m_connection, opened.screen);
     return true;
 }
 

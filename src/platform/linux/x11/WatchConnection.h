@@ -19,6 +19,9 @@ class QSocketNotifier;
 class WatchConnection
 {
 public:
+    /// Whether there is a server to talk to: the toolkit ends the process where it finds none.
+    static bool hasServer();
+
     using EventHandler = std::function<void(const xcb_generic_event_t &)>;
 
     WatchConnection();

@@ -19,7 +19,6 @@ X11Activation::X11Activation(QWidget &window, xcb_connection_t *connection, xcb_
     , m_queue(queue)
     , m_atoms(connection)
 {
-    m_atoms.fetch({ "_VANTLE_TIME", "_NET_ACTIVE_WINDOW" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
@@ -28,8 +27,7 @@ void X11Activation::bringToFront(QWidget &window, MainQueue &queue)
     auto *activation = window.findChild<X11Activation *>(QString(), Qt::FindDirectChildrenOnly);
     if (!activation) { // Before the window is mapped.
         auto *connection = Xcb::toolkitConnection();
-        const auto root = X11Root::of(connection, static_cast<xcb_window_t>(window.winId()));
-        activation = new X11Activation(window, connection, root, queue);
+        activation = new X11Activation(window, connection, X11Root::ofToolkit(connection), queue);
         activation->setParent(&window);
     }
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);

@@ -27,8 +27,6 @@ void X11Clipboard::prepare()
     if (m_window != Xcb::none)
         return;
     m_window = Xcb::unseenWindow(m_connection);
-    m_atoms.fetch(
-        { "CLIPBOARD", "CLIPBOARD_MANAGER", "SAVE_TARGETS", "_VANTLE_TIME", "_VANTLE_SAVED" });
 }
 
 X11Clipboard::~X11Clipboard()

@@ -4,13 +4,9 @@
 
 #include <QStandardPaths>
 
-#include <memory>
-
 bool X11Desktop::hasServer()
 {
-    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
-        xcb_connect(nullptr, nullptr), xcb_disconnect);
-    return xcb_connection_has_error(connection.get()) == 0;
+    return WatchConnection::hasServer();
 }
 
 X11Desktop::X11Desktop(MainQueue &queue, Workers &workers, const QByteArray &textFolder)

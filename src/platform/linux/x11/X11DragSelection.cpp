@@ -32,9 +32,6 @@ X11DragSelection::X11DragSelection(WatchConnection &connection)
 {
     if (!connection.isUsable())
         return;
-    m_atoms.fetch({ "XdndSelection", "XdndTypeList", "TARGETS", "INCR", DropFormats::uriList,
-                    DropFormats::portalTransfer, DropFormats::portalFiles, "text/html",
-                    "text/x-moz-url" });
     m_window = Xcb::unseenWindow(connection.xcb());
     xcb_xfixes_select_selection_input(connection.xcb(), m_window, m_atoms("XdndSelection"),
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER);

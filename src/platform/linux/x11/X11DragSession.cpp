@@ -46,12 +46,11 @@ X11DragSession::X11DragSession(QWidget &window, MainQueue &queue, Workers &worke
     , m_queue(queue)
     , m_textFolder(std::move(textFolder))
     , m_connection(Xcb::toolkitConnection())
-    , m_root(X11Root::of(m_connection, static_cast<xcb_window_t>(window.winId())))
+    , m_root(X11Root::ofToolkit(m_connection))
     , m_atoms(m_connection)
     , m_offer(queue, workers, m_atoms)
     , m_compositor(m_connection, m_root, X11ManagerSelection::compositing)
 {
-    m_atoms.fetch({ "XdndSelection", "XdndActionCopy", "XdndActionLink" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 

@@ -36,7 +36,6 @@ X11FrontApplication::X11FrontApplication(const WatchConnection &connection,
     , m_workers(workers)
     , m_atoms(connection.xcb())
 {
-    m_atoms.fetch({ "_NET_ACTIVE_WINDOW", "XdndSelection" });
 }
 
 Ticket X11FrontApplication::identify(std::function<void(const QString &)> answer)

@@ -17,7 +17,6 @@ X11ManagerWatch::X11ManagerWatch(xcb_connection_t *connection, xcb_window_t root
     , m_root(root)
     , m_ours(ours)
 {
-    m_atoms.fetch({ "_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST", "_NET_SUPPORTING_WM_CHECK" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTimer>
 #include <QWindow>
 
 namespace {
@@ -26,7 +27,7 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
     , m_queue(queue)
     , m_connection(Xcb::toolkitConnection())
-    , m_root(X11Root::of(m_connection, createNative()))
+    , m_root(createNative())
     , m_atoms(m_connection)
     , m_presence(*this, m_connection, m_root,
                  [](const QRect &whole, double ratio) {
@@ -37,14 +38,6 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     , m_grip(*this, queue)
     , m_keys(*this)
 {
-    m_atoms.fetch({ "_NET_WM_STATE", "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_STICKY",
-                    "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER", "_NET_WM_DESKTOP",
-                    "_NET_SHOWING_DESKTOP", "_NET_RESTACK_WINDOW", "_NET_SUPPORTING_WM_CHECK",
-                    "_MOTIF_WM_HINTS", "WM_HINTS", "WM_PROTOCOLS", "WM_TAKE_FOCUS" });
-    m_wmHints = Xcb::property32(m_connection, native(), m_atoms("WM_HINTS"), XCB_ATOM_WM_HINTS,
-                                wmHintsSize);
-    m_protocols = Xcb::property32(m_connection, native(), m_atoms("WM_PROTOCOLS"), XCB_ATOM_ATOM,
-                                  mostProtocols);
     m_manager.onManagerChanged = [this] {
         askForPlace();
         if (isVisible())
@@ -54,11 +47,10 @@ X11PanelWindow::X11PanelWindow(MainQueue &queue)
     m_keys.onKey
         = [this](const KeyEvent &event) { return !isVisible() || (onKey && onKey(event)); };
     windowHandle()->installEventFilter(this);
-    QMetaObject::invokeMethod(
-        this, [this] { map(); }, Qt::QueuedConnection);
+    QTimer::singleShot(X11Presence::mapDelay, this, [this] { map(); });
 }
 
-/// A window of 32 bits in any case: a compositor may come later.
+/// A window of 32 bits in any case: a compositor may come later. The root of its screen.
 xcb_window_t X11PanelWindow::createNative()
 {
     setAttribute(Qt::WA_TranslucentBackground);
@@ -68,7 +60,8 @@ xcb_window_t X11PanelWindow::createNative()
     setWindowTitle(QStringLiteral("Vantle"));
     setWindowRole(QStringLiteral("panel"));
     setMinimumSize(smallestSize.toSize());
-    return static_cast<xcb_window_t>(winId());
+    winId();
+    return X11Root::ofToolkit(m_connection);
 }
 
 void X11PanelWindow::setRootView(QWidget *view)
@@ -90,9 +83,15 @@ void X11PanelWindow::map()
 {
     if (QWidget::isVisible())
         return;
+
+    m_wmHints = Xcb::property32(m_connection, native(), m_atoms("WM_HINTS"), XCB_ATOM_WM_HINTS,
+                                wmHintsSize);
+    m_protocols = Xcb::property32(m_connection, native(), m_atoms("WM_PROTOCOLS"), XCB_ATOM_ATOM,
+                                  mostProtocols);
     writeHints();
     acceptKeyboard(false);
     m_presence.map();
+
     askForPlace();
 }
 

@@ -8,6 +8,7 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <functional>
 
 class QWidget;
@@ -34,6 +35,8 @@ public:
 
     /// Hidden, unless it is shown already.
     void map();
+    /// From the program's start, which first of all waits for its icon in the tray.
+    static constexpr std::chrono::milliseconds mapDelay { 1 };
     void show();
     void hide();
     bool isShown() const { return m_isShown; }

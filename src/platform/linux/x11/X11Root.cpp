@@ -2,13 +2,17 @@
 
 #include "platform/linux/x11/Xcb.h"
 
+#include <cstdlib>
 #include <vector>
 
-xcb_window_t X11Root::of(xcb_connection_t *connection, xcb_window_t window)
+xcb_window_t X11Root::ofToolkit(xcb_connection_t *connection)
 {
-    const auto reply = Xcb::owned(
-        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr));
-    return reply ? reply->root : xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    char *host = nullptr;
+    int display = 0;
+    int screen = 0;
+    xcb_parse_display(nullptr, &host, &display, &screen);
+    std::free(host);
+    return ofScreen(connection, screen);
 }
 
 xcb_window_t X11Root::ofScreen(xcb_connection_t *connection, int number)

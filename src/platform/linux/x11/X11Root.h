@@ -8,8 +8,8 @@
 /// The root window, through which a client talks to the window manager.
 namespace X11Root {
 
-/// Waits for the X server.
-xcb_window_t of(xcb_connection_t *connection, xcb_window_t window);
+/// Of the screen that the toolkit's windows are on.
+xcb_window_t ofToolkit(xcb_connection_t *connection);
 /// Of the screen with that number, which a display's name may give.
 xcb_window_t ofScreen(xcb_connection_t *connection, int number);
 /// The n of selections that exist once a screen ("_NET_WM_CM_Sn").

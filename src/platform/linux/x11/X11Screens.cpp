@@ -39,8 +39,6 @@ void appendStruts(const QList<quint32> &property, QList<Strut> &struts)
 QList<Strut> readStruts(xcb_connection_t *connection, xcb_window_t root)
 {
     Xcb::Atoms atoms(connection);
-    atoms.fetch({ "_NET_CLIENT_LIST", "_NET_WM_STRUT_PARTIAL", "_NET_WM_STRUT",
-                  "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DOCK" });
     const auto windows = Xcb::property32(connection, root, atoms("_NET_CLIENT_LIST"),
                                          XCB_ATOM_WINDOW, mostWindows);
     const auto ask = [&](xcb_window_t window, const char *name, xcb_atom_t type, quint32 size) {

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTimer>
 
 #include <array>
 #include <utility>
@@ -15,7 +16,7 @@ X11TabWindow::X11TabWindow(MainQueue &queue)
               Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint
                   | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus)
     , m_connection(Xcb::toolkitConnection())
-    , m_root(X11Root::of(m_connection, createNative()))
+    , m_root(createNative())
     , m_presence(*this, m_connection, m_root,
                  [this](const QRect &whole, double ratio) { return cut(whole, ratio); })
     , m_drags(queue)
@@ -25,11 +26,10 @@ X11TabWindow::X11TabWindow(MainQueue &queue)
         if (targeted && onDragEntered)
             onDragEntered();
     };
-    QMetaObject::invokeMethod(
-        this, [this] { m_presence.map(); }, Qt::QueuedConnection);
+    QTimer::singleShot(X11Presence::mapDelay, this, [this] { m_presence.map(); });
 }
 
-/// A window of 32 bits in any case: a compositor may come later.
+/// A window of 32 bits in any case: a compositor may come later. The root of its screen.
 xcb_window_t X11TabWindow::createNative()
 {
     setAttribute(Qt::WA_TranslucentBackground);
@@ -39,7 +39,8 @@ xcb_window_t X11TabWindow::createNative()
     setWindowTitle(QStringLiteral("Vantle Tab"));
     setWindowRole(QStringLiteral("tab"));
     setGeometry(QRect(QPoint(), TabWindow::size.toSize()));
-    return static_cast<xcb_window_t>(winId());
+    winId();
+    return X11Root::ofToolkit(m_connection);
 }
 
 void X11TabWindow::setRootView(QWidget *view)

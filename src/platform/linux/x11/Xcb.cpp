@@ -3,11 +3,27 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
 
 namespace {
+
+/// What a start needs to know, in one go.
+constexpr char usualAtoms[]
+    = "TARGETS MULTIPLE ATOM_PAIR INCR TIMESTAMP CLIPBOARD XdndSelection text/html "
+      "_VANTLE_TIME _NET_ACTIVE_WINDOW CLIPBOARD_MANAGER SAVE_TARGETS _VANTLE_SAVED "
+      "XdndTypeList text/x-moz-url XdndActionCopy XdndActionLink _NET_CLIENT_LIST "
+      "_NET_SUPPORTING_WM_CHECK _NET_WM_STATE _NET_WM_STATE_ABOVE _NET_WM_STATE_STICKY "
+      "_NET_WM_STATE_SKIP_TASKBAR _NET_WM_STATE_SKIP_PAGER _NET_WM_DESKTOP "
+      "_NET_SHOWING_DESKTOP _NET_RESTACK_WINDOW _MOTIF_WM_HINTS WM_HINTS WM_PROTOCOLS "
+      "WM_TAKE_FOCUS _NET_WM_STRUT_PARTIAL _NET_WM_STRUT _NET_WM_WINDOW_TYPE "
+      "_NET_WM_WINDOW_TYPE_DOCK _NET_CURRENT_DESKTOP _GTK_WORKAREAS_D0 _XSETTINGS_SETTINGS "
+      "XdndAware XdndProxy XdndActionList XdndEnter XdndPosition XdndStatus XdndLeave "
+      "XdndDrop XdndFinished XdndActionMove _NET_WM_CM_S0 _NET_SYSTEM_TRAY_S0 "
+      "_XSETTINGS_S0 application/vnd.portal.filetransfer application/vnd.portal.files "
+      "text/uri-list";
 
 /// Those of a window that the connection hears of; none if there is no such window.
 std::optional<quint32> eventsOf(xcb_connection_t *connection, xcb_window_t window)
@@ -136,26 +152,27 @@ bool Xcb::isOwn(xcb_connection_t *connection, xcb_window_t window)
     return (window & ~setup->resource_id_mask) == setup->resource_id_base;
 }
 
-void Xcb::Atoms::fetch(std::initializer_list<const char *> names)
+xcb_atom_t Xcb::Atoms::operator()(const QByteArray &name) const
 {
+    static std::mutex mutex;
+    static QHash<QByteArray, xcb_atom_t> known;
+    const std::lock_guard lock(mutex);
     std::vector<std::pair<QByteArray, xcb_intern_atom_cookie_t>> asked;
-    for (const QByteArray name : names) {
-        if (!m_atoms.contains(name))
-            asked.emplace_back(name,
-                               xcb_intern_atom(m_connection, 0, static_cast<quint16>(name.size()),
-                                               name.constData()));
-    }
-    for (const auto &[name, cookie] : asked) {
+    const auto ask = [&](const QByteArray &each) {
+        asked.emplace_back(
+            each,
+            xcb_intern_atom(m_connection, 0, static_cast<quint16>(each.size()), each.constData()));
+    };
+    if (known.isEmpty())
+        std::ranges::for_each(QByteArray(usualAtoms).split(' '), ask);
+    if (!known.contains(name))
+        ask(name);
+    for (const auto &[each, cookie] : asked) {
         const auto reply = owned(xcb_intern_atom_reply(m_connection, cookie, nullptr));
-        m_atoms.insert(name, reply ? reply->atom : none);
+        if (reply)
+            known.insert(each, reply->atom);
     }
-}
-
-xcb_atom_t Xcb::Atoms::operator()(const QByteArray &name)
-{
-    if (!m_atoms.contains(name))
-        fetch({ name.constData() });
-    return m_atoms.value(name);
+    return known.value(name);
 }
 
 QStringList Xcb::Atoms::names(const QList<xcb_atom_t> &atoms)

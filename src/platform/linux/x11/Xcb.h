@@ -87,7 +87,8 @@ quint32 serverTime();
 /// of numbers.
 bool isOwn(xcb_connection_t *connection, xcb_window_t window);
 
-/// Names and numbers of atoms on one connection; each is asked of the X server once.
+/// Names and numbers of atoms. Of the X server that all connections lead to each number is asked
+/// once, those that a start needs in one go. Any thread may ask for numbers.
 class Atoms
 {
 public:
@@ -95,14 +96,11 @@ public:
         : m_connection(connection)
     {
     }
-    /// Asks for many in one go.
-    void fetch(std::initializer_list<const char *> names);
-    xcb_atom_t operator()(const QByteArray &name);
+    xcb_atom_t operator()(const QByteArray &name) const;
     QStringList names(const QList<xcb_atom_t> &atoms);
 
 private:
     xcb_connection_t *m_connection;
-    QHash<QByteArray, xcb_atom_t> m_atoms;
     QHash<xcb_atom_t, QString> m_names;
 };
 

@@ -23,9 +23,6 @@ XdndSource::XdndSource(MainQueue &queue, Xcb::Atoms &atoms, xcb_window_t root, O
     , m_root(root)
     , m_offer(std::move(offer))
 {
-    m_atoms.fetch({ "XdndSelection", "XdndAware", "XdndProxy", "XdndTypeList", "XdndActionList",
-                    "XdndEnter", "XdndPosition", "XdndStatus", "XdndLeave", "XdndDrop",
-                    "XdndFinished", "XdndActionCopy" });
     Xcb::setProperty(m_connection, m_offer.window, m_atoms("XdndTypeList"), XCB_ATOM_ATOM,
                      m_offer.types);
     Xcb::setProperty(m_connection, m_offer.window, m_atoms("XdndActionList"), XCB_ATOM_ATOM,

@@ -19,9 +19,6 @@ XdndTarget::XdndTarget(MainQueue &queue)
     , m_connection(Xcb::toolkitConnection())
     , m_atoms(m_connection)
 {
-    m_atoms.fetch({ "XdndAware", "XdndEnter", "XdndPosition", "XdndStatus", "XdndLeave", "XdndDrop",
-                    "XdndFinished", "XdndTypeList", "XdndActionList", "XdndActionCopy",
-                    "XdndActionMove", "XdndActionLink" });
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
