@@ -153,6 +153,8 @@ class Desktop:
             "GDK_BACKEND": "x11", "GSK_RENDERER": "cairo", "LIBGL_ALWAYS_SOFTWARE": "1",
             "GSETTINGS_BACKEND": "memory", "GTK_USE_PORTAL": "0", "NO_AT_BRIDGE": "1",
             "GTK_A11Y": "none", "QT_QPA_PLATFORM": "xcb", "PYTHONDONTWRITEBYTECODE": "1",
+            # Its mounts would outlive the desktop: after hundreds of tests the machine has hundreds of them.
+            "GVFS_DISABLE_FUSE": "1",
         }
 
     @staticmethod
