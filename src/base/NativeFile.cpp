@@ -95,20 +95,24 @@ void removeAt(int above, const QByteArray &name)
 
 }
 
-NativeFile::Content NativeFile::read(const QByteArray &path)
+Descriptor NativeFile::open(const QByteArray &path)
 {
     // Without O_NONBLOCK, opening a pipe would wait for its writer.
-    const int file = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (file < 0)
+    Descriptor file(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status = {};
+    if (!file || (::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode)))
+        return file;
+    file = Descriptor();
+    errno = EINVAL;
+    return file;
+}
+
+NativeFile::Content NativeFile::read(const QByteArray &path)
+{
+    const Descriptor file = open(path);
+    if (!file)
         return { {}, errno == ENOENT || errno == ENOTDIR ? Failure::Missing : Failure::Unreadable };
-    Content content { {}, Failure::Unreadable };
-    struct stat status
-    {
-    };
-    if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode))
-        content.bytes = readAll(file);
-    ::close(file);
-    return content;
+    return { readAll(file.number()), Failure::Unreadable };
 }
 
 bool NativeFile::writeNew(const QByteArray &path, const QByteArray &bytes)

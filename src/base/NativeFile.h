@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
 #include <QList>
@@ -20,6 +22,10 @@ struct Content
 
 /// Bytes: what is longer is neither read nor written whole.
 constexpr qsizetype largest = 256 << 20;
+
+/// Opens a regular file for reading; where there is none, errno says why. What is no regular
+/// file would be waited for, or do something.
+Descriptor open(const QByteArray &path);
 
 /// Reads a regular file to its end.
 Content read(const QByteArray &path);

@@ -101,7 +101,8 @@ struct LinuxDesktop::Parts
     FileLanes playerLanes;
     FileLanes pictureLanes; // A list of pictures holds up no other look at files.
     LastWork lastWork { workers, lanes, pictureLanes, playerLanes };
-    DecoderPool pictures { DecoderPool::installedProgram(), pictureLanes, queue };
+    DecoderPool pictures { HelperProcess::installedProgram(QStringLiteral("vantle-decoder")),
+                           pictureLanes, queue };
     DesktopThumbnails thumbnails { DesktopThumbnails::placesOf(directories), pictures, pictureLanes,
                                    queue };
     X11Desktop windowSystem;
@@ -160,8 +161,9 @@ Desktop LinuxDesktop::interfaces()
              .localFiles = [](const QList<QUrl> &urls) { return LocalFiles::examined(urls); },
              .play =
                  [&parts](const QUrl &url) {
-                     return std::make_unique<PlayerProcess>(PlayerProcess::installedProgram(), url,
-                                                            parts.playerLanes, parts.queue);
+                     return std::make_unique<PlayerProcess>(
+                         HelperProcess::installedProgram(QStringLiteral("vantle-player")), url,
+                         parts.playerLanes, parts.queue);
                  },
              .chooseFolder =
                  [](QWidget &window, const QString &title, std::function<void(const QUrl &)> chosen,

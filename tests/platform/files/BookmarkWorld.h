@@ -86,8 +86,7 @@ struct BookmarkWorld
     void restart()
     {
         bookmarks = std::make_unique<LinuxBookmarks>(
-            LinuxBookmarks::Places { path("linked home/.local/share/Trash"),
-                                     [this] { return QList { path("home") }; },
+            LinuxBookmarks::Places { path("linked home/.local/share/Trash"), QList { path("home") },
                                      folder.path().toUtf8() + "/mountinfo" },
             bounds);
     }

@@ -2,59 +2,45 @@
 
 #include "base/FilePath.h"
 
-#include <QtEndian>
+#include <QDataStream>
+#include <QIODevice>
 
 namespace {
 
-constexpr char version = 1;
+constexpr quint8 version = 1;
 constexpr qsizetype headerSize = 1 + 8 + 8 + 8 + 8 + 4 + 1;
-
-template<typename Number>
-char *put(char *at, Number number)
-{
-    qToBigEndian(number, at);
-    return at + sizeof number;
-}
-
-template<typename Number>
-Number take(const char *&at)
-{
-    const auto number = qFromBigEndian<Number>(at);
-    at += sizeof number;
-    return number;
-}
 
 }
 
 QByteArray BookmarkCoding::encode(const BookmarkRecord &record)
 {
-    QByteArray bytes(headerSize + record.path.size(), Qt::Uninitialized);
-    char *at = bytes.data();
-    *at++ = version;
-    at = put<quint64>(at, record.identity.device);
-    at = put<quint64>(at, record.identity.inode);
-    at = put<quint64>(at, record.fileSystem);
-    at = put<qint64>(at, record.identity.birthSeconds);
-    at = put<quint32>(at, record.identity.birthNanoseconds);
-    *at++ = record.identity.hasBirth ? 1 : 0;
-    std::copy(record.path.begin(), record.path.end(), at);
-    return bytes;
+    const FileIdentity &identity = record.identity;
+    QByteArray bytes;
+    bytes.reserve(headerSize + record.path.size());
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << version << quint64(identity.device) << quint64(identity.inode) << record.fileSystem
+           << qint64(identity.birthSeconds) << identity.birthNanoseconds
+           << quint8(identity.hasBirth ? 1 : 0);
+    return bytes += record.path;
 }
 
 std::optional<BookmarkRecord> BookmarkCoding::decode(const QByteArray &bytes)
 {
     if (bytes.size() <= headerSize || bytes[0] != version)
         return std::nullopt;
+    quint64 device = 0;
+    quint64 inode = 0;
+    qint64 birthSeconds = 0;
+    quint8 hasBirth = 0;
     BookmarkRecord record;
-    const char *at = bytes.constData() + 1;
-    record.identity.device = take<quint64>(at);
-    record.identity.inode = take<quint64>(at);
-    record.fileSystem = take<quint64>(at);
-    record.identity.birthSeconds = take<qint64>(at);
-    record.identity.birthNanoseconds = take<quint32>(at);
-    const char birth = *at++;
-    record.identity.hasBirth = birth == 1;
-    if (birth < 0 || birth > 1 || record.identity.birthNanoseconds >= 1'000'000'000)
+    QDataStream stream(bytes.mid(1, headerSize - 1));
+    stream >> device >> inode >> record.fileSystem >> birthSeconds
+        >> record.identity.birthNanoseconds >> hasBirth;
+    record.identity.device = device;
+    record.identity.inode = inode;
+    record.identity.birthSeconds = birthSeconds;
+    record.identity.hasBirth = hasBirth == 1;
+    if (hasBirth > 1 || record.identity.birthNanoseconds >= 1'000'000'000)
         return std::nullopt;
     record.path = bytes.mid(headerSize);
     if (!record.path.startsWith('/') || record.path.contains('\0')

@@ -1,48 +1,20 @@
 #include "platform/linux/files/FileLanes.h"
 
 #include "base/HandedOver.h"
-
-#include "base/FilePath.h"
 #include "platform/linux/files/LocalFolder.h"
 #include "platform/linux/files/MountTable.h"
 
 #include <QDeadlineTimer>
 #include <QThreadPool>
 
-#include <array>
-#include <climits>
 #include <map>
 #include <mutex>
 #include <utility>
 
-#include <unistd.h>
-
 namespace {
 
 constexpr int threadsOfMount = 2;
-constexpr int mostLinks = 8; // From file to file; the folders' are followed besides.
 constexpr int patience = 200; // Milliseconds at the end.
-
-/// Where the file is, links followed as far as no remote mount is touched.
-QByteArray realPath(QByteArray path, const Mounts &mounts)
-{
-    std::array<char, PATH_MAX> target {};
-    for (int links = 0; links < mostLinks && !mounts.isRemote(path); ++links) {
-        const QByteArray name = FilePath::lastComponent(path);
-        const LocalFolder folder(FilePath::parent(path), mounts);
-        const QByteArray inside = FilePath::standardized(folder.realPath() + '/' + name);
-        if (folder.state() == LocalFolder::State::Remote)
-            return inside;
-        const ssize_t size = folder.state() != LocalFolder::State::Open || mounts.isRemote(inside)
-            ? -1
-            : ::readlinkat(folder.descriptor(), name.constData(), target.data(), target.size());
-        if (size <= 0)
-            return inside;
-        const QByteArray next(target.data(), size);
-        path = FilePath::standardized(next.startsWith('/') ? next : folder.realPath() + '/' + next);
-    }
-    return path;
-}
 
 }
 
@@ -121,13 +93,14 @@ void FileLanes::run(const QByteArray &path, std::function<void()> work)
     if (mount && mount->remote)
         return m_lanes->start(mount->point, std::move(work));
     // A link may lead elsewhere, and only a thread may look.
-    m_lanes->start(
-        laneOf(mount),
-        [lanes = m_lanes, mounts, path, laneOf, here = laneOf(mount), work = std::move(work)] {
-            const QByteArray real = laneOf(mounts->of(realPath(path, *mounts)));
-            if (real == here)
-                work();
-            else
-                lanes->start(real, work);
-        });
+    m_lanes->start(laneOf(mount),
+                   [lanes = m_lanes, mounts, real = path, laneOf, here = laneOf(mount),
+                    work = std::move(work)]() mutable {
+                       LocalFolder::followLinks(real, *mounts);
+                       const QByteArray lane = laneOf(mounts->of(real));
+                       if (lane == here)
+                           work();
+                       else
+                           lanes->start(lane, std::move(work));
+                   });
 }

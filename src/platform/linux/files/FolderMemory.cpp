@@ -13,11 +13,6 @@ namespace {
 constexpr quint32 told = IN_MOVED_FROM | IN_MOVED_TO | IN_MOVE_SELF | IN_ONLYDIR;
 constexpr qsizetype mostPlaces = 32;
 
-QByteArray inFolder(const QByteArray &folder, const QByteArray &name)
-{
-    return folder == "/" ? '/' + name : folder + '/' + name;
-}
-
 }
 
 FolderMemory::FolderMemory(qsizetype mostFolders, qsizetype mostMoves)
@@ -26,18 +21,12 @@ FolderMemory::FolderMemory(qsizetype mostFolders, qsizetype mostMoves)
 {
 }
 
-FolderMemory::~FolderMemory()
-{
-    if (m_queue >= 0)
-        ::close(m_queue);
-}
-
 void FolderMemory::watch(const QList<QByteArray> &folders)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_queue < 0)
-        m_queue = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (m_queue < 0)
+    if (!m_queue)
+        m_queue = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!m_queue)
         return;
     ++m_asked;
     for (const QByteArray &folder : folders.mid(0, m_mostFolders)) {
@@ -46,7 +35,7 @@ void FolderMemory::watch(const QList<QByteArray> &folders)
             m_watches[*former].asked = m_asked;
             continue;
         }
-        const int watch = ::inotify_add_watch(m_queue, folder.constData(), told);
+        const int watch = ::inotify_add_watch(m_queue.number(), folder.constData(), told);
         if (watch < 0)
             continue;
         Watch &known = m_watches[watch];
@@ -58,7 +47,7 @@ void FolderMemory::watch(const QList<QByteArray> &folders)
         const auto oldest
             = std::min_element(m_watches.begin(), m_watches.end(),
                                [](const Watch &a, const Watch &b) { return a.asked < b.asked; });
-        ::inotify_rm_watch(m_queue, oldest.key());
+        ::inotify_rm_watch(m_queue.number(), oldest.key());
         forgetWatch(oldest.key());
     }
 }
@@ -75,7 +64,7 @@ void FolderMemory::drain()
     const std::lock_guard lock(m_mutex);
     alignas(inotify_event) std::array<char, 65536> bytes;
     ssize_t size = 0;
-    while (m_queue >= 0 && (size = ::read(m_queue, bytes.data(), bytes.size())) > 0) {
+    while (m_queue && (size = ::read(m_queue.number(), bytes.data(), bytes.size())) > 0) {
         for (ssize_t at = 0; at < size;) {
             const auto &event = *reinterpret_cast<const inotify_event *>(bytes.data() + at);
             note(event.wd, event.mask, event.cookie, event.len > 0 ? event.name : "");
@@ -94,12 +83,12 @@ void FolderMemory::note(int watch, quint32 mask, quint32 cookie, const QByteArra
     if (known == m_watches.cend())
         return;
     if ((mask & IN_MOVE_SELF) != 0)
-        ::inotify_rm_watch(m_queue, watch); // Its path is another one now.
+        ::inotify_rm_watch(m_queue.number(), watch); // Its path is another one now.
     if ((mask & (IN_MOVE_SELF | IN_IGNORED)) != 0) {
         forgetWatch(watch);
         return;
     }
-    const QByteArray path = inFolder(known->folder, name);
+    const QByteArray path = FilePath::standardized(known->folder + '/' + name);
     if ((mask & IN_MOVED_FROM) != 0)
         m_halfMoves.insert(cookie, path);
     if ((mask & IN_MOVED_TO) == 0 || !m_halfMoves.contains(cookie))

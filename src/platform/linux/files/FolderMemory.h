@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -14,9 +16,6 @@ class FolderMemory
 {
 public:
     FolderMemory(qsizetype mostFolders, qsizetype mostMoves);
-    ~FolderMemory();
-    FolderMemory(const FolderMemory &) = delete;
-    FolderMemory &operator=(const FolderMemory &) = delete;
 
     /// Beyond the bound those go first that were asked for longest ago.
     void watch(const QList<QByteArray> &folders);
@@ -36,10 +35,10 @@ private:
     void forgetWatch(int watch);
 
     const qsizetype m_mostFolders;
-    const qsizetype
-        m_mostMoves; // A build in a folder renames thousands of files that nobody follows.
+    // A build in a folder renames thousands of files that nobody follows.
+    const qsizetype m_mostMoves;
     mutable std::mutex m_mutex;
-    int m_queue = -1;
+    Descriptor m_queue;
     quint64 m_asked = 0;
     QMap<int, Watch> m_watches;
     QHash<QByteArray, int> m_byFolder;

@@ -1,5 +1,6 @@
 #include "platform/linux/files/InodeSearch.h"
 
+#include "base/Descriptor.h"
 #include "base/FilePath.h"
 
 #include <cerrno>
@@ -12,6 +13,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -20,35 +22,15 @@ namespace {
 
 constexpr size_t bufferSize = 65536;
 
-struct Descriptor
-{
-    explicit Descriptor(int n)
-        : number(n)
-    {
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor()
-    {
-        if (number >= 0)
-            ::close(number);
-    }
-    const int number;
-};
-
 /// For reading, and not through a link at the end. Below a root that is open only on the same
 /// mount: what was mounted after a walk began is thus not even opened, since a server that is gone
 /// would hold the walk up for ever.
 int openFolder(const char *path, int root = AT_FDCWD)
 {
-    // openat2(2), which has no wrapper; kernels before 5.6, and some sandboxes, have none.
-    struct
-    {
-        quint64 flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOATIME;
-        quint64 mode = 0;
-        quint64 resolve = 0;
-    } how;
-    how.resolve = root == AT_FDCWD ? 0 : 1; // RESOLVE_NO_XDEV
+    open_how how = {};
+    how.flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOATIME;
+    how.resolve = root == AT_FDCWD ? 0 : RESOLVE_NO_XDEV;
+    // No wrapper has it; kernels before 5.6, and some sandboxes, do not know it.
     auto folder = ::syscall(SYS_openat2, root, path, &how, sizeof how);
     if (folder < 0 && errno == EPERM) { // Another user's.
         how.flags &= ~quint64(O_NOATIME);
@@ -148,7 +130,7 @@ void InodeSearch::walk(const QByteArray &root, const Mounts &mounts, Subvolumes 
         else if (mounts.isPoint(QByteArray::fromRawData(path.data(), qsizetype(path.size()))))
             m_covered.append(QByteArray::fromStdString(path));
         else
-            read(path, openFolder(path.c_str() + start, opened.number), true);
+            read(path, openFolder(path.c_str() + start, opened.number()), true);
     }
 }
 
@@ -156,16 +138,16 @@ void InodeSearch::read(const std::string &path, int opened, bool descend)
 {
     const int error = errno; // Of the opening, where that failed.
     const Descriptor folder(opened);
-    if (folder.number < 0 && error == EXDEV)
+    if (!folder && error == EXDEV)
         m_covered.append(QByteArray::fromStdString(path));
-    else if (folder.number < 0)
+    else if (!folder)
         m_trusted = m_trusted && !mayHoldFiles(path.c_str(), error);
     struct stat status = {};
-    if (folder.number < 0 || ::fstat(folder.number, &status) != 0
+    if (!folder || ::fstat(folder.number(), &status) != 0
         || (descend && status.st_dev != m_device && m_subvolumes == Subvolumes::Skip))
         return;
     while (!isOver()) {
-        const ssize_t size = ::getdents64(folder.number, m_buffer.data(), bufferSize);
+        const ssize_t size = ::getdents64(folder.number(), m_buffer.data(), bufferSize);
         if (size < 0 && errno != ENOENT) // Removed while it was read.
             m_trusted = false;
         if (size <= 0)
@@ -180,7 +162,7 @@ void InodeSearch::read(const std::string &path, int opened, bool descend)
                 continue;
             ++m_entries;
             if (m_wanted.contains(entry.d_ino))
-                lookAtEntry(path, folder.number, entry.d_name);
+                lookAtEntry(path, folder.number(), entry.d_name);
             // A file of unknown type is tried as a folder.
             if (descend && (entry.d_type == DT_DIR || entry.d_type == DT_UNKNOWN))
                 m_pending.push_back(childOf(path, name));

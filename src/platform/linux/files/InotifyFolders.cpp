@@ -1,9 +1,10 @@
 #include "platform/linux/files/InotifyFolders.h"
 
+#include "base/Descriptor.h"
+
 #include <QSet>
 #include <QSocketNotifier>
 
-#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <map>
@@ -56,35 +57,25 @@ Lease leaseOf(int file)
 
 /// The inotify instance and who listens to which of its watches. One folder that
 /// is opened under two names is one watch of the kernel's.
-class InotifyFolders::Descriptor
+class InotifyFolders::Watches
 {
 public:
-    explicit Descriptor(MainQueue &queue)
+    explicit Watches(MainQueue &queue)
         : m_queue(queue)
     {
     }
-
-    ~Descriptor()
-    {
-        m_notifier.reset();
-        if (m_file >= 0)
-            ::close(m_file);
-    }
-
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
 
     /// Any thread. The look at the path may take for ever, so others are not locked
     /// out meanwhile; if they removed a watch, it may have been this one.
     int add(const QByteArray &path)
     {
         std::unique_lock lock(m_mutex);
-        if (m_file < 0)
-            m_file = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-        while (m_file >= 0) {
+        if (!m_file)
+            m_file = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+        while (m_file) {
             const int removals = m_removals;
             lock.unlock();
-            const int watch = ::inotify_add_watch(m_file, path.constData(), interesting);
+            const int watch = ::inotify_add_watch(m_file.number(), path.constData(), interesting);
             lock.lock();
             if (watch < 0)
                 break;
@@ -104,13 +95,13 @@ public:
             return;
         m_users.erase(watch);
         ++m_removals;
-        ::inotify_rm_watch(m_file, watch);
+        ::inotify_rm_watch(m_file.number(), watch);
     }
 
     Ticket listen(int watch, std::function<void()> handler)
     {
         if (!m_notifier) {
-            m_notifier = std::make_unique<QSocketNotifier>(m_file, QSocketNotifier::Read);
+            m_notifier = std::make_unique<QSocketNotifier>(m_file.number(), QSocketNotifier::Read);
             QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
                              [this] { read(); });
         }
@@ -129,10 +120,9 @@ private:
         m_rest = m_queue.after(restAfterReading, [this] { m_notifier->setEnabled(true); });
         QSet<int> changed;
         alignas(inotify_event) char buffer[64 * 1024];
-        for (ssize_t length = 0; (length = ::read(m_file, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t length = 0; (length = ::read(m_file.number(), buffer, sizeof buffer)) > 0;) {
             for (ssize_t at = 0; at < length;) {
-                inotify_event event {};
-                std::copy_n(buffer + at, sizeof event, reinterpret_cast<char *>(&event));
+                const auto &event = *reinterpret_cast<const inotify_event *>(buffer + at);
                 if ((event.mask & IN_IGNORED) == 0) // The end of a watch.
                     changed.insert(event.wd);
                 at += static_cast<ssize_t>(sizeof event + event.len);
@@ -160,7 +150,7 @@ private:
 
     MainQueue &m_queue;
     std::mutex m_mutex; // Of the three below: folders are opened on workers.
-    int m_file = -1;
+    Descriptor m_file; // Its notifier goes before it.
     std::map<int, int> m_users; // By watch.
     int m_removals = 0;
     std::unique_ptr<QSocketNotifier> m_notifier;
@@ -172,36 +162,34 @@ private:
 class InotifyFolders::Folder final : public WatchedFolder
 {
 public:
-    Folder(std::shared_ptr<Descriptor> descriptor, int watch)
-        : m_descriptor(std::move(descriptor))
+    Folder(std::shared_ptr<Watches> watches, int watch)
+        : m_watches(std::move(watches))
         , m_watch(watch)
     {
     }
-    ~Folder() override { m_descriptor->remove(m_watch); }
+    ~Folder() override { m_watches->remove(m_watch); }
     Folder(const Folder &) = delete;
     Folder &operator=(const Folder &) = delete;
 
     Ticket listen(std::function<void()> handler) override
     {
-        return m_descriptor->listen(m_watch, std::move(handler));
+        return m_watches->listen(m_watch, std::move(handler));
     }
 
 private:
-    std::shared_ptr<Descriptor> m_descriptor;
+    std::shared_ptr<Watches> m_watches;
     int m_watch;
 };
 
 InotifyFolders::InotifyFolders(MainQueue &queue)
-    : m_descriptor(std::make_shared<Descriptor>(queue))
+    : m_watches(std::make_shared<Watches>(queue))
 {
 }
 
-InotifyFolders::~InotifyFolders() = default;
-
 std::shared_ptr<WatchedFolder> InotifyFolders::open(const QByteArray &path)
 {
-    const int watch = m_descriptor->add(path);
-    return watch < 0 ? nullptr : std::make_shared<Folder>(m_descriptor, watch);
+    const int watch = m_watches->add(path);
+    return watch < 0 ? nullptr : std::make_shared<Folder>(m_watches, watch);
 }
 
 FolderEvents::Writing InotifyFolders::writing(const QByteArray &path) const
@@ -209,13 +197,10 @@ FolderEvents::Writing InotifyFolders::writing(const QByteArray &path) const
     struct stat status = {};
     if (::lstat(path.constData(), &status) != 0 || !S_ISREG(status.st_mode))
         return Writing::Over;
-    const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
-    if (file >= 0) {
-        const Lease lease = leaseOf(file);
-        ::close(file);
-        if (lease != Lease::Unsupported)
-            return lease == Lease::Granted ? Writing::Over : Writing::Open;
-    }
+    const Descriptor file(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    const Lease lease = file ? leaseOf(file.number()) : Lease::Unsupported;
+    if (lease != Lease::Unsupported)
+        return lease == Lease::Granted ? Writing::Over : Writing::Open;
     return std::time(nullptr) - status.st_mtime <= recentlyChanged ? Writing::Recent
                                                                    : Writing::Over;
 }

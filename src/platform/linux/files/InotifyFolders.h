@@ -12,9 +12,6 @@ class InotifyFolders final : public FolderEvents
 {
 public:
     explicit InotifyFolders(MainQueue &queue);
-    ~InotifyFolders() override;
-    InotifyFolders(const InotifyFolders &) = delete;
-    InotifyFolders &operator=(const InotifyFolders &) = delete;
 
     std::shared_ptr<WatchedFolder> open(const QByteArray &path) override;
     /// Asks for a lease, which the kernel refuses while anybody writes. It grants
@@ -22,8 +19,8 @@ public:
     Writing writing(const QByteArray &path) const override;
 
 private:
-    class Descriptor;
+    class Watches;
     class Folder;
 
-    std::shared_ptr<Descriptor> m_descriptor;
+    std::shared_ptr<Watches> m_watches;
 };

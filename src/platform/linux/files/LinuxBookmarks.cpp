@@ -16,11 +16,7 @@ constexpr auto folderTrust = std::chrono::milliseconds(500);
 
 LinuxBookmarks::Places LinuxBookmarks::placesOf(const Directories &directories)
 {
-    Places places;
-    places.homeTrash = directories.data + "/Trash";
-    places.userFolders
-        = [folders = QList { directories.home } + directories.named] { return folders; };
-    return places;
+    return { directories.data + "/Trash", QList { directories.home } + directories.named };
 }
 
 LinuxBookmarks::LinuxBookmarks(Places places)

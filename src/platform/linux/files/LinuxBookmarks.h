@@ -27,8 +27,7 @@ public:
     struct Places
     {
         QByteArray homeTrash;
-        /// Where users put files; asked for when the first file is missing.
-        std::function<QList<QByteArray>()> userFolders;
+        QList<QByteArray> userFolders {}; // Where users put files.
         QByteArray mountTable = "/proc/self/mountinfo";
     };
     struct Bounds

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -37,26 +38,20 @@ LocalFolder::LocalFolder(const QByteArray &path, const Mounts &mounts, const Loc
     open_how how = {};
     how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
     how.resolve = RESOLVE_NO_SYMLINKS;
-    m_descriptor = static_cast<int>(::syscall(SYS_openat2, inside ? above->m_descriptor : AT_FDCWD,
-                                              path.constData() + (inside ? slash + 1 : 0), &how,
-                                              sizeof how));
-    m_state = m_descriptor >= 0 ? State::Open : stateOfError(errno);
+    m_descriptor = Descriptor(
+        static_cast<int>(::syscall(SYS_openat2, inside ? above->descriptor() : AT_FDCWD,
+                                   path.constData() + (inside ? slash + 1 : 0), &how, sizeof how)));
+    m_state = m_descriptor ? State::Open : stateOfError(errno);
     if (m_state != State::Unknown)
         return;
     // A link in it, or a kernel or a container that does not know the call.
-    m_state = followLinks(mounts);
+    m_state = followLinks(m_path, mounts);
     if (m_state != State::Open)
         return;
-    m_descriptor
-        = ::open(m_path.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-    if (m_descriptor < 0)
+    m_descriptor = Descriptor(
+        ::open(m_path.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (!m_descriptor)
         m_state = stateOfError(errno);
-}
-
-LocalFolder::~LocalFolder()
-{
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
 }
 
 bool LocalFolder::isBare() const
@@ -66,9 +61,9 @@ bool LocalFolder::isBare() const
 
 /// One component after the other, each file system asked about only after the
 /// table of mounts has said that it is a local one.
-LocalFolder::State LocalFolder::followLinks(const Mounts &mounts)
+LocalFolder::State LocalFolder::followLinks(QByteArray &path, const Mounts &mounts)
 {
-    QByteArray rest = m_path;
+    QByteArray rest = std::exchange(path, QByteArray());
     QByteArray real;
     int links = 0;
     std::array<char, PATH_MAX> target = {};
@@ -83,10 +78,9 @@ LocalFolder::State LocalFolder::followLinks(const Mounts &mounts)
             continue;
         }
         const QByteArray next = real + '/' + part;
-        if (mounts.isRemote(next)) {
-            m_path = FilePath::standardized(next + '/' + rest);
+        path = FilePath::standardized(next + '/' + rest);
+        if (mounts.isRemote(next))
             return State::Remote;
-        }
         const ssize_t size = ::readlink(next.constData(), target.data(), target.size());
         if (size < 0 && errno != EINVAL)
             return stateOfError(errno);
@@ -100,6 +94,6 @@ LocalFolder::State LocalFolder::followLinks(const Mounts &mounts)
             real.clear();
         rest = QByteArray(target.data(), size) + '/' + rest;
     }
-    m_path = real.isEmpty() ? QByteArray("/") : real;
+    path = real.isEmpty() ? QByteArray("/") : real;
     return State::Open;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Descriptor.h"
 #include "platform/linux/files/MountTable.h"
 
 #include <QByteArray>
@@ -17,22 +18,21 @@ public:
     };
     /// `above` may be the folder that it lies in, which spares the way to there.
     LocalFolder(const QByteArray &path, const Mounts &mounts, const LocalFolder *above = nullptr);
-    ~LocalFolder();
-    LocalFolder(const LocalFolder &) = delete;
-    LocalFolder &operator=(const LocalFolder &) = delete;
 
     State state() const { return m_state; }
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_descriptor.number(); }
     /// Nothing can be seen in it, as in a mount point without its mount.
     bool isBare() const;
     /// Without links; where the state is Remote, as far as it was followed and the
     /// rest of it. The mount it lies on is the one that may not answer.
     const QByteArray &realPath() const { return m_path; }
 
-private:
-    State followLinks(const Mounts &mounts);
+    /// The path of whatever, which becomes that one without links, or with the rest of it from
+    /// where it cannot be followed.
+    static State followLinks(QByteArray &path, const Mounts &mounts);
 
+private:
     QByteArray m_path;
-    int m_descriptor = -1;
+    Descriptor m_descriptor;
     State m_state = State::Unknown;
 };

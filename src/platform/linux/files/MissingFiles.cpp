@@ -135,9 +135,7 @@ bool LocationCheck::searchNear(MissingGroup &group)
         if (!search.isOver())
             lookInto(search, group.volume, renamedInPlace(folder), seen);
     }
-    if (m_parts.places.userFolders)
-        lookInto(search, group.volume, m_parts.places.userFolders(), seen);
-    lookInto(search, group.volume, m_openFolders, seen);
+    lookInto(search, group.volume, m_parts.places.userFolders + m_openFolders, seen);
     group.files.removeIf([&](const std::pair<int, FileIdentity> &file) {
         const QByteArray path = search.found().value(file.second);
         return !path.isEmpty() && isAt(file.first, path, file.second);
@@ -154,10 +152,9 @@ QList<QByteArray> LocationCheck::lookInto(InodeSearch &search, const Volume &vol
     for (const QByteArray &path : folders) {
         if (search.isOver())
             break;
-        const qsizetype before = seen.size();
-        seen.insert(path);
-        if (seen.size() == before)
+        if (seen.contains(path))
             continue;
+        seen.insert(path);
         const LocalFolder folder(path, *m_mounts);
         struct stat status = {};
         if (folder.state() == LocalFolder::State::Open && ::fstat(folder.descriptor(), &status) == 0
@@ -172,9 +169,7 @@ QList<QByteArray> LocationCheck::lookInto(InodeSearch &search, const Volume &vol
 /// Where a walk begins: the user's folders, and what is around those that the files were in.
 QList<QByteArray> LocationCheck::likelyFolders(const MissingGroup &group) const
 {
-    QList<QByteArray> folders;
-    if (m_parts.places.userFolders)
-        folders = m_parts.places.userFolders();
+    QList<QByteArray> folders = m_parts.places.userFolders;
     for (const auto &[query, file] : group.files)
         folders.append(FilePath::parent(m_memo.known.at(query).folder));
     QList<QByteArray> result;

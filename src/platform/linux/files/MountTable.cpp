@@ -1,32 +1,24 @@
 #include "platform/linux/files/MountTable.h"
 
-#include "base/FilePath.h"
+#include "base/NativeFile.h"
 
 #include <QList>
 
+#include <glib.h>
+
 #include <algorithm>
-#include <iterator>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 namespace {
 
 /// Space, tab, line feed and backslash are written as three octal digits.
 QByteArray unescaped(const QByteArray &text)
 {
-    if (!text.contains('\\'))
-        return text;
-    QByteArray result;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        bool octal = false;
-        const int value = text[i] == '\\' ? text.mid(i + 1, 3).toInt(&octal, 8) : 0;
-        result.append(octal ? static_cast<char>(value) : text[i]);
-        i += octal ? 3 : 0;
-    }
-    return result;
+    g_autofree char *plain = g_strcompress(text.constData());
+    return plain;
 }
 
 bool isRemoteType(const QByteArray &type)
@@ -35,18 +27,7 @@ bool isRemoteType(const QByteArray &type)
         = { "9p",     "afs",   "autofs", "beegfs", "ceph",    "cifs",  "coda",
             "fuse",   "gfs2",  "lustre", "ncpfs",  "nfs",     "ocfs2", "orangefs",
             "prl_fs", "pvfs2", "smb",    "vboxsf", "virtiofs" };
-    return std::any_of(std::begin(starts), std::end(starts),
-                       [&](const char *start) { return type.startsWith(start); });
-}
-
-QByteArray readFromStart(int file)
-{
-    QByteArray text;
-    char block[16384];
-    ssize_t got = 0;
-    while ((got = ::pread(file, block, sizeof block, text.size())) > 0)
-        text.append(block, got);
-    return text;
+    return std::ranges::any_of(starts, [&](const char *start) { return type.startsWith(start); });
 }
 
 }
@@ -97,24 +78,19 @@ MountTable::MountTable(QByteArray path)
 {
 }
 
-MountTable::~MountTable()
-{
-    if (m_file >= 0)
-        ::close(m_file);
-}
-
 std::shared_ptr<const Mounts> MountTable::current()
 {
     const std::lock_guard lock(m_mutex);
-    const bool isFirst = m_file < 0;
+    const bool isFirst = !m_file;
     if (isFirst)
-        m_file = ::open(m_path.constData(), O_RDONLY | O_CLOEXEC);
+        m_file = Descriptor(::open(m_path.constData(), O_RDONLY | O_CLOEXEC));
     // The kernel says on each open file once that there was a change since.
-    pollfd change { m_file, POLLPRI, 0 };
+    pollfd change { m_file.number(), POLLPRI, 0 };
     const bool changed
-        = m_file >= 0 && ::poll(&change, 1, 0) > 0 && (change.revents & (POLLPRI | POLLERR)) != 0;
-    if (!m_mounts || changed || (isFirst && m_file >= 0))
-        m_mounts = std::make_shared<const Mounts>(readFromStart(m_file),
-                                                  m_mounts ? m_mounts->number() + 1 : 1);
+        = m_file && ::poll(&change, 1, 0) > 0 && (change.revents & (POLLPRI | POLLERR)) != 0;
+    if (!m_mounts || changed || (isFirst && m_file))
+        m_mounts
+            = std::make_shared<const Mounts>(NativeFile::read(m_path).bytes.value_or(QByteArray()),
+                                             m_mounts ? m_mounts->number() + 1 : 1);
     return m_mounts;
 }

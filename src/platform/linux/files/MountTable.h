@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QHash>
 
@@ -49,15 +51,12 @@ class MountTable
 {
 public:
     explicit MountTable(QByteArray path);
-    ~MountTable();
-    MountTable(const MountTable &) = delete;
-    MountTable &operator=(const MountTable &) = delete;
 
     std::shared_ptr<const Mounts> current();
 
 private:
     QByteArray m_path;
     std::mutex m_mutex;
-    int m_file = -1;
+    Descriptor m_file;
     std::shared_ptr<const Mounts> m_mounts;
 };

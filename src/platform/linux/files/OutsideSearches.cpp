@@ -37,10 +37,10 @@ bool OutsideSearches::Walked::holdsFor(const Volume &volume, const Mounts &now)
         return !now.isPoint(path) && !LocalFolder(path, now).isBare();
     };
     if (std::exchange(mounts, now.number()) != now.number())
-        holds = holds && std::none_of(covered.cbegin(), covered.cend(), hasComeToLight);
-    return holds
-        && std::all_of(volume.roots.cbegin(), volume.roots.cend(),
-                       [&](const QByteArray &root) { return roots.contains(root); });
+        holds = holds && std::ranges::none_of(covered, hasComeToLight);
+    return holds && std::ranges::all_of(volume.roots, [&](const QByteArray &root) {
+               return roots.contains(root);
+           });
 }
 
 OutsideSearches::Answer OutsideSearches::answerFor(const FileIdentity &file, const Volume &volume,

@@ -21,9 +21,10 @@ TrashFolders::TrashFolders(const QByteArray &homeTrash, const Mounts &mounts)
 
 bool TrashFolders::hold(const QByteArray &path) const
 {
-    if (std::any_of(m_home.cbegin(), m_home.cend(), [&](const QByteArray &home) {
-            return path.startsWith(home) && FilePath::isBelow(path, home);
-        }))
+    const auto isIn = [&](const QByteArray &home) {
+        return path.startsWith(home) && FilePath::isBelow(path, home);
+    };
+    if (std::ranges::any_of(m_home, isIn))
         return true;
     const qsizetype at = path.indexOf("/.Trash");
     if (at < 0)

@@ -2,16 +2,15 @@
 
 #include "platform/linux/files/LocalFolder.h"
 
+#include "base/Descriptor.h"
 #include "base/FilePath.h"
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
-#include <unistd.h>
 
 namespace {
 
@@ -21,8 +20,7 @@ bool hasLastingNumbers(const QByteArray &type)
 {
     constexpr const char *honest[]
         = { "ext2", "ext3", "ext4", "xfs", "btrfs", "f2fs", "tmpfs", "bcachefs", "overlay", "zfs" };
-    return std::any_of(std::begin(honest), std::end(honest),
-                       [&](const char *name) { return type == name; });
+    return std::ranges::any_of(honest, [&](const char *name) { return type == name; });
 }
 
 bool hasSubvolumes(const Mount &mount)
@@ -37,8 +35,8 @@ QList<QByteArray> rootsAmong(const QList<const Mount *> &mounts, const Mount *ow
     QList<QByteArray> roots;
     if (mounts.contains(own))
         roots.append(own->point);
-    const auto whole = std::find_if(mounts.cbegin(), mounts.cend(),
-                                    [](const Mount *mount) { return mount->root == "/"; });
+    const auto whole
+        = std::ranges::find_if(mounts, [](const Mount *mount) { return mount->root == "/"; });
     if (!roots.isEmpty() && own->root == "/")
         return roots;
     if (whole != mounts.cend())
@@ -68,13 +66,13 @@ std::optional<Volume> Volumes::find(const BookmarkRecord &record)
     const Mount *own = m_mounts.of(record.path);
     QByteArray key = QByteArray::number(quint64(record.identity.device)) + ' '
         + QByteArray::number(record.fileSystem) + ' ';
-    key += own != nullptr && hasSubvolumes(*own) ? FilePath::parent(record.path)
-                                                 : (own != nullptr ? own->point : QByteArray());
+    const bool divided = own != nullptr && hasSubvolumes(*own);
+    key += divided ? FilePath::parent(record.path) : (own != nullptr ? own->point : QByteArray());
     const auto known = m_known.constFind(key);
     if (known != m_known.cend())
         return *known;
     auto volume = among(record);
-    if (!volume && own != nullptr && hasSubvolumes(*own))
+    if (!volume && divided)
         volume = subvolume(record);
     return *m_known.insert(key, volume);
 }
@@ -151,12 +149,8 @@ Volumes::Numbers Volumes::numbersOf(int file)
 
 Volumes::Numbers Volumes::numbersAt(const QByteArray &path)
 {
-    const int file = ::open(path.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
-    if (file < 0)
-        return {};
-    const Numbers numbers = numbersOf(file);
-    ::close(file);
-    return numbers;
+    const Descriptor file(::open(path.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    return numbersOf(file.number());
 }
 
 Volumes::Match Volumes::match(const BookmarkRecord &record, const Numbers &numbers)

@@ -2,15 +2,15 @@
 
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
-#include "platform/linux/files/PlainFile.h"
+#include "base/NativeFile.h"
+#include "platform/linux/pictures/Decoded.h"
 #include "platform/linux/pictures/HelperProcess.h"
 
 #include <algorithm>
+#include <array>
 #include <thread>
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,9 +21,8 @@ namespace {
 
 constexpr double timeForAJob = 10; // Seconds.
 constexpr double timeOfRest = 300; // Seconds until idle processes end.
-constexpr int mostOpening[2] = { 4, 2 }; // Local and remote files open, or being opened, at once.
+constexpr std::array mostOpen { 4, 2 }; // Local and remote files open, or being opened, at once.
 constexpr qsizetype mostFailures = 4096; // That are remembered.
-constexpr qint64 keptMapped = 256 << 10; // What is smaller is copied out of its pages.
 
 size_t processes()
 {
@@ -32,121 +31,58 @@ size_t processes()
 
 struct Opened
 {
-    int file = -1;
-    QByteArray version;
+    std::shared_ptr<Descriptor> file;
+    QByteArray version {};
 };
 
 Opened openFile(const QByteArray &path)
 {
-    const int file = PlainFile::open(path);
+    Descriptor file = NativeFile::open(path);
     struct stat status = {};
-    if (file < 0 || ::fstat(file, &status) != 0)
-        return { file, {} };
-    return { file, PlainFile::version(status) };
+    const bool known = file && ::fstat(file.number(), &status) == 0;
+    return { std::make_shared<Descriptor>(std::move(file)),
+             known ? DecoderPool::versionOf(status) : QByteArray() };
 }
 
-/// In place of a file; -1 where there is none.
-int memoryWith(const QByteArray &data)
+/// In place of a file.
+Opened memoryWith(const QByteArray &data)
 {
-    const int memory = HelperProcess::makeMemory(data.size());
-    if (memory < 0
-        || ::pwrite(memory, data.constData(), static_cast<size_t>(data.size()), 0) == data.size())
-        return memory;
-    ::close(memory);
-    return -1;
+    Descriptor memory = HelperProcess::makeMemory(data.size());
+    const auto size = static_cast<size_t>(data.size());
+    if (::pwrite(memory.number(), data.constData(), size, 0) != data.size())
+        memory = Descriptor();
+    return { std::make_shared<Descriptor>(std::move(memory)) };
 }
 
-const uchar *mapped(const Result &result, int memory)
+template<typename T>
+auto telling(std::optional<T> (Decoded::*what)() const, PictureDecoder::Answer<T> answer)
 {
-    if (result.bytes <= 0)
-        return nullptr;
-    void *const at
-        = ::mmap(nullptr, static_cast<size_t>(result.bytes), PROT_READ, MAP_SHARED, memory, 0);
-    return at == MAP_FAILED ? nullptr : static_cast<const uchar *>(at);
-}
-
-struct Mapping
-{
-    void *at;
-    size_t bytes;
-};
-
-void unmap(void *mapping)
-{
-    const std::unique_ptr<Mapping> owned(static_cast<Mapping *>(mapping));
-    ::munmap(owned->at, owned->bytes);
-}
-
-/// The pictures that lie in the memory one after the other.
-QList<QImage> imagesOf(const Result &result, int memory, qint64 count, QImage::Format format)
-{
-    const qint64 each = static_cast<qint64>(result.width) * result.height * 4;
-    const uchar *const at = result.isDecoded() ? mapped(result, memory) : nullptr;
-    if (at == nullptr)
-        return {};
-    QList<QImage> images;
-    const auto view
-        = [&](qint64 index, QImageCleanupFunction cleanup = nullptr, void *info = nullptr) {
-              return QImage(at + index * each, result.width, result.height,
-                            static_cast<qsizetype>(result.width) * 4, format, cleanup, info);
-          };
-    auto mapping = std::make_unique<Mapping>(
-        Mapping { const_cast<uchar *>(at), static_cast<size_t>(result.bytes) });
-    if (count == 1 && each >= keptMapped)
-        return { view(0, unmap, mapping.release()) };
-    for (qint64 i = 0; i < count; ++i)
-        images.append(view(i).copy());
-    unmap(mapping.release());
-    return images;
-}
-
-std::optional<PictureDecoder::Listing> listingOf(const Result &result, int memory)
-{
-    const uchar *const at = result.isDecoded() ? mapped(result, memory) : nullptr;
-    if (at == nullptr)
-        return std::nullopt;
-    const QByteArray bytes(reinterpret_cast<const char *>(at),
-                           static_cast<qsizetype>(result.bytes)); // A copy nobody else can write.
-    ::munmap(const_cast<uchar *>(at), static_cast<size_t>(result.bytes));
-    return DecoderProtocol::decodeListing(bytes);
+    return
+        [what, answer = std::move(answer)](const Decoded &decoded) { answer((decoded.*what)()); };
 }
 
 }
 
 struct DecoderPool::Work
 {
+    enum class Step { Waiting, Opening, Open };
+
     Job job;
     QByteArray path {};
     QByteArray data {}; // In place of a file, until it is opened.
     Urgency urgency = Urgency::Preview;
-    Answer<Picture> picture {};
-    Answer<QList<Frame>> frames {};
-    Answer<Listing> listing {};
+    std::function<void(const Decoded &)> answer {};
 
-    quint64 number = 0; // Rises with each that is asked for.
     bool remote = false;
-    int file = -1; // Once it is open.
+    Step step = Step::Waiting;
+    Descriptor file {};
     QByteArray version {};
-    int memory = -1; // For the result, once it is being decoded.
+    Descriptor memory {}; // For the result, once it is being decoded.
     std::weak_ptr<const void> ticket {};
 
     bool isCancelled() const { return ticket.expired(); }
-    void closeFile() { close(file); }
-    ~Work()
-    {
-        close(file);
-        close(memory);
-    }
-
     /// By which it is remembered that there is nothing to be shown.
     QByteArray failure() const { return version + DecoderProtocol::encode(job); }
-
-private:
-    static void close(int &open)
-    {
-        if (const int closed = std::exchange(open, -1); closed >= 0)
-            ::close(closed);
-    }
 };
 
 struct DecoderPool::Worker
@@ -165,30 +101,29 @@ DecoderPool::DecoderPool(QString program, FileLanes &lanes, MainQueue &queue)
 
 DecoderPool::~DecoderPool() = default;
 
-QString DecoderPool::installedProgram()
+QByteArray DecoderPool::versionOf(const struct stat &status)
 {
-    return HelperProcess::installedProgram(QStringLiteral("vantle-decoder"));
+    const qint64 parts[] = { static_cast<qint64>(status.st_dev), static_cast<qint64>(status.st_ino),
+                             status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec };
+    return { reinterpret_cast<const char *>(parts), sizeof parts };
 }
 
 Ticket DecoderPool::version(const QUrl &url, Answer<QByteArray> answer)
 {
     auto ticket = std::make_shared<Answer<QByteArray>>(std::move(answer));
     const QByteArray path = FilePath::fromUrl(url);
-    m_lanes.run(
-        path,
-        [path, &queue = m_queue, weak = std::weak_ptr(ticket), alive = std::weak_ptr(m_alive)] {
-            if (weak.expired())
-                return;
+    m_lanes.look(
+        path, m_queue, m_alive,
+        [path, weak = std::weak_ptr(ticket)] {
             struct stat status = {};
             std::optional<QByteArray> version;
-            if (::stat(path.constData(), &status) == 0)
-                version = PlainFile::version(status);
-            if (alive.expired())
-                return;
-            queue.post([weak, version] {
-                if (const auto told = weak.lock())
-                    (*told)(version);
-            });
+            if (!weak.expired() && ::stat(path.constData(), &status) == 0)
+                version = versionOf(status);
+            return version;
+        },
+        [weak = std::weak_ptr(ticket)](const std::optional<QByteArray> &version) {
+            if (const auto told = weak.lock())
+                (*told)(version);
         });
     return ticket;
 }
@@ -198,14 +133,14 @@ Ticket DecoderPool::image(const QUrl &url, int maxPixel, Urgency urgency, Answer
     return ask({ .job = { Job::Kind::Image, 0, maxPixel },
                  .path = FilePath::fromUrl(url),
                  .urgency = urgency,
-                 .picture = std::move(answer) });
+                 .answer = telling(&Decoded::picture, std::move(answer)) });
 }
 
 Ticket DecoderPool::imageFromData(const QByteArray &data, Answer<Picture> answer)
 {
     return ask({ .job = { Job::Kind::Whole, 0, DecoderProtocol::mostWholeEdge },
                  .data = data,
-                 .picture = std::move(answer) });
+                 .answer = telling(&Decoded::picture, std::move(answer)) });
 }
 
 Ticket DecoderPool::page(const QUrl &url, int page, int maxPixel, Urgency urgency,
@@ -214,30 +149,32 @@ Ticket DecoderPool::page(const QUrl &url, int page, int maxPixel, Urgency urgenc
     return ask({ .job = { Job::Kind::Page, page, maxPixel },
                  .path = FilePath::fromUrl(url),
                  .urgency = urgency,
-                 .picture = std::move(answer) });
+                 .answer = telling(&Decoded::picture, std::move(answer)) });
 }
 
 Ticket DecoderPool::frames(const QUrl &url, int first, int maxPixel, Answer<QList<Frame>> answer)
 {
     return ask({ .job = { Job::Kind::Frames, first, maxPixel },
                  .path = FilePath::fromUrl(url),
-                 .frames = std::move(answer) });
+                 .answer = telling(&Decoded::frames, std::move(answer)) });
 }
 
 Ticket DecoderPool::archive(const QUrl &url, Answer<Listing> answer)
 {
     return ask({ .job = { Job::Kind::Archive, 0, 0 },
                  .path = FilePath::fromUrl(url),
-                 .listing = std::move(answer) });
+                 .answer = telling(&Decoded::listing, std::move(answer)) });
 }
 
 Ticket DecoderPool::ask(Work work)
 {
     auto ticket = std::make_shared<int>(0);
     work.ticket = ticket;
-    work.number = ++m_asked;
     work.remote = m_lanes.isRemote(work.path);
-    m_waiting.push_back(std::make_shared<Work>(std::move(work)));
+    // What is previewed first, in order; then the rows that were asked for last, since these show.
+    const auto firstRow = std::ranges::find(m_work, Urgency::Row,
+                                            [](const WorkPointer &each) { return each->urgency; });
+    m_work.insert(firstRow, std::make_shared<Work>(std::move(work)));
     m_rest.reset();
     m_queue.post([this, alive = std::weak_ptr(m_alive)] {
         if (alive.lock())
@@ -248,97 +185,53 @@ Ticket DecoderPool::ask(Work work)
 
 void DecoderPool::advance()
 {
-    const auto isCancelled = [](const WorkPointer &work) { return work->isCancelled(); };
-    m_waiting.remove_if(isCancelled);
-    for (const auto &work : m_ready) {
-        if (work->isCancelled()) {
-            work->closeFile();
-            --m_opening[work->remote ? 1 : 0];
+    using Step = Work::Step;
+    m_work.remove_if(
+        [](const WorkPointer &work) { return work->step != Step::Opening && work->isCancelled(); });
+    std::array openFiles { 0, 0 }; // Local and remote ones.
+    for (const auto &work : m_work)
+        openFiles[work->remote] += work->step == Step::Waiting ? 0 : 1;
+    for (const auto &work : m_work) {
+        int &count = openFiles[work->remote];
+        if (work->step == Step::Waiting && count < mostOpen[work->remote]) {
+            ++count;
+            open(work);
         }
     }
-    m_ready.remove_if(isCancelled);
-    openWaiting();
-    decodeReady();
-    restOrEnd();
-}
-
-/// What is previewed first, in order; then the rows that were asked for last, since these show.
-void DecoderPool::openWaiting()
-{
-    const auto isNext = [this](const WorkPointer &work, Urgency urgency) {
-        const int kind = work->remote ? 1 : 0;
-        return work->urgency == urgency && m_opening[kind] < mostOpening[kind];
-    };
-    for (;;) {
-        auto next = std::ranges::find_if(
-            m_waiting, [&](const WorkPointer &work) { return isNext(work, Urgency::Preview); });
-        if (next == m_waiting.end()) {
-            const auto last
-                = std::find_if(m_waiting.rbegin(), m_waiting.rend(),
-                               [&](const WorkPointer &work) { return isNext(work, Urgency::Row); });
-            if (last == m_waiting.rend())
-                return;
-            next = std::prev(last.base());
-        }
+    for (auto next = m_work.begin(); next != m_work.end();) {
         const WorkPointer work = *next;
-        m_waiting.erase(next);
-        open(work);
+        const bool isOpen = work->step == Step::Open;
+        const WorkerPointer worker = isOpen && !m_missing ? freeWorker() : nullptr;
+        next = worker || (isOpen && m_missing) ? m_work.erase(next) : std::next(next);
+        if (worker)
+            begin(worker, work);
+        else if (isOpen && m_missing)
+            answer(*work, {});
     }
+    restOrEnd();
 }
 
 void DecoderPool::open(const WorkPointer &work)
 {
-    ++m_opening[work->remote ? 1 : 0];
-    m_lanes.run(work->path,
-                [this, work = work, &queue = m_queue, alive = std::weak_ptr(m_alive)]() mutable {
-                    if (alive.expired())
-                        return;
-                    Opened result;
-                    if (!work->isCancelled())
-                        result = work->data.isEmpty() ? openFile(work->path)
-                                                      : Opened { memoryWith(work->data), {} };
-                    // Given away: what it holds belongs to the main thread.
-                    queue.post([this, work = std::move(work), result, alive] {
-                        if (alive.lock())
-                            opened(work, result.file, result.version);
-                        else if (result.file >= 0)
-                            ::close(result.file);
-                    });
-                });
-}
-
-void DecoderPool::opened(const WorkPointer &work, int file, const QByteArray &version)
-{
-    work->file = file;
-    work->version = version;
-    work->data.clear();
-    const bool known = m_failures.contains(work->failure());
-    if (file >= 0 && !m_missing && !known && !work->isCancelled()) {
-        m_ready.push_back(work);
-    } else {
-        work->closeFile();
-        --m_opening[work->remote ? 1 : 0];
-        answer(*work, {});
-    }
-    advance();
-}
-
-void DecoderPool::decodeReady()
-{
-    while (!m_ready.empty() && !m_missing) {
-        const WorkerPointer worker = freeWorker();
-        if (!worker)
-            return;
-        auto next = std::ranges::find(m_ready, Urgency::Preview,
-                                      [](const WorkPointer &work) { return work->urgency; });
-        if (next == m_ready.end())
-            next = std::ranges::max_element(m_ready, {},
-                                            [](const WorkPointer &work) { return work->number; });
-        const WorkPointer work = *next;
-        m_ready.erase(next);
-        --m_opening[work->remote ? 1 : 0];
-        begin(worker, work);
-    }
+    work->step = Work::Step::Opening;
+    m_lanes.look(
+        work->path, m_queue, m_alive,
+        [path = work->path, data = work->data, ticket = work->ticket] {
+            if (ticket.expired())
+                return Opened { std::make_shared<Descriptor>() };
+            return data.isEmpty() ? openFile(path) : memoryWith(data);
+        },
+        [this, work](const Opened &opened) {
+            work->step = Work::Step::Open;
+            work->file = std::move(*opened.file);
+            work->version = opened.version;
+            work->data.clear();
+            if (!work->file || m_failures.contains(work->failure())) {
+                m_work.remove(work);
+                answer(*work, {});
+            }
+            advance();
+        });
 }
 
 DecoderPool::WorkerPointer DecoderPool::freeWorker()
@@ -372,9 +265,10 @@ void DecoderPool::begin(const WorkerPointer &worker, const WorkPointer &work)
     worker->limit = m_queue.after(
         timeForAJob, [this, weak = std::weak_ptr(worker), work] { loseSoon(weak, work); });
     work->memory = HelperProcess::makeMemory(DecoderProtocol::mostBytes(work->job));
-    const bool given = work->memory >= 0
-        && worker->process->give(DecoderProtocol::encode(work->job), { work->file, work->memory });
-    work->closeFile();
+    const bool given = work->memory
+        && worker->process->give(DecoderProtocol::encode(work->job),
+                                 { work->file.number(), work->memory.number() });
+    work->file = Descriptor();
     if (!given)
         loseSoon(worker, nullptr);
 }
@@ -419,46 +313,20 @@ void DecoderPool::lost(const WorkerPointer &worker)
         rememberFailure(*work);
         answer(*work, {});
     }
-    if (m_missing) {
-        for (const WorkPointer &work : std::exchange(m_ready, {})) {
-            work->closeFile();
-            --m_opening[work->remote ? 1 : 0];
-            answer(*work, {});
-        }
-    }
     advance();
 }
 
 void DecoderPool::answer(const Work &work, const Result &result)
 {
     const auto ticket = work.ticket.lock(); // Whoever is called may drop it.
-    if (!ticket)
-        return;
-    if (work.listing)
-        return work.listing(listingOf(result, work.memory));
-    const auto format = pixelFormat(work.job);
-    if (work.frames) {
-        if (result.isDecoded() && result.frames == 0)
-            return work.frames(QList<Frame>()); // Past the end.
-        const auto images = imagesOf(result, work.memory, result.frames, format);
-        if (images.isEmpty())
-            return work.frames(std::nullopt);
-        QList<Frame> frames;
-        for (qsizetype i = 0; i < images.size(); ++i)
-            frames.append({ images[i], result.milliseconds[static_cast<size_t>(i)] });
-        return work.frames(frames);
-    }
-    const auto images = imagesOf(result, work.memory, 1, format);
-    if (images.isEmpty())
-        return work.picture(std::nullopt);
-    work.picture(Picture { images.first(), QSize(result.wholeWidth, result.wholeHeight),
-                           result.count, work.version });
+    if (ticket)
+        work.answer({ work.job, result, work.memory.number(), work.version });
 }
 
 /// Idle processes are kept for a while, since starting one takes longer than most pictures.
 void DecoderPool::restOrEnd()
 {
-    const bool busy = !m_waiting.empty() || !m_ready.empty() || m_opening[0] + m_opening[1] > 0
+    const bool busy = !m_work.empty()
         || std::ranges::any_of(m_workers, [](const auto &worker) { return bool(worker->work); });
     if (busy || m_workers.empty())
         return m_rest.reset();

@@ -12,6 +12,7 @@
 
 class HelperProcess;
 class MainQueue;
+struct stat;
 
 /// Decodes in as many processes as there are cores. They start with the first
 /// request and end when nothing was asked for some minutes. One that crashes, or
@@ -26,8 +27,8 @@ public:
     DecoderPool(const DecoderPool &) = delete;
     DecoderPool &operator=(const DecoderPool &) = delete;
 
-    /// Beside the running program, or where an installation puts it.
-    static QString installedProgram();
+    /// What version() tells of a file.
+    static QByteArray versionOf(const struct stat &status);
 
     Ticket version(const QUrl &url, Answer<QByteArray> answer) override;
     Ticket image(const QUrl &url, int maxPixel, Urgency urgency, Answer<Picture> answer) override;
@@ -45,10 +46,7 @@ private:
 
     Ticket ask(Work work);
     void advance();
-    void openWaiting();
     void open(const WorkPointer &work);
-    void opened(const WorkPointer &work, int file, const QByteArray &version);
-    void decodeReady();
     WorkerPointer freeWorker();
     void begin(const WorkerPointer &worker, const WorkPointer &work);
     void finished(Worker &worker, const DecoderProtocol::Result &result);
@@ -61,10 +59,7 @@ private:
     const QString m_program;
     FileLanes &m_lanes;
     MainQueue &m_queue;
-    quint64 m_asked = 0;
-    std::list<WorkPointer> m_waiting; // In the order in which they were asked for.
-    std::list<WorkPointer> m_ready; // Their files are open.
-    int m_opening[2] = { 0, 0 }; // Local and remote files.
+    std::list<WorkPointer> m_work; // What is not begun, the most urgent first.
     std::vector<WorkerPointer> m_workers;
     QSet<QByteArray> m_failures; // Of local files as they are: Work::failure().
     bool m_missing = false; // The decoder program is not there.

@@ -26,6 +26,38 @@ QImage fitted(const QImage &image, int edge)
     return image.scaled(edge, edge, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
+/// What a thread saw of a file and of what there is for it.
+struct Looked
+{
+    std::optional<ThumbnailSubject> subject {}; // None where there is nothing to be done.
+    std::optional<ThumbnailFiles::Found> cached {};
+    bool isDocument = false;
+    std::optional<QByteArrayList> command {};
+};
+
+/// A program that hangs on a server's file could not even be ended: none is run there.
+enum class Programs { Allowed, Forbidden };
+
+Looked lookedAt(const QByteArray &path, int wanted, const ThumbnailFiles &files,
+                Thumbnailers &thumbnailers, Programs programs)
+{
+    Looked looked { files.subject(path) };
+    if (looked.subject)
+        looked.cached = files.find(*looked.subject, wanted);
+    if (!looked.subject || looked.cached)
+        return looked;
+    if (files.hasFailed(*looked.subject))
+        return {};
+    const QMimeType type = typeOf(path);
+    looked.isDocument = type.inherits(QStringLiteral("application/pdf"));
+    QByteArrayList names { type.name().toUtf8() };
+    for (const QString &alias : type.aliases())
+        names.append(alias.toUtf8());
+    if (!looked.isDocument && programs == Programs::Allowed)
+        looked.command = thumbnailers.commandFor(names);
+    return looked;
+}
+
 }
 
 /// One request. Its owner holds it by the ticket.
@@ -34,14 +66,7 @@ struct DesktopThumbnails::Work
     QByteArray path;
     int wanted = 0; // Pixels.
     Update update;
-
-    bool remote = false;
-    std::optional<ThumbnailSubject> subject {};
-    std::optional<ThumbnailFiles::Found> cached {};
-    bool hasFailed = false;
-    bool isDocument = false;
-    std::optional<QByteArrayList> command {};
-    QImage image {}; // As it is shown.
+    Looked looked {};
     Ticket step {}; // What is being waited for.
 };
 
@@ -79,76 +104,36 @@ Ticket DesktopThumbnails::generate(const QUrl &url, double size, double scale, U
     const QByteArray path = FilePath::fromUrl(url);
     auto work
         = std::make_shared<Work>(Work { path, static_cast<int>(size * scale), std::move(update) });
-    work->remote = m_lanes.isRemote(path);
-    onLane(
-        work,
-        [files = m_files, thumbnailers = m_thumbnailers](Work &looked) {
-            looked.subject = files->subject(looked.path);
-            if (!looked.subject)
-                return;
-            looked.cached = files->find(*looked.subject, looked.wanted);
-            looked.hasFailed = !looked.cached && files->hasFailed(*looked.subject);
-            if (looked.cached || looked.hasFailed)
-                return;
-            const QMimeType type = typeOf(looked.path);
-            looked.isDocument = type.inherits(QStringLiteral("application/pdf"));
-            QByteArrayList names { type.name().toUtf8() };
-            for (const QString &alias : type.aliases())
-                names.append(alias.toUtf8());
-            // A program that hangs on a server's file could not even be ended.
-            if (!looked.isDocument && !looked.remote)
-                looked.command = thumbnailers->commandFor(names);
+    const auto programs = m_lanes.isRemote(path) ? Programs::Forbidden : Programs::Allowed;
+    m_lanes.look(
+        path, m_queue, m_alive,
+        [path, wanted = work->wanted, files = m_files, thumbnailers = m_thumbnailers, programs,
+         weak = std::weak_ptr(work)] {
+            return weak.expired() ? Looked()
+                                  : lookedAt(path, wanted, *files, *thumbnailers, programs);
         },
-        &DesktopThumbnails::choose);
+        [this, weak = std::weak_ptr(work)](const Looked &looked) {
+            const auto asked = weak.lock();
+            if (!asked || !looked.subject)
+                return;
+            asked->looked = looked;
+            looked.cached ? showCached(asked) : make(asked);
+        });
     return work;
-}
-
-/// Looks at files on a thread of theirs, and goes on here unless the request was
-/// dropped meanwhile. The thread works on a copy: it may hang for good.
-void DesktopThumbnails::onLane(const WorkPointer &work, std::function<void(Work &)> look,
-                               void (DesktopThumbnails::*then)(const WorkPointer &))
-{
-    Work copy = *work;
-    copy.update = nullptr;
-    copy.step.reset();
-    m_lanes.run(work->path,
-                [this, copy, look = std::move(look), then, weak = std::weak_ptr(work),
-                 &queue = m_queue, alive = std::weak_ptr(m_alive)]() mutable {
-                    if (weak.expired() || alive.expired())
-                        return;
-                    look(copy);
-                    if (alive.expired())
-                        return;
-                    queue.post([this, copy = std::move(copy), then, weak, alive]() mutable {
-                        const auto wanted = weak.lock();
-                        if (!wanted || !alive.lock())
-                            return;
-                        copy.update = std::move(wanted->update);
-                        *wanted = std::move(copy);
-                        (this->*then)(wanted);
-                    });
-                });
-}
-
-void DesktopThumbnails::choose(const WorkPointer &work)
-{
-    if (work->cached)
-        showCached(work);
-    else if (work->subject && !work->hasFailed)
-        make(work);
 }
 
 void DesktopThumbnails::showCached(const WorkPointer &work)
 {
     // A thumbnail may be as hostile as any other file.
     work->step = m_decoder.image(
-        FilePath::toUrl(work->cached->path), work->wanted, PictureDecoder::Urgency::Row,
+        FilePath::toUrl(work->looked.cached->path), work->wanted, PictureDecoder::Urgency::Row,
         [weak = std::weak_ptr(work)](const std::optional<PictureDecoder::Picture> &picture) {
             const auto wanted = weak.lock();
             if (wanted && picture)
-                wanted->update(wanted->cached->edge >= wanted->wanted ? Representation::Thumbnail
-                                                                      : Representation::LowQuality,
-                               picture->image, wanted->subject->version);
+                wanted->update(wanted->looked.cached->edge >= wanted->wanted
+                                   ? Representation::Thumbnail
+                                   : Representation::LowQuality,
+                               picture->image, wanted->looked.subject->version);
         });
 }
 
@@ -159,12 +144,12 @@ void DesktopThumbnails::make(const WorkPointer &work)
         if (const auto wanted = weak.lock())
             picture ? made(wanted, picture->image) : failed(wanted);
     };
-    if (work->isDocument) {
+    if (work->looked.isDocument) {
         work->step = m_decoder.page(FilePath::toUrl(work->path), 0, ThumbnailFiles::edge,
                                     PictureDecoder::Urgency::Row, take);
-    } else if (work->command) {
+    } else if (work->looked.command) {
         work->step = m_thumbnailers->run(
-            { *work->command, work->path, work->subject->uri, ThumbnailFiles::edge },
+            { *work->looked.command, work->path, work->looked.subject->uri, ThumbnailFiles::edge },
             [this, weak, take](const QByteArray &output) {
                 const auto wanted = weak.lock();
                 if (!wanted)
@@ -184,25 +169,24 @@ void DesktopThumbnails::make(const WorkPointer &work)
 
 void DesktopThumbnails::made(const WorkPointer &work, const QImage &image)
 {
-    onLane(
-        work,
-        [files = m_files, image](Work &looked) {
-            files->write(*looked.subject, image);
-            looked.image = fitted(image, looked.wanted);
+    m_lanes.look(
+        work->path, m_queue, m_alive,
+        [files = m_files, subject = *work->looked.subject, image, wanted = work->wanted] {
+            files->write(subject, image);
+            return fitted(image, wanted);
         },
-        &DesktopThumbnails::showMade);
-}
-
-void DesktopThumbnails::showMade(const WorkPointer &work)
-{
-    work->update(Representation::Thumbnail, work->image, work->subject->version);
+        [weak = std::weak_ptr(work)](const QImage &shown) {
+            if (const auto asked = weak.lock())
+                asked->update(Representation::Thumbnail, shown, asked->looked.subject->version);
+        });
 }
 
 /// A thumbnailer would fail again, and take its time for it; a decoder may only have been ended.
 void DesktopThumbnails::failed(const WorkPointer &work)
 {
-    if (!work->command)
+    if (!work->looked.command)
         return;
-    m_lanes.run(work->path,
-                [files = m_files, subject = *work->subject] { files->writeFailure(subject); });
+    m_lanes.run(work->path, [files = m_files, subject = *work->looked.subject] {
+        files->writeFailure(subject);
+    });
 }

@@ -36,13 +36,9 @@ private:
     struct Work;
     using WorkPointer = std::shared_ptr<Work>;
 
-    void onLane(const WorkPointer &work, std::function<void(Work &)> look,
-                void (DesktopThumbnails::*then)(const WorkPointer &));
-    void choose(const WorkPointer &work);
     void showCached(const WorkPointer &work);
     void make(const WorkPointer &work);
     void made(const WorkPointer &work, const QImage &image);
-    void showMade(const WorkPointer &work);
     void failed(const WorkPointer &work);
 
     // Threads that hang on a file may outlive this.

@@ -31,12 +31,14 @@ HelperProcess::HelperProcess(const QString &program)
     int sockets[2] = { -1, -1 };
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets) != 0)
         return;
-    m_socket = sockets[0];
-    ::fcntl(m_socket, F_SETFL, O_NONBLOCK);
+    m_socket = Descriptor(sockets[0]);
+    const Descriptor its(sockets[1]);
+    ::fcntl(sockets[0], F_SETFL, O_NONBLOCK);
     // Full, it takes no more, and nobody waits.
     int errors[2] = { -1, -1 };
     if (::pipe2(errors, O_CLOEXEC | O_NONBLOCK) == 0)
-        m_errors = errors[0];
+        m_errors = Descriptor(errors[0]);
+    const Descriptor itsErrors(errors[1]);
     m_process->setStandardInputFile(QProcess::nullDevice());
     m_process->setStandardOutputFile(QProcess::nullDevice());
     m_process->setStandardErrorFile(QProcess::nullDevice());
@@ -61,22 +63,14 @@ HelperProcess::HelperProcess(const QString &program)
                          if (error == QProcess::FailedToStart)
                              end(End::Missing);
                      });
-    m_notifier = std::make_unique<QSocketNotifier>(m_socket, QSocketNotifier::Read);
+    m_notifier = std::make_unique<QSocketNotifier>(sockets[0], QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
                      [this] { receive(); });
     m_process->start(program, {});
-    ::close(sockets[1]);
-    if (errors[1] >= 0)
-        ::close(errors[1]);
 }
 
 HelperProcess::~HelperProcess()
 {
-    m_notifier.reset();
-    for (const int open : { m_socket, m_errors }) {
-        if (open >= 0)
-            ::close(open);
-    }
     endSoon(std::move(m_process));
 }
 
@@ -92,33 +86,30 @@ QString HelperProcess::installedProgram(const QString &name)
     return folder + name;
 }
 
-int HelperProcess::makeMemory(qint64 bytes)
+Descriptor HelperProcess::makeMemory(qint64 bytes)
 {
-    const int memory = ::memfd_create("answer", MFD_CLOEXEC | MFD_ALLOW_SEALING);
-    if (memory < 0
-        || (::ftruncate(memory, bytes) == 0
-            && ::fcntl(memory, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0))
-        return memory;
-    ::close(memory);
-    return -1;
+    Descriptor memory(::memfd_create("answer", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    constexpr int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
+    if (::ftruncate(memory.number(), bytes) != 0
+        || ::fcntl(memory.number(), F_ADD_SEALS, seals) != 0)
+        memory = Descriptor();
+    return memory;
 }
 
 bool HelperProcess::give(const QByteArray &message, std::initializer_list<int> files)
 {
-    return !m_ended && m_socket >= 0 && DecoderProtocol::send(m_socket, message, files);
+    return !m_ended && m_socket && DecoderProtocol::send(m_socket.number(), message, files);
 }
 
 void HelperProcess::receive()
 {
-    const auto received = DecoderProtocol::receive(m_socket);
+    const auto received = DecoderProtocol::receive(m_socket.number());
     if (!received)
         return;
     if (received->message.isEmpty())
         return m_notifier->setEnabled(false); // How it ended is told by its exit status.
-    for (const int file : received->files) {
-        if (file >= 0)
-            ::close(file);
-    }
+    for (const int file : received->files)
+        const Descriptor closed(file);
     if (!onMessage(received->message))
         end(End::Crashed);
 }
@@ -127,7 +118,7 @@ void HelperProcess::receive()
 void HelperProcess::tellErrors()
 {
     char text[mostErrors];
-    const ssize_t size = m_errors >= 0 ? ::read(m_errors, text, sizeof text) : -1;
+    const ssize_t size = ::read(m_errors.number(), text, sizeof text);
     for (ssize_t i = 0; i < size; ++i) {
         if (text[i] == '\n' || (text[i] >= ' ' && text[i] <= '~'))
             std::fputc(text[i], stderr);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
@@ -21,15 +23,13 @@ public:
 
     explicit HelperProcess(const QString &program);
     ~HelperProcess();
-    HelperProcess(const HelperProcess &) = delete;
-    HelperProcess &operator=(const HelperProcess &) = delete;
 
     /// Where the installation, or the build, has the program of that name.
     static QString installedProgram(const QString &name);
 
-    /// New memory for what it answers, whose size neither side can change; -1 where
-    /// there is none. It takes pages when they are written to.
-    static int makeMemory(qint64 bytes);
+    /// New memory for what it answers, whose size neither side can change, if there
+    /// is any. It takes pages when they are written to.
+    static Descriptor makeMemory(qint64 bytes);
 
     /// The files stay the caller's. False where the process is gone.
     bool give(const QByteArray &message, std::initializer_list<int> files = {});
@@ -46,8 +46,8 @@ private:
     void end(End how);
 
     std::unique_ptr<QProcess> m_process;
-    int m_socket = -1;
-    int m_errors = -1; // What it writes to its standard error, as much as a pipe holds.
+    Descriptor m_socket;
+    Descriptor m_errors; // What it writes to its standard error, as much as a pipe holds.
     std::unique_ptr<QSocketNotifier> m_notifier;
     bool m_ended = false;
 };

@@ -2,14 +2,12 @@
 
 #include "base/FilePath.h"
 #include "base/MainQueue.h"
+#include "base/NativeFile.h"
 #include "platform/linux/files/FileLanes.h"
-#include "platform/linux/files/PlainFile.h"
 #include "platform/linux/pictures/HelperProcess.h"
 
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -33,46 +31,25 @@ PlayerProcess::PlayerProcess(QString program, const QUrl &url, FileLanes &lanes,
     , m_queue(queue)
 {
     const QByteArray path = FilePath::fromUrl(url);
-    lanes.run(path, [this, path, &queue, alive = std::weak_ptr(m_alive)] {
-        if (alive.expired())
-            return;
-        const int file = PlainFile::open(path);
-        if (alive.expired()) { // It may have hung until the queue had gone.
-            if (file >= 0)
-                ::close(file);
-            return;
-        }
-        queue.post([this, file, alive] {
-            if (alive.lock())
-                opened(file);
-            if (file >= 0)
-                ::close(file);
-        });
-    });
+    lanes.look(
+        path, queue, m_alive,
+        [path] { return std::make_shared<Descriptor>(NativeFile::open(path)); },
+        [this](const std::shared_ptr<Descriptor> &file) { begin(*file); });
 }
 
-PlayerProcess::~PlayerProcess()
-{
-    if (m_memory >= 0)
-        ::close(m_memory);
-}
+PlayerProcess::~PlayerProcess() = default;
 
-QString PlayerProcess::installedProgram()
+void PlayerProcess::begin(const Descriptor &file)
 {
-    return HelperProcess::installedProgram(QStringLiteral("vantle-player"));
-}
-
-void PlayerProcess::opened(int file)
-{
-    if (file < 0)
+    if (!file)
         return fail();
     m_process = std::make_unique<HelperProcess>(m_program);
     m_process->onMessage = [this](const QByteArray &message) { return hear(message); };
     m_process->onEnd = [this](HelperProcess::End) { fail(); };
     m_memory = HelperProcess::makeMemory(PlayerProtocol::mostBytes);
-    if (m_memory < 0
+    if (!m_memory
         || !m_process->give(DecoderProtocol::encode(Command { Command::Kind::Open, 0, m_room }),
-                            { file, m_memory }))
+                            { file.number(), m_memory.number() }))
         fail();
 }
 
@@ -107,7 +84,7 @@ bool PlayerProcess::hear(const QByteArray &message)
 {
     const auto event = PlayerProtocol::decodeEvent(message);
     const bool isPicture = event && event->kind == Event::Kind::Picture;
-    const QImage picture = isPicture ? pictureIn(m_memory, event->size) : QImage();
+    const QImage picture = isPicture ? pictureIn(m_memory.number(), event->size) : QImage();
     if (!event || (isPicture && picture.isNull()))
         return false;
     switch (event->kind) {

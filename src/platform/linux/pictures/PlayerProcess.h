@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Descriptor.h"
 #include "platform/MediaPlayer.h"
 #include "player/PlayerProtocol.h"
 
@@ -20,11 +21,6 @@ public:
     /// program: the path of vantle-player. The lanes outlive this object.
     PlayerProcess(QString program, const QUrl &url, FileLanes &lanes, MainQueue &queue);
     ~PlayerProcess() override;
-    PlayerProcess(const PlayerProcess &) = delete;
-    PlayerProcess &operator=(const PlayerProcess &) = delete;
-
-    /// Beside the running program, or where an installation puts it.
-    static QString installedProgram();
 
     void play() override;
     void pause() override;
@@ -35,7 +31,7 @@ private:
     using Command = PlayerProtocol::Command;
     using Event = PlayerProtocol::Event;
 
-    void opened(int file);
+    void begin(const Descriptor &file);
     void tell(const Command &command);
     bool hear(const QByteArray &message);
     void fail();
@@ -43,7 +39,7 @@ private:
     const QString m_program;
     MainQueue &m_queue;
     std::unique_ptr<HelperProcess> m_process;
-    int m_memory = -1; // In which it puts each picture.
+    Descriptor m_memory; // In which it puts each picture.
     QSize m_room;
     std::shared_ptr<int> m_alive = std::make_shared<int>(0); // Posted tasks ask it first.
 };

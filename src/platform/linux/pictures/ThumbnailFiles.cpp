@@ -2,7 +2,7 @@
 
 #include "base/AtomicFile.h"
 #include "base/NativeFile.h"
-#include "platform/linux/files/PlainFile.h"
+#include "platform/linux/pictures/DecoderPool.h"
 
 #include <QBuffer>
 #include <QCryptographicHash>
@@ -10,33 +10,23 @@
 
 #include <glib.h>
 
-#include <array>
-#include <memory>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr std::array<std::pair<const char *, int>, 4> sizeClasses { {
-    { "normal", 128 },
-    { "large", 256 },
-    { "x-large", 512 },
-    { "xx-large", 1024 },
-} };
+constexpr std::pair<const char *, int> sizeClasses[]
+    = { { "normal", 128 }, { "large", 256 }, { "x-large", 512 }, { "xx-large", 1024 } };
 constexpr const char *failures = "fail/vantle-" VANTLE_VERSION;
 constexpr qsizetype mostHeader = 65536; // Bytes in which the tags of a thumbnail stand.
 
 QByteArray readStart(const QByteArray &path)
 {
-    const int file = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return {};
+    const Descriptor file = NativeFile::open(path);
     QByteArray bytes(mostHeader, Qt::Uninitialized);
-    const ssize_t size = ::read(file, bytes.data(), mostHeader);
-    ::close(file);
+    const ssize_t size = ::read(file.number(), bytes.data(), mostHeader);
     bytes.truncate(std::max<ssize_t>(size, 0));
     return bytes;
 }
@@ -83,11 +73,10 @@ std::optional<ThumbnailSubject> ThumbnailFiles::subject(const QByteArray &path) 
     if (path.startsWith(m_folder + '/') || ::stat(path.constData(), &status) != 0
         || !S_ISREG(status.st_mode))
         return std::nullopt;
-    const std::unique_ptr<char, decltype(&g_free)> uri(
-        g_filename_to_uri(path.constData(), nullptr, nullptr), &g_free);
+    g_autofree char *uri = g_filename_to_uri(path.constData(), nullptr, nullptr);
     if (!uri)
         return std::nullopt;
-    return ThumbnailSubject { path, uri.get(), PlainFile::version(status), status.st_mtim.tv_sec,
+    return ThumbnailSubject { path, uri, DecoderPool::versionOf(status), status.st_mtim.tv_sec,
                               status.st_size };
 }
 

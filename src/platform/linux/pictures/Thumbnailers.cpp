@@ -97,8 +97,6 @@ Thumbnailers::Thumbnailers(QByteArrayList dataFolders, QString confined, MainQue
 {
 }
 
-Thumbnailers::~Thumbnailers() = default;
-
 std::optional<QByteArrayList> Thumbnailers::commandFor(const QByteArrayList &types)
 {
     if (Confined::landlockVersion() == 0)

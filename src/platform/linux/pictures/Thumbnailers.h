@@ -27,9 +27,6 @@ public:
     /// dataFolders: the user's first; each may have a folder "thumbnailers".
     /// confined: the path of vantle-confined.
     Thumbnailers(QByteArrayList dataFolders, QString confined, MainQueue &queue);
-    ~Thumbnailers();
-    Thumbnailers(const Thumbnailers &) = delete;
-    Thumbnailers &operator=(const Thumbnailers &) = delete;
 
     /// The command of the first entry for that type whose program is installed,
     /// with its fields. Reads the entries at the first call: worker threads.

@@ -1,8 +1,8 @@
 #include "platform/linux/x11/SelectionOffer.h"
 
 #include "base/MainQueue.h"
+#include "base/NativeFile.h"
 #include "base/Workers.h"
-#include "platform/linux/files/PlainFile.h"
 #include "platform/linux/transfer/DropFormats.h"
 #include "platform/linux/transfer/PortalFiles.h"
 
@@ -24,9 +24,9 @@ xcb_atom_t propertyOf(const xcb_selection_request_event_t &request)
 
 std::optional<QByteArray> contentOf(const QByteArray &path)
 {
-    const int descriptor = PlainFile::open(path);
+    const Descriptor opened = NativeFile::open(path);
     QFile file;
-    if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
+    if (!opened || !file.open(opened.number(), QIODevice::ReadOnly))
         return std::nullopt;
     QByteArray bytes = file.read(DragFormats::contentCap + 1);
     if (bytes.isEmpty() || bytes.size() > DragFormats::contentCap)
