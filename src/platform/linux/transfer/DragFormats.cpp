@@ -20,18 +20,13 @@ QByteArray lineFor(const QUrl &url)
     return line;
 }
 
-QByteArray utf16(const QString &text)
-{
-    // Without a mark at its beginning, as browsers write it.
-    QStringEncoder encode(QStringConverter::Utf16LE);
-    return encode(text);
-}
-
 void appendLinks(QList<DragFormats::Format> &formats, const QByteArrayList &links)
 {
     QByteArrayList titled;
     for (const QByteArray &link : links)
         titled.append(link + '\n' + link);
+    // Without a mark at its beginning, as browsers write it.
+    QStringEncoder utf16(QStringConverter::Utf16LE);
     formats.append(
         { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titled.join('\n'))), {} });
     formats.append({ QStringLiteral("_NETSCAPE_URL"), titled.first(), {} });
@@ -63,11 +58,6 @@ QList<DragFormats::Format> contentFormats(const QList<QUrl> &urls, const QByteAr
             formats.append({ type, {}, path });
     }
     return formats;
-}
-
-bool holdsText(const QList<DragFormats::Format> &formats)
-{
-    return !formats.isEmpty() && !formats.first().type.startsWith(QLatin1String("image/"));
 }
 
 }
@@ -113,7 +103,9 @@ QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &u
         appendLinks(formats, links);
     const auto content = contentFormats(urls, textFolder);
     formats += content;
-    return holdsText(content) ? formats : formats + textFormatsFor(urls);
+    const bool hasText
+        = !content.isEmpty() && !content.first().type.startsWith(QLatin1String("image/"));
+    return hasText ? formats : formats + textFormatsFor(urls);
 }
 
 QList<DragFormats::Format> DragFormats::textFormatsFor(const QList<QUrl> &urls)

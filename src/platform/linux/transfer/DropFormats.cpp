@@ -8,6 +8,7 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace {
@@ -43,15 +44,13 @@ std::optional<Charset> charsetOf(const QString &type)
     return std::nullopt;
 }
 
-enum class UrlForm { Utf16, Bytes };
-
-/// "address newline title", as browsers write it.
-std::optional<UrlForm> urlFormOf(const QString &type)
+/// How "address newline title" is encoded, as browsers write it.
+std::optional<Charset> urlCharsetOf(const QString &type)
 {
     if (type == QLatin1String("text/x-moz-url"))
-        return UrlForm::Utf16;
+        return Charset::Utf16;
     if (type == QLatin1String("_NETSCAPE_URL"))
-        return UrlForm::Bytes;
+        return Charset::Guess;
     return std::nullopt;
 }
 
@@ -59,13 +58,9 @@ std::optional<UrlForm> urlFormOf(const QString &type)
 std::optional<QStringConverter::Encoding> markedUtf16(QByteArrayView data)
 {
     const auto encoding = QStringConverter::encodingForData(data);
-    switch (encoding.value_or(QStringConverter::Utf8)) {
-    case QStringConverter::Utf16BE:
-    case QStringConverter::Utf16LE:
-        return encoding;
-    default:
-        return std::nullopt;
-    }
+    const bool isUtf16
+        = encoding == QStringConverter::Utf16BE || encoding == QStringConverter::Utf16LE;
+    return isUtf16 ? encoding : std::nullopt;
 }
 
 QString fromUtf16(QByteArrayView data)
@@ -133,24 +128,15 @@ QString textOfHtml(const QString &html)
 /// Escapes become bytes; a "%" that begins none stands for itself.
 QByteArray unescaped(QByteArrayView text)
 {
-    const auto digit = [&](qsizetype at) {
-        const char c = at < text.size() ? text[at] : '\0';
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        const char lower = static_cast<char>(c | 0x20);
-        return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-    };
     QByteArray bytes;
     bytes.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const int high = text[i] == '%' ? digit(i + 1) : -1;
-        const int low = high < 0 ? -1 : digit(i + 2);
-        if (low < 0) {
-            bytes.append(text[i]);
-            continue;
-        }
-        bytes.append(static_cast<char>(high * 16 + low));
-        i += 2;
+    while (!text.isEmpty()) {
+        const QByteArrayView digits = text.sliced(1).first(std::min<qsizetype>(text.size() - 1, 2));
+        quint8 byte = 0;
+        const bool isEscape = text.front() == '%' && digits.size() == 2
+            && std::from_chars(digits.begin(), digits.end(), byte, 16).ptr == digits.end();
+        bytes.append(isEscape ? static_cast<char>(byte) : text.front());
+        text = text.sliced(isEscape ? 3 : 1);
     }
     return bytes;
 }
@@ -166,8 +152,7 @@ bool isThisMachine(QByteArrayView host)
 /// The rest of a line after "file:".
 std::optional<QUrl> fileUrl(QByteArrayView rest)
 {
-    const auto end
-        = std::find_if(rest.begin(), rest.end(), [](char c) { return c == '?' || c == '#'; });
+    const auto end = std::ranges::find_if(rest, [](char c) { return c == '?' || c == '#'; });
     rest = rest.first(end - rest.begin());
     if (rest.startsWith("//")) {
         const auto path = rest.indexOf('/', 2);
@@ -217,9 +202,9 @@ bool DropFormats::canHold(const QStringList &types)
 {
     static const QStringList lists { QLatin1String(uriList), QLatin1String(portalTransfer),
                                      QLatin1String(portalFiles) };
-    return std::any_of(types.begin(), types.end(), [](const QString &type) {
+    return std::ranges::any_of(types, [](const QString &type) {
         return lists.contains(type) || type.startsWith(QLatin1String("image/")) || charsetOf(type)
-            || urlFormOf(type);
+            || urlCharsetOf(type);
     });
 }
 
@@ -227,13 +212,9 @@ QList<QUrl> DropFormats::urls(const QByteArray &list)
 {
     QList<QUrl> found;
     const QByteArrayView all = withoutZeros(list);
-    for (qsizetype from = 0; from < all.size();) {
-        const auto end = std::find_if(all.begin() + from, all.end(),
-                                      [](char c) { return c == '\n' || c == '\r'; });
-        const auto to = end - all.begin();
-        if (const auto url = addressOfLine(all.sliced(from, to - from)))
+    for (const QByteArray &line : all.toByteArray().replace('\r', '\n').split('\n')) {
+        if (const auto url = addressOfLine(line))
             found.append(*url);
-        from = to + 1;
     }
     return found;
 }
@@ -245,7 +226,7 @@ QStringList DropFormats::textTypes(const QStringList &types)
 
 QStringList DropFormats::urlTypes(const QStringList &types)
 {
-    return ranked(types, urlFormOf);
+    return ranked(types, urlCharsetOf);
 }
 
 std::optional<QString> DropFormats::text(const QString &type, const QByteArray &data)
@@ -277,7 +258,7 @@ std::optional<QString> DropFormats::text(const QString &type, const QByteArray &
 std::optional<QUrl> DropFormats::url(const QString &type, const QByteArray &data)
 {
     const QString lines
-        = urlFormOf(type) == UrlForm::Utf16 ? fromUtf16(data) : fromBytes(withoutZeros(data));
+        = urlCharsetOf(type) == Charset::Utf16 ? fromUtf16(data) : fromBytes(withoutZeros(data));
     const QString line = lines.section(QLatin1Char('\n'), 0, 0).remove(QChar::Null);
     return addressOfLine(line.toUtf8());
 }

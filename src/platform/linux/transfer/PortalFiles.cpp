@@ -34,11 +34,6 @@ QDBusMessage call(const QString &method, const QVariantList &arguments)
     return QDBusConnection::sessionBus().call(message, QDBus::Block, callLimit);
 }
 
-bool succeeded(const QDBusMessage &reply)
-{
-    return reply.type() == QDBusMessage::ReplyMessage;
-}
-
 /// The file itself is not opened: an O_PATH descriptor only names it.
 std::optional<QList<QDBusUnixFileDescriptor>> descriptors(const QByteArrayList &paths)
 {
@@ -99,7 +94,7 @@ std::optional<QByteArray> PortalFiles::transfer(const QByteArrayList &paths)
             return std::nullopt;
         const auto reply = call(QStringLiteral("AddFiles"),
                                 { key.value(), QVariant::fromValue(*some), QVariantMap() });
-        if (!succeeded(reply))
+        if (reply.type() != QDBusMessage::ReplyMessage)
             return std::nullopt;
     }
     return key.value().toUtf8();
