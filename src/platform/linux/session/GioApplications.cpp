@@ -7,6 +7,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 
+#include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
 #include <atomic>
@@ -124,22 +125,17 @@ void GioApplications::open(const QList<QUrl> &urls)
 
 void GioApplications::open(const QList<QUrl> &urls, const QString &application)
 {
-    g_autolist(GAppInfo) all = g_app_info_get_all();
-    const QByteArray identifier = application.toUtf8();
-    for (GList *link = all; link != nullptr; link = link->next) {
-        auto *info = static_cast<GAppInfo *>(link->data);
-        if (identifier != g_app_info_get_id(info))
-            continue;
-        QByteArrayList addresses;
-        for (const QUrl &url : urls)
-            addresses.append(url.toEncoded());
-        g_autoptr(GList) list = nullptr;
-        for (QByteArray &address : addresses)
-            list = g_list_append(list, address.data());
-        g_autoptr(GAppLaunchContext) context = newContext(m_userTime());
-        g_app_info_launch_uris(info, list, context, nullptr);
+    g_autoptr(GDesktopAppInfo) info = g_desktop_app_info_new(application.toUtf8().constData());
+    if (!info)
         return;
-    }
+    QByteArrayList addresses;
+    for (const QUrl &url : urls)
+        addresses.append(url.toEncoded());
+    g_autoptr(GList) list = nullptr;
+    for (QByteArray &address : addresses)
+        list = g_list_append(list, address.data());
+    g_autoptr(GAppLaunchContext) context = newContext(m_userTime());
+    g_app_info_launch_uris(G_APP_INFO(info), list, context, nullptr);
 }
 
 QList<OpenWithApp> GioApplications::thatOpen(const QUrl &url, int limit)
