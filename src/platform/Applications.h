@@ -17,20 +17,20 @@ struct OpenWithApp
 };
 
 /// The applications of the desktop. Every call waits for other programs or for
-/// files: worker threads only. What is started comes up in front.
+/// files: worker threads only. What is started comes up in front. By itself it has none.
 class Applications
 {
 public:
     virtual ~Applications() = default;
     /// Opens each by itself in its default application, in order. What has no
     /// application, or fails, is passed over.
-    virtual void open(const QList<QUrl> &urls) = 0;
+    virtual void open(const QList<QUrl> &) { }
     /// Opens all of them together in that application, if it is still there.
-    virtual void open(const QList<QUrl> &urls, const QString &application) = 0;
+    virtual void open(const QList<QUrl> &, const QString & /*application*/) { }
     /// Those that can open it, the default one first; at most that many.
-    virtual QList<OpenWithApp> thatOpen(const QUrl &url, int limit) = 0;
+    virtual QList<OpenWithApp> thatOpen(const QUrl &, int /*limit*/) { return {}; }
     /// All that have a desktop entry, in no order.
-    virtual QList<InstalledApplication> all() = 0;
+    virtual QList<InstalledApplication> all() { return {}; }
     /// Shows the files in the file manager, selected where it can do that.
-    virtual void reveal(const QList<QUrl> &urls) = 0;
+    virtual void reveal(const QList<QUrl> &) { }
 };

@@ -28,6 +28,7 @@
 #include <QFile>
 #include <QWidget>
 
+#include <array>
 #include <cstdlib>
 
 namespace {
@@ -42,16 +43,14 @@ struct LastWork
     ~LastWork()
     {
         bool ended = workers.end();
-        for (FileLanes *each : { &lanes, &pictureLanes, &playerLanes })
+        for (FileLanes *each : lanes)
             ended = each->end() && ended;
         if (!ended)
             std::_Exit(EXIT_SUCCESS);
     }
 
     ThreadWorkers &workers;
-    FileLanes &lanes;
-    FileLanes &pictureLanes;
-    FileLanes &playerLanes;
+    std::array<FileLanes *, 3> lanes;
 };
 
 }
@@ -100,7 +99,7 @@ struct LinuxDesktop::Parts
     ThemeIcons icons { resources + QStringLiteral("/icons"), XSettings::read };
     FileLanes playerLanes;
     FileLanes pictureLanes; // A list of pictures holds up no other look at files.
-    LastWork lastWork { workers, lanes, pictureLanes, playerLanes };
+    LastWork lastWork { workers, { &lanes, &pictureLanes, &playerLanes } };
     DecoderPool pictures { HelperProcess::installedProgram(QStringLiteral("vantle-decoder")),
                            pictureLanes, queue };
     DesktopThumbnails thumbnails { DesktopThumbnails::placesOf(directories), pictures, pictureLanes,

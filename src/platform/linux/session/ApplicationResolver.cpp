@@ -11,11 +11,6 @@
 
 namespace {
 
-QString baseName(const QString &path)
-{
-    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
 /// systemd writes what may not stand in a unit's name as "\x2d".
 QString unescaped(const QString &name)
 {
@@ -29,7 +24,7 @@ bool isInterpreter(const QString &program)
 {
     static const QRegularExpression names(QStringLiteral(
         "^(python|perl|ruby|gjs|node|java|mono|bash|dash|sh)[0-9.]*(-sgen|-console)?$"));
-    return names.match(baseName(program)).hasMatch();
+    return names.match(QFileInfo(program).fileName()).hasMatch();
 }
 
 /// Names under which the entry may know it. A program that a script runs is known

@@ -12,10 +12,7 @@ namespace {
 /// What is no address, or a file of another machine, is left out.
 QList<QUrl> urlsOf(const QVariant &uris)
 {
-    QList<QUrl> urls;
-    for (const QString &uri : uris.toStringList())
-        urls += DropFormats::urls(uri.toUtf8());
-    return urls;
+    return DropFormats::urls(uris.toStringList().join(u'\n').toUtf8());
 }
 
 }

@@ -48,7 +48,6 @@ struct Library
     decltype(&ca_context_create) create = resolve("ca_context_create");
     decltype(&ca_context_destroy) destroy = resolve("ca_context_destroy");
     decltype(&ca_context_change_props) changeProperties = resolve("ca_context_change_props");
-    decltype(&ca_context_open) open = resolve("ca_context_open");
     decltype(&ca_context_play) play = resolve("ca_context_play");
 
 private:
@@ -70,16 +69,13 @@ class Player
 {
 public:
     ~Player() { close(); }
-    Player() = default;
-    Player(const Player &) = delete;
-    Player &operator=(const Player &) = delete;
 
     void play(const QByteArray &path)
     {
         if (m_library.handle == nullptr)
             return;
         if (m_context == nullptr && Clock::now() >= m_nextAttempt)
-            open();
+            makeContext();
         if (m_context != nullptr
             && m_library.play(m_context, 0, CA_PROP_MEDIA_FILENAME, path.constData(),
                               CA_PROP_MEDIA_ROLE, "event", CA_PROP_CANBERRA_CACHE_CONTROL,
@@ -92,7 +88,8 @@ public:
     }
 
 private:
-    void open()
+    /// The first sound opens it.
+    void makeContext()
     {
         if (m_library.create(&m_context) != CA_SUCCESS) {
             m_context = nullptr;
@@ -101,8 +98,6 @@ private:
         m_library.changeProperties(m_context, CA_PROP_APPLICATION_NAME, "Vantle",
                                    CA_PROP_APPLICATION_ID, "app.vantleapp.Vantle",
                                    CA_PROP_APPLICATION_ICON_NAME, "app.vantleapp.Vantle", nullptr);
-        if (m_library.open(m_context) != CA_SUCCESS)
-            close();
     }
 
     void close()

@@ -12,15 +12,10 @@
 
 namespace {
 
-QString baseName(const QString &path)
-{
-    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
-}
-
 /// "env NAME=value program": what runs in the end is the program.
 void skipEnv(QStringList &words)
 {
-    if (words.isEmpty() || baseName(words.first()) != QLatin1String("env"))
+    if (words.isEmpty() || QFileInfo(words.first()).fileName() != QLatin1String("env"))
         return;
     words.removeFirst();
     while (
@@ -47,7 +42,7 @@ QString DesktopEntries::identifierOf(const QString &path) const
     constexpr QLatin1String suffix(".desktop");
     if (!path.endsWith(suffix))
         return {};
-    QString name = baseName(path);
+    QString name = QFileInfo(path).fileName();
     for (const auto &folder : m_folders) {
         if (path.startsWith(folder + QLatin1Char('/'))) {
             name = path.mid(folder.size() + 1);
@@ -92,7 +87,7 @@ int DesktopEntries::likeness(Entry &entry, const QString &program, const QString
                              Names names)
 {
     const QString &known = names == Names::Written ? entry.program : executableOf(entry);
-    if (baseName(program) != baseName(known))
+    if (QFileInfo(program).fileName() != QFileInfo(known).fileName())
         return 0;
     const auto given
         = std::count_if(entry.arguments.begin(), entry.arguments.end(),

@@ -5,19 +5,6 @@
 #include <cstdio>
 #include <utility>
 
-namespace {
-
-class NoApplications final : public Applications
-{
-    void open(const QList<QUrl> &) override { }
-    void open(const QList<QUrl> &, const QString &) override { }
-    QList<OpenWithApp> thatOpen(const QUrl &, int) override { return {}; }
-    QList<InstalledApplication> all() override { return {}; }
-    void reveal(const QList<QUrl> &) override { }
-};
-
-}
-
 LateApplications::LateApplications(QString module, std::function<quint32()> userTime)
     : m_module(std::move(module))
     , m_userTime(std::move(userTime))
@@ -33,33 +20,8 @@ Applications &LateApplications::loaded()
             m_applications.reset(make(m_userTime));
         } else {
             std::fprintf(stderr, "Vantle: %s\n", qPrintable(module.errorString()));
-            m_applications = std::make_unique<NoApplications>();
+            m_applications = std::make_unique<Applications>();
         }
     });
     return *m_applications;
-}
-
-void LateApplications::open(const QList<QUrl> &urls)
-{
-    loaded().open(urls);
-}
-
-void LateApplications::open(const QList<QUrl> &urls, const QString &application)
-{
-    loaded().open(urls, application);
-}
-
-QList<OpenWithApp> LateApplications::thatOpen(const QUrl &url, int limit)
-{
-    return loaded().thatOpen(url, limit);
-}
-
-QList<InstalledApplication> LateApplications::all()
-{
-    return loaded().all();
-}
-
-void LateApplications::reveal(const QList<QUrl> &urls)
-{
-    loaded().reveal(urls);
 }

@@ -16,11 +16,17 @@ public:
     /// window system's time, told to what is started, because window managers keep behind
     /// what does not know it. Called on any thread.
     LateApplications(QString module, std::function<quint32()> userTime);
-    void open(const QList<QUrl> &urls) override;
-    void open(const QList<QUrl> &urls, const QString &application) override;
-    QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override;
-    QList<InstalledApplication> all() override;
-    void reveal(const QList<QUrl> &urls) override;
+    void open(const QList<QUrl> &urls) override { loaded().open(urls); }
+    void open(const QList<QUrl> &urls, const QString &application) override
+    {
+        loaded().open(urls, application);
+    }
+    QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override
+    {
+        return loaded().thatOpen(url, limit);
+    }
+    QList<InstalledApplication> all() override { return loaded().all(); }
+    void reveal(const QList<QUrl> &urls) override { loaded().reveal(urls); }
 
 private:
     Applications &loaded();

@@ -6,7 +6,6 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QPointer>
@@ -116,14 +115,10 @@ void LinuxLook::start()
     if (!hasThemeOfItsOwn())
         m_colours = DesktopLook::Colours::Ours;
     m_manager.start();
-    if (QDBusConnection::sessionBus().isConnected())
-        watchPortal();
     update();
-}
-
-void LinuxLook::watchPortal()
-{
     QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
     auto *watcher
         = new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &LinuxLook::askPortal);
@@ -138,19 +133,14 @@ void LinuxLook::askPortal()
     auto message
         = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
     message << spaces();
-    m_question
-        = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(message), this);
-    connect(m_question, &QDBusPendingCallWatcher::finished, this,
-            [this](QDBusPendingCallWatcher *call) {
-                if (call == m_question)
-                    takePortal(call->reply());
-                call->deleteLater();
-            });
+    m_question = std::make_unique<QDBusPendingCallWatcher>(
+        QDBusConnection::sessionBus().asyncCall(message));
+    connect(m_question.get(), &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher *call) { takePortal(call->reply()); });
 }
 
 void LinuxLook::takePortal(const QDBusMessage &reply)
 {
-    m_question = nullptr;
     if (reply.type() != QDBusMessage::ReplyMessage
         || reply.signature() != QLatin1String("a{sa{sv}}"))
         return;

@@ -4,14 +4,16 @@
 #include "platform/DesktopLook.h"
 #include "platform/linux/session/WindowSystem.h"
 
+#include <QDBusPendingCallWatcher>
 #include <QHash>
 #include <QObject>
 #include <QString>
 #include <QVariant>
 
+#include <memory>
+
 class MainQueue;
 class QDBusMessage;
-class QDBusPendingCallWatcher;
 
 /// What the several places say in which a Linux desktop keeps its look.
 struct LookSources
@@ -41,13 +43,12 @@ public:
 private:
     Q_SLOT void settingChanged(const QDBusMessage &signal);
     void start();
-    void watchPortal();
     void askPortal();
     void takePortal(const QDBusMessage &reply);
     void update();
 
     LookSources m_sources;
     SettingsManager &m_manager;
-    QDBusPendingCallWatcher *m_question = nullptr; // The latest.
+    std::unique_ptr<QDBusPendingCallWatcher> m_question; // The latest; others are dropped.
     DesktopLook::Colours m_colours = DesktopLook::Colours::Toolkit;
 };

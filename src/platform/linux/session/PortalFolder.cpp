@@ -23,8 +23,7 @@ void PortalFolder::ask(const QDBusConnection &bus, QWidget &window, const QStrin
 {
     if (window.findChild<PortalFolder *>())
         return;
-    auto *question = new PortalFolder(bus, window, std::move(chosen), std::move(unavailable));
-    question->call(handle, title);
+    (new PortalFolder(bus, window, std::move(chosen), std::move(unavailable)))->call(handle, title);
 }
 
 PortalFolder::PortalFolder(QDBusConnection bus, QWidget &window,

@@ -69,14 +69,14 @@ QByteArray told(const Directories &directories, const QStringList &desktops)
 
 QByteArray screenshotFolder(const Directories &directories, const QStringList &desktops)
 {
+    const bool gnome = desktops.contains(QLatin1String("GNOME"));
     QByteArray folder = told(directories, desktops);
-    if (folder.isEmpty() && !desktops.contains(QLatin1String("GNOME")))
+    if (folder.isEmpty() && !gnome)
         folder = firstOf({ keyFileGroup(directories.config + "/flameshot/flameshot.ini", "General")
                                .value("savePath") },
                          directories.home);
     if (!folder.isEmpty())
         return folder;
-    const bool gnome = desktops.contains(QLatin1String("GNOME"));
     return directories.pictures + '/'
         + QByteArray(gnome ? ::dgettext("gnome-shell", "Screenshots") : "Screenshots");
 }

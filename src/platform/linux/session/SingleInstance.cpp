@@ -11,7 +11,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -46,51 +45,34 @@ SingleInstance::~SingleInstance()
 {
     if (m_service)
         busNamed(m_connection).unregisterObject(objectPath);
-    if (m_lock >= 0)
-        ::close(m_lock);
 }
 
 SingleInstance::Result SingleInstance::acquire(const QList<QUrl> &files)
 {
     const bool canAsk = busNamed(m_connection).isConnected();
     const QDeadlineTimer deadline(canAsk ? startLimit : endLimit);
-    HandOver last = HandOver::NobodyThere;
     for (;;) {
-        if (lock() != Lock::Others)
-            return becomeFirst(files);
-        last = handOver(files);
+        const bool held = isHeldByOthers();
+        // The name decides where there is no lock, as in a home folder that is read-only.
+        // Without a bus nobody can be asked, and the lock alone has decided.
+        if (!held && (!canAsk || serve()))
+            return Result::First;
+        const HandOver last = handOver(files);
         if (last == HandOver::Done)
             return Result::HandedOver;
-        if (deadline.hasExpired())
-            break;
+        if (!held && last == HandOver::NobodyThere)
+            return Result::First; // The bus refused the name, but nobody else has it.
+        if (!held || deadline.hasExpired()) {
+            const bool hangs = last == HandOver::NoAnswer;
+            std::fputs(hangs ? "Vantle is already running, but does not answer.\n"
+                             : "Vantle is already running in another session of this user.\n",
+                       stderr);
+            return hangs ? Result::NoAnswer : Result::HeldElsewhere;
+        }
         // The holder of the lock has no name yet, or is just ending. One that hangs
         // has used up the time with its first answer that did not come.
         std::this_thread::sleep_for(retryPause);
     }
-
-    std::fputs(last == HandOver::NoAnswer
-                   ? "Vantle is already running, but does not answer.\n"
-                   : "Vantle is already running in another session of this user.\n",
-               stderr);
-    return last == HandOver::NoAnswer ? Result::NoAnswer : Result::HeldElsewhere;
-}
-
-/// The name decides where there is no lock, as in a home folder that is read-only.
-/// Without a bus nobody can be asked, and the lock alone has decided.
-SingleInstance::Result SingleInstance::becomeFirst(const QList<QUrl> &files)
-{
-    if (!busNamed(m_connection).isConnected() || serve())
-        return Result::First;
-    switch (handOver(files)) {
-    case HandOver::Done:
-        return Result::HandedOver;
-    case HandOver::NobodyThere:
-        return Result::First; // The bus refused the name, but nobody else has it.
-    case HandOver::NoAnswer:
-        break;
-    }
-    std::fputs("Vantle is already running, but does not answer.\n", stderr);
-    return Result::NoAnswer;
 }
 
 void SingleInstance::deliverTo(ServiceRequests requests)
@@ -99,17 +81,15 @@ void SingleInstance::deliverTo(ServiceRequests requests)
         m_service->deliverTo(std::move(requests));
 }
 
-SingleInstance::Lock SingleInstance::lock()
+/// Takes the lock where it can be had.
+bool SingleInstance::isHeldByOthers()
 {
-    if (m_lock < 0 && NativeFile::makeFolder(m_folder)) {
+    if (!m_lock && NativeFile::makeFolder(m_folder)) {
         const QByteArray path = m_folder + "/lock";
-        m_lock = ::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+        m_lock
+            = Descriptor(::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     }
-    if (m_lock < 0)
-        return Lock::Impossible;
-    if (::flock(m_lock, LOCK_EX | LOCK_NB) == 0)
-        return Lock::Ours;
-    return errno == EWOULDBLOCK ? Lock::Others : Lock::Impossible;
+    return m_lock && ::flock(m_lock.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
 /// Takes the name; the object is there before it, so that no request is lost.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -28,8 +30,6 @@ public:
     /// not the session's.
     explicit SingleInstance(const QByteArray &stateFolder, QString connection = {});
     ~SingleInstance();
-    SingleInstance(const SingleInstance &) = delete;
-    SingleInstance &operator=(const SingleInstance &) = delete;
 
     /// To be called before anything else touches a file. Waits for the bus and
     /// for a first process that is just starting, 2 seconds at most for each.
@@ -39,16 +39,14 @@ public:
     void deliverTo(ServiceRequests requests);
 
 private:
-    enum class Lock { Ours, Others, Impossible };
     enum class HandOver { Done, NobodyThere, NoAnswer };
 
-    Lock lock();
-    Result becomeFirst(const QList<QUrl> &files);
+    bool isHeldByOthers();
     bool serve();
     HandOver handOver(const QList<QUrl> &files) const;
 
     QByteArray m_folder;
     QString m_connection;
-    int m_lock = -1;
+    Descriptor m_lock;
     std::unique_ptr<ApplicationService> m_service;
 };

@@ -1,13 +1,26 @@
 #include "platform/linux/session/TrayItem.h"
 
 #include <QAction>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QMenu>
 #include <QPixmap>
 
 #include <array>
+#include <limits>
 #include <utility>
 
 namespace {
+
+const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+/// The answer to a question that nobody waits for may take its time. A watcher
+/// that hangs must not be taken for none: the toolkit would ask it again, and
+/// wait. One that dies answers through the bus.
+constexpr int noLimit = std::numeric_limits<int>::max(); // Milliseconds.
 
 /// Many panels are both kinds of tray and start with the poorer one.
 constexpr double notifierGrace = 1; // Seconds.
@@ -41,13 +54,50 @@ QString trayLabel(const QString &title, TrayKind kind)
 
 TrayItem::TrayItem(MainQueue &queue, EmbeddingTray &tray)
     : m_queue(queue)
-    , m_hosts(tray)
+    , m_tray(tray)
 {
-    m_hosts.onChange = [this] { update(); };
-    update();
+    m_tray.onChange = [this] { update(); };
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected()) {
+        auto *watcher = new QDBusServiceWatcher(watcherName, bus,
+                                                QDBusServiceWatcher::WatchForOwnerChange, this);
+        connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+                &TrayItem::askNotifierWatcher);
+        // From any sender: naming the service would make the bus library look up its owner first.
+        for (const char *signal :
+             { "StatusNotifierHostRegistered", "StatusNotifierHostUnregistered" })
+            bus.connect(QString(), watcherPath, watcherName, QLatin1String(signal), this,
+                        SLOT(askNotifierWatcher()));
+        askNotifierWatcher();
+    } else {
+        m_settled = true;
+        update();
+    }
 }
 
-TrayItem::~TrayItem() = default;
+TrayItem::~TrayItem()
+{
+    m_tray.onChange = nullptr;
+}
+
+/// A watcher without a host would accept an item that nobody shows.
+void TrayItem::askNotifierWatcher()
+{
+    auto message = QDBusMessage::createMethodCall(watcherName, watcherPath,
+                                                  QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                  QStringLiteral("Get"));
+    message.setAutoStartService(false);
+    message << watcherName << QStringLiteral("IsStatusNotifierHostRegistered");
+    m_question = std::make_unique<QDBusPendingCallWatcher>(
+        QDBusConnection::sessionBus().asyncCall(message, noLimit));
+    connect(m_question.get(), &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher *call) {
+                const QDBusPendingReply<QDBusVariant> reply = *call;
+                m_notifierHost = !reply.isError() && reply.value().variant().toBool();
+                m_settled = true;
+                update();
+            });
+}
 
 void TrayItem::setImage(const QIcon &image, const QString &description)
 {
@@ -68,17 +118,17 @@ void TrayItem::setMenu(const QList<MenuEntry> &entries)
 
 bool TrayItem::isShown() const
 {
-    return m_icon && (m_hosts.hasNotifierHost() || m_hosts.hasTrayManager());
+    return m_icon && (m_notifierHost || m_tray.isThere());
 }
 
 void TrayItem::update()
 {
-    if (m_icon || !m_hosts.isSettled())
+    if (m_icon || !m_settled)
         return;
     const bool wait = !std::exchange(m_startingUp, false);
-    if (m_hosts.hasNotifierHost()) {
+    if (m_notifierHost) {
         appear(TrayKind::Notifier);
-    } else if (!m_hosts.hasTrayManager()) {
+    } else if (!m_tray.isThere()) {
         m_grace.reset();
     } else if (!wait) {
         appear(TrayKind::Embedded);

@@ -37,11 +37,6 @@ QByteArray execArgument(const QByteArray &path)
     return escapedValue(quoted + '"');
 }
 
-QString lastError()
-{
-    return QString::fromStdString(std::system_category().message(errno));
-}
-
 }
 
 XdgAutostart::XdgAutostart(const QByteArray &configFolder, QByteArray executable)
@@ -60,14 +55,12 @@ bool XdgAutostart::enabled() const
 
 std::optional<QString> XdgAutostart::setEnabled(bool enabled)
 {
-    if (!enabled) {
-        if (::unlink(m_path.constData()) == 0 || errno == ENOENT)
-            return {};
-        return lastError();
-    }
-    if (NativeFile::makeFolder(m_folder) && AtomicFile::write(m_path, entry()))
+    const bool done = enabled
+        ? NativeFile::makeFolder(m_folder) && AtomicFile::write(m_path, entry())
+        : ::unlink(m_path.constData()) == 0 || errno == ENOENT;
+    if (done)
         return {};
-    return lastError();
+    return QString::fromStdString(std::system_category().message(errno));
 }
 
 QByteArray XdgAutostart::entry() const

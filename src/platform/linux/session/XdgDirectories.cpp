@@ -1,8 +1,6 @@
 #include "platform/linux/session/XdgDirectories.h"
 
-#include "base/NativeFile.h"
-
-#include <QHash>
+#include "platform/linux/session/KeyFile.h"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -52,19 +50,15 @@ QByteArray unquoted(const QByteArray &text)
 /// itself means that there is none; the last line counts.
 QHash<QByteArray, QByteArray> userFolders(const QByteArray &config, const QByteArray &home)
 {
-    const auto content = NativeFile::read(config + "/user-dirs.dirs");
-    QHash<QByteArray, QByteArray> result;
-    for (const QByteArray &line : content.bytes.value_or(QByteArray()).split('\n')) {
-        const auto equals = line.indexOf('=');
-        if (equals < 0 || line.trimmed().startsWith('#'))
-            continue;
-        QByteArray path = unquoted(line.mid(equals + 1).trimmed());
+    auto result = keyFileGroup(config + "/user-dirs.dirs", "");
+    for (QByteArray &path : result) {
+        path = unquoted(path);
         if (path == "$HOME" || path.startsWith("$HOME/"))
             path.replace(0, 5, home);
-        if (path.startsWith('/'))
-            result.insert(line.left(equals).trimmed(), withoutSlash(path));
+        path = withoutSlash(path);
     }
-    result.removeIf([&](const auto &entry) { return entry.value() == home; });
+    result.removeIf(
+        [&](const auto &entry) { return !entry.value().startsWith('/') || entry.value() == home; });
     return result;
 }
 
