@@ -1,6 +1,7 @@
 #include "base/FilePath.h"
 
 #include <QByteArrayList>
+#include <QMimeDatabase>
 #include <QSysInfo>
 
 #include <cerrno>
@@ -104,6 +105,12 @@ bool FilePath::isBelow(const QByteArray &path, const QByteArray &folder)
 QString FilePath::display(const QByteArray &path)
 {
     return QString::fromUtf8(path);
+}
+
+QMimeType FilePath::typeByName(const QByteArray &path)
+{
+    return QMimeDatabase().mimeTypeForFile(display(lastComponent(path)),
+                                           QMimeDatabase::MatchExtension);
 }
 
 bool FilePath::exists(const QByteArray &path)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMimeType>
 #include <QString>
 #include <QUrl>
 
@@ -36,6 +37,9 @@ bool isBelow(const QByteArray &path, const QByteArray &folder);
 
 /// For people: UTF-8, with U+FFFD for bytes that are none.
 QString display(const QByteArray &path);
+
+/// By the name alone, as nothing may wait for the disk or trust what stands there.
+QMimeType typeByName(const QByteArray &path);
 
 /// Whether something has this name. A link counts, wherever it points, and so
 /// does what cannot be told (no permission to look, a failing disk): only a name

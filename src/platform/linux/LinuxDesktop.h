@@ -22,8 +22,6 @@ public:
     LinuxDesktop(const Directories &directories, const QString &resources,
                  const QByteArray &textFolder);
     ~LinuxDesktop();
-    LinuxDesktop(const LinuxDesktop &) = delete;
-    LinuxDesktop &operator=(const LinuxDesktop &) = delete;
 
     /// Valid as long as this object is.
     Desktop interfaces();

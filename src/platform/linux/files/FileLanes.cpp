@@ -9,7 +9,6 @@
 
 #include <map>
 #include <mutex>
-#include <utility>
 
 namespace {
 

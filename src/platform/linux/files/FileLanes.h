@@ -40,10 +40,10 @@ public:
                 auto result = look();
                 if (alive.expired()) // It may have hung until then.
                     return;
-                queue.post([alive, result = std::move(result), then = std::move(then)]() mutable {
-                    if (alive.lock())
-                        then(std::move(result));
-                });
+                queue.postFor(alive,
+                              [result = std::move(result), then = std::move(then)]() mutable {
+                                  then(std::move(result));
+                              });
             });
     }
 

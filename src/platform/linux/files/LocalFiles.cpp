@@ -1,5 +1,6 @@
 #include "platform/linux/files/LocalFiles.h"
 
+#include "base/DetachedThread.h"
 #include "base/FilePath.h"
 
 #include <QStringList>
@@ -11,8 +12,6 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <system_error>
-#include <thread>
 
 namespace {
 
@@ -70,19 +69,17 @@ QList<QUrl> LocalFiles::examined(const QList<QUrl> &urls, std::chrono::milliseco
         QList<QUrl> done;
     };
     auto look = std::make_shared<Look>();
-    try {
-        std::thread([look, urls] {
-            for (const QUrl &url : urls) {
-                const QUrl known = withSlashOfKind(isRemote(url) ? mounted(url) : url);
-                const std::lock_guard guard(look->mutex);
-                look->done.append(known);
-                if (look->done.size() == urls.size())
-                    look->changed.notify_all();
-            }
-        }).detach();
-    } catch (const std::system_error &) { // No thread is to be had.
+    const bool begun = startDetached([look, urls] {
+        for (const QUrl &url : urls) {
+            const QUrl known = withSlashOfKind(isRemote(url) ? mounted(url) : url);
+            const std::lock_guard guard(look->mutex);
+            look->done.append(known);
+            if (look->done.size() == urls.size())
+                look->changed.notify_all();
+        }
+    });
+    if (!begun)
         return urls;
-    }
     std::unique_lock lock(look->mutex);
     look->changed.wait_for(lock, limit, [&] { return look->done.size() == urls.size(); });
     return look->done + urls.mid(look->done.size());

@@ -1,9 +1,9 @@
 #include "platform/linux/files/OutsideSearches.h"
 
+#include "base/DetachedThread.h"
 #include "platform/linux/files/LocalFolder.h"
 
 #include <algorithm>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -77,13 +77,11 @@ void OutsideSearches::start(const Volume &volume, const std::shared_ptr<const Mo
         return;
     if (m_kept.size() > mostKept)
         m_kept.clear();
-    try {
-        std::thread([self = shared_from_this(), volume, mounts, wanted, first] {
-            self->search(volume, *mounts, wanted, first);
-        }).detach();
+    const auto work = [self = shared_from_this(), volume, mounts, wanted, first] {
+        self->search(volume, *mounts, wanted, first);
+    };
+    if (startDetached(work)) // Else the next check tries again.
         m_running.insert(volume.device);
-    } catch (const std::system_error &) { // No thread to be had; the next check tries again.
-    }
 }
 
 void OutsideSearches::search(const Volume &volume, const Mounts &mounts, QList<FileIdentity> wanted,

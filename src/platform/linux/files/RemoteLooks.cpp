@@ -1,11 +1,10 @@
 #include "platform/linux/files/RemoteLooks.h"
 
+#include "base/DetachedThread.h"
 #include "platform/linux/files/InodeSearch.h"
 #include "platform/linux/files/Volumes.h"
 
 #include <condition_variable>
-#include <system_error>
-#include <thread>
 
 struct RemoteLooks::Job
 {
@@ -36,11 +35,8 @@ std::shared_ptr<RemoteLooks::Job> RemoteLooks::start(const QByteArray &mountPoin
         start = last->next % tasks.size();
     }
     const std::shared_ptr<Job> job(new Job { tasks, {}, {}, {}, 0, false, false });
-    try {
-        std::thread(work, job, m_look, start).detach();
-    } catch (const std::system_error &) {
-        return nullptr; // No thread to be had.
-    }
+    if (!startDetached([job, look = m_look, start] { work(job, look, start); }))
+        return nullptr;
     return last = job;
 }
 

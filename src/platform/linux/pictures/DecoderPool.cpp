@@ -176,10 +176,7 @@ Ticket DecoderPool::ask(Work work)
                                             [](const WorkPointer &each) { return each->urgency; });
     m_work.insert(firstRow, std::make_shared<Work>(std::move(work)));
     m_rest.reset();
-    m_queue.post([this, alive = std::weak_ptr(m_alive)] {
-        if (alive.lock())
-            advance();
-    });
+    m_queue.postFor(m_alive, [this] { advance(); });
     return ticket;
 }
 
@@ -277,9 +274,9 @@ void DecoderPool::begin(const WorkerPointer &worker, const WorkPointer &work)
 /// long, its result may come at the last moment.
 void DecoderPool::loseSoon(const std::weak_ptr<Worker> &worker, const WorkPointer &tooLong)
 {
-    m_queue.post([this, worker, tooLong, alive = std::weak_ptr(m_alive)] {
+    m_queue.postFor(m_alive, [this, worker, tooLong] {
         const auto gone = worker.lock();
-        if (gone && alive.lock() && (!tooLong || gone->work == tooLong))
+        if (gone && (!tooLong || gone->work == tooLong))
             lost(gone);
     });
 }

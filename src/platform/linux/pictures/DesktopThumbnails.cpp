@@ -5,19 +5,10 @@
 #include "platform/linux/files/FileLanes.h"
 #include "platform/linux/pictures/HelperProcess.h"
 
-#include <QMimeDatabase>
-
 #include <algorithm>
 #include <utility>
 
 namespace {
-
-/// By the name alone.
-QMimeType typeOf(const QByteArray &path)
-{
-    return QMimeDatabase().mimeTypeForFile(FilePath::display(FilePath::lastComponent(path)),
-                                           QMimeDatabase::MatchExtension);
-}
 
 QImage fitted(const QImage &image, int edge)
 {
@@ -48,7 +39,7 @@ Looked lookedAt(const QByteArray &path, int wanted, const ThumbnailFiles &files,
         return looked;
     if (files.hasFailed(*looked.subject))
         return {};
-    const QMimeType type = typeOf(path);
+    const QMimeType type = FilePath::typeByName(path);
     looked.isDocument = type.inherits(QStringLiteral("application/pdf"));
     QByteArrayList names { type.name().toUtf8() };
     for (const QString &alias : type.aliases())
@@ -176,8 +167,11 @@ void DesktopThumbnails::made(const WorkPointer &work, const QImage &image)
             return fitted(image, wanted);
         },
         [weak = std::weak_ptr(work)](const QImage &shown) {
-            if (const auto asked = weak.lock())
-                asked->update(Representation::Thumbnail, shown, asked->looked.subject->version);
+            const auto asked = weak.lock();
+            if (!asked)
+                return;
+            asked->step.reset(); // With the thumbnailer's file.
+            asked->update(Representation::Thumbnail, shown, asked->looked.subject->version);
         });
 }
 

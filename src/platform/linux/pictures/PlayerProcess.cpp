@@ -59,16 +59,6 @@ void PlayerProcess::tell(const Command &command)
         m_process->give(DecoderProtocol::encode(command));
 }
 
-void PlayerProcess::play()
-{
-    tell({ Command::Kind::Play, 0, {} });
-}
-
-void PlayerProcess::pause()
-{
-    tell({ Command::Kind::Pause, 0, {} });
-}
-
 void PlayerProcess::seek(double seconds)
 {
     tell({ Command::Kind::Seek, static_cast<qint32>(seconds * 1000), {} });
@@ -109,8 +99,8 @@ bool PlayerProcess::hear(const QByteArray &message)
 /// Not at once: the process is still telling, and may go with who hears of it.
 void PlayerProcess::fail()
 {
-    m_queue.post([this, alive = std::weak_ptr(m_alive)] {
-        if (!alive.lock() || !onFailed)
+    m_queue.postFor(m_alive, [this] {
+        if (!onFailed)
             return;
         m_process.reset();
         std::exchange(onFailed, nullptr)();

@@ -22,8 +22,8 @@ public:
     PlayerProcess(QString program, const QUrl &url, FileLanes &lanes, MainQueue &queue);
     ~PlayerProcess() override;
 
-    void play() override;
-    void pause() override;
+    void play() override { tell({ Command::Kind::Play, 0, {} }); }
+    void pause() override { tell({ Command::Kind::Pause, 0, {} }); }
     void seek(double seconds) override;
     void setRoom(const QSize &room) override;
 

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QImage>
-#include <QString>
 
 #include <optional>
 

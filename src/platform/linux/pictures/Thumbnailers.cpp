@@ -155,29 +155,19 @@ void Thumbnailers::begin(const std::shared_ptr<Run> &run)
     const auto weak = std::weak_ptr(run);
     const auto soon
         = [this, weak, &queue = m_queue, alive = std::weak_ptr(m_alive)](bool succeeded) {
-              queue.post([this, weak, succeeded, alive] {
-                  const auto ended = weak.lock();
-                  if (ended && alive.lock())
+              queue.postFor(alive, [this, weak, succeeded] {
+                  if (const auto ended = weak.lock())
                       end(ended, succeeded);
               });
           };
     run->dropped = [this, &queue = m_queue, alive = std::weak_ptr(m_alive)] {
         if (!alive.expired())
-            queue.post([this, alive] {
-                if (alive.lock())
-                    next();
-            });
+            queue.postFor(alive, [this] { next(); });
     };
     QByteArray folder = QFile::encodeName(QDir::tempPath()) + "/vantle-thumbnail-XXXXXX";
     if (::mkdtemp(folder.data()) == nullptr)
         return soon(false);
     run->folder = folder;
-    start(run, soon);
-}
-
-void Thumbnailers::start(const std::shared_ptr<Run> &run, const std::function<void(bool)> &ended)
-{
-    const QByteArray &folder = run->folder;
     QStringList arguments { QFile::decodeName(run->job.input), QFile::decodeName(folder),
                             QFile::decodeName(run->job.command.constFirst()) };
     for (const QByteArray &word : run->job.command.mid(1))
@@ -190,10 +180,10 @@ void Thumbnailers::start(const std::shared_ptr<Run> &run, const std::function<vo
     process.setWorkingDirectory(QFile::decodeName(folder));
     process.setChildProcessModifier([] { ::setsid(); }); // One group, which ends as one.
     QObject::connect(&process, &QProcess::finished, &process,
-                     [ended](int code) { ended(code == 0); });
+                     [soon](int code) { soon(code == 0); });
     QObject::connect(&process, &QProcess::errorOccurred, &process,
-                     [ended](QProcess::ProcessError) { ended(false); });
-    run->limit = m_queue.after(longestRun, [ended] { ended(false); });
+                     [soon](QProcess::ProcessError) { soon(false); });
+    run->limit = m_queue.after(longestRun, [soon] { soon(false); });
     process.start(m_confined, arguments);
     run->group = process.processId();
 }

@@ -48,7 +48,6 @@ private:
     struct Run;
     void next();
     void begin(const std::shared_ptr<Run> &run);
-    void start(const std::shared_ptr<Run> &run, const std::function<void(bool)> &ended);
     void end(const std::shared_ptr<Run> &run, bool succeeded);
 
     const QByteArrayList m_dataFolders;

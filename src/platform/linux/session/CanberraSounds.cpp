@@ -21,15 +21,9 @@ constexpr std::chrono::seconds serverPause(30); // Before a server that failed i
 
 const char *fileName(Sound sound)
 {
-    switch (sound) {
-    case Sound::Pop:
-        return "/pop.wav";
-    case Sound::Tink:
-        return "/tink.wav";
-    case Sound::Beep:
-        break;
-    }
-    return "/beep.wav";
+    if (sound == Sound::Beep)
+        return "/beep.wav";
+    return sound == Sound::Pop ? "/pop.wav" : "/tink.wav";
 }
 
 /// A desktop that says nothing about event sounds has them on.
@@ -68,46 +62,38 @@ private:
 class Player
 {
 public:
-    ~Player() { close(); }
-
     void play(const QByteArray &path)
     {
-        if (m_library.handle == nullptr)
+        if (m_library.handle == nullptr || Clock::now() < m_nextAttempt)
             return;
-        if (m_context == nullptr && Clock::now() >= m_nextAttempt)
+        if (!m_context)
             makeContext();
-        if (m_context != nullptr
-            && m_library.play(m_context, 0, CA_PROP_MEDIA_FILENAME, path.constData(),
+        if (m_context
+            && m_library.play(m_context.get(), 0, CA_PROP_MEDIA_FILENAME, path.constData(),
                               CA_PROP_MEDIA_ROLE, "event", CA_PROP_CANBERRA_CACHE_CONTROL,
                               "volatile", nullptr)
                 == CA_SUCCESS)
             return;
-        close();
-        if (Clock::now() >= m_nextAttempt)
-            m_nextAttempt = Clock::now() + serverPause;
+        m_context.reset();
+        m_nextAttempt = Clock::now() + serverPause;
     }
 
 private:
-    /// The first sound opens it.
+    /// The first sound connects it.
     void makeContext()
     {
-        if (m_library.create(&m_context) != CA_SUCCESS) {
-            m_context = nullptr;
+        ca_context *made = nullptr;
+        if (m_library.create(&made) != CA_SUCCESS)
             return;
-        }
-        m_library.changeProperties(m_context, CA_PROP_APPLICATION_NAME, "Vantle",
-                                   CA_PROP_APPLICATION_ID, "app.vantleapp.Vantle",
-                                   CA_PROP_APPLICATION_ICON_NAME, "app.vantleapp.Vantle", nullptr);
-    }
-
-    void close()
-    {
-        if (m_context != nullptr)
-            m_library.destroy(std::exchange(m_context, nullptr));
+        m_context.reset(made);
+        m_library.changeProperties(made, CA_PROP_APPLICATION_NAME, "Vantle", CA_PROP_APPLICATION_ID,
+                                   "app.vantleapp.Vantle", CA_PROP_APPLICATION_ICON_NAME,
+                                   "app.vantleapp.Vantle", nullptr);
     }
 
     Library m_library;
-    ca_context *m_context = nullptr;
+    std::unique_ptr<ca_context, decltype(&ca_context_destroy)> m_context { nullptr,
+                                                                           m_library.destroy };
     Clock::time_point m_nextAttempt = Clock::time_point::min();
 };
 

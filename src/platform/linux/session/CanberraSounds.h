@@ -16,8 +16,6 @@ public:
     /// The folder holds "pop.wav", "tink.wav" and "beep.wav".
     CanberraSounds(QByteArray folder, ReadSettings readSettings);
     ~CanberraSounds() override;
-    CanberraSounds(const CanberraSounds &) = delete;
-    CanberraSounds &operator=(const CanberraSounds &) = delete;
 
     void play(Sound sound) override;
 

@@ -59,26 +59,20 @@ QString DesktopEntries::matching(const QStringList &programs, const QStringList 
     // What the entries' programs really are is a look at the disk for each of them.
     for (const auto names : { Names::Written, Names::Real }) {
         for (const auto &program : programs) {
-            QString identifier = bestMatch(program, arguments, names);
-            if (!identifier.isEmpty())
+            int best = 0;
+            QString identifier;
+            for (auto &entry : m_entries) {
+                const int like = likeness(entry, program, arguments, names);
+                if (like <= best)
+                    continue;
+                best = like;
+                identifier = entry.identifier;
+            }
+            if (best > 0)
                 return identifier;
         }
     }
     return {};
-}
-
-QString DesktopEntries::bestMatch(const QString &program, const QStringList &arguments, Names names)
-{
-    int best = 0;
-    QString identifier;
-    for (auto &entry : m_entries) {
-        const int like = likeness(entry, program, arguments, names);
-        if (like > best) {
-            best = like;
-            identifier = entry.identifier;
-        }
-    }
-    return identifier;
 }
 
 /// 0 for another program's entry. One program may have several entries, which
@@ -89,9 +83,8 @@ int DesktopEntries::likeness(Entry &entry, const QString &program, const QString
     const QString &known = names == Names::Written ? entry.program : executableOf(entry);
     if (QFileInfo(program).fileName() != QFileInfo(known).fileName())
         return 0;
-    const auto given
-        = std::count_if(entry.arguments.begin(), entry.arguments.end(),
-                        [&](const QString &argument) { return arguments.contains(argument); });
+    const auto given = std::ranges::count_if(
+        entry.arguments, [&](const QString &argument) { return arguments.contains(argument); });
     const bool isSameFile = program == entry.program || program == executableOf(entry);
     return 1 + (entry.isInMenus ? 1 : 0) + 2 * static_cast<int>(std::min<qsizetype>(given, 9))
         + (isSameFile ? 20 : 0) + (given == entry.arguments.size() ? 40 : 0);

@@ -39,7 +39,6 @@ private:
     void readFolder(const QString &folder, const QString &prefix);
     void readEntry(const QString &path, const QString &identifier);
     enum class Names { Written, Real };
-    QString bestMatch(const QString &program, const QStringList &arguments, Names names);
     static int likeness(Entry &entry, const QString &program, const QStringList &arguments,
                         Names names);
     static const QString &executableOf(Entry &entry);

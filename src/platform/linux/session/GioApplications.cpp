@@ -74,17 +74,11 @@ QByteArray contentType(const QUrl &url)
 
 OpenWithApp described(GAppInfo *info)
 {
-    GIcon *icon = g_app_info_get_icon(info); // A name of a theme or a file, as entries have it.
-    QString picture;
-    if (icon != nullptr && G_IS_THEMED_ICON(icon))
-        picture = QString::fromUtf8(g_themed_icon_get_names(G_THEMED_ICON(icon))[0]);
-    g_autofree char *path = icon != nullptr && G_IS_FILE_ICON(icon)
-        ? g_file_get_path(g_file_icon_get_file(G_FILE_ICON(icon)))
-        : nullptr;
-    if (path)
-        picture = QString::fromUtf8(path);
+    GIcon *icon = g_app_info_get_icon(info);
+    // A name of a theme or the path of a file, as entries have it.
+    g_autofree char *picture = icon ? g_icon_to_string(icon) : nullptr;
     return { QString::fromUtf8(g_app_info_get_id(info)),
-             QString::fromUtf8(g_app_info_get_display_name(info)), picture };
+             QString::fromUtf8(g_app_info_get_display_name(info)), QString::fromUtf8(picture) };
 }
 
 bool takesFiles(GAppInfo *info)

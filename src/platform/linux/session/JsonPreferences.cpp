@@ -29,12 +29,8 @@ JsonPreferences::JsonPreferences(const QByteArray &configFolder)
     , m_path(m_folder + "/preferences.json")
 {
     const auto content = NativeFile::read(m_path);
-    if (!content.bytes) {
-        m_broken = content.failure == NativeFile::Failure::Unreadable;
-        return;
-    }
-    const auto object = parsed(*content.bytes);
-    m_broken = !object;
+    const auto object = content.bytes ? parsed(*content.bytes) : std::nullopt;
+    m_broken = !object && (content.bytes || content.failure == NativeFile::Failure::Unreadable);
     m_object = object.value_or(QJsonObject());
 }
 
@@ -61,7 +57,7 @@ void JsonPreferences::setValue(const QString &key, const QJsonValue &value)
 bool JsonPreferences::setAside()
 {
     const QByteArray target = AtomicFile::linkTarget(m_path);
-    const QByteArray stem = target.left(target.lastIndexOf('/')) + "/preferences-broken";
+    const QByteArray stem = AtomicFile::besideTarget(m_path, "preferences-broken");
     for (int number = 1; number <= mostBroken; ++number) {
         const QByteArray suffix = number == 1 ? QByteArray() : ' ' + QByteArray::number(number);
         const QByteArray name = stem + suffix + ".json";

@@ -2,17 +2,16 @@
 
 #include "base/NativeFile.h"
 
+#include <QStringTokenizer>
+
 QHash<QByteArray, QByteArray> keyFileGroup(const QByteArray &path, const QByteArray &group)
 {
     const QByteArray file = NativeFile::read(path).bytes.value_or(QByteArray());
     QHash<QByteArray, QByteArray> values;
     const QByteArray head = '[' + group + ']';
     bool isInGroup = group.isEmpty();
-    for (qsizetype from = 0; from < file.size();) {
-        auto end = file.indexOf('\n', from);
-        end = end < 0 ? file.size() : end;
-        const auto line = QByteArrayView(file).sliced(from, end - from).trimmed();
-        from = end + 1;
+    for (const QLatin1String whole : qTokenize(QLatin1String(QByteArrayView(file)), u'\n')) {
+        const auto line = QByteArrayView(whole.data(), whole.size()).trimmed();
         if (line.startsWith('[')) {
             if (isInGroup)
                 break;

@@ -1,6 +1,5 @@
 #include "platform/linux/session/SystemLanguages.h"
 
-#include <QByteArrayList>
 #include <QRegularExpression>
 
 namespace {

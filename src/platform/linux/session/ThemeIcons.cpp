@@ -12,7 +12,7 @@ namespace {
 bool isInstalled(const QString &theme)
 {
     const QStringList places = QIcon::themeSearchPaths();
-    return !theme.isEmpty() && std::any_of(places.begin(), places.end(), [&](const auto &place) {
+    return !theme.isEmpty() && std::ranges::any_of(places, [&](const auto &place) {
         return QFileInfo::exists(place + u'/' + theme + QStringLiteral("/index.theme"));
     });
 }
@@ -48,7 +48,7 @@ void chooseVariant(DesktopLook::Scheme scheme)
     const QStringList names = scheme == DesktopLook::Scheme::Light
         ? QStringList { plain }
         : QStringList { plain + QStringLiteral("-dark"), plain + QStringLiteral("-Dark") };
-    const auto found = std::find_if(names.begin(), names.end(), isInstalled);
+    const auto found = std::ranges::find_if(names, isInstalled);
     if (found != names.end())
         QIcon::setThemeName(*found);
 }
@@ -73,11 +73,8 @@ void ThemeIcons::setScheme(DesktopLook::Scheme scheme)
 QIcon ThemeIcons::forFile(const QUrl &url)
 {
     const bool isFolder = url.path(QUrl::FullyEncoded).endsWith(u'/');
-    const QMimeType type = isFolder
-        ? m_types.mimeTypeForName(QStringLiteral("inode/directory"))
-        : m_types.mimeTypeForFile(
-            FilePath::display(FilePath::lastComponent(FilePath::fromUrl(url))),
-            QMimeDatabase::MatchExtension);
+    const QMimeType type = isFolder ? m_types.mimeTypeForName(QStringLiteral("inode/directory"))
+                                    : FilePath::typeByName(FilePath::fromUrl(url));
     QIcon &icon = m_icons[type.name()];
     if (icon.isNull()) {
         const QStringList names = isFolder

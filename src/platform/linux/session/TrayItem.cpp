@@ -6,7 +6,6 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QMenu>
-#include <QPixmap>
 
 #include <array>
 #include <limits>

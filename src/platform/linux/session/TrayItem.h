@@ -10,7 +10,6 @@
 #include <QSystemTrayIcon>
 
 #include <memory>
-#include <optional>
 
 class QMenu;
 

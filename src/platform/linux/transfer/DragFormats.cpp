@@ -3,7 +3,6 @@
 #include "base/FilePath.h"
 #include "platform/linux/transfer/DropFormats.h"
 
-#include <QMimeDatabase>
 #include <QStringConverter>
 
 namespace {
@@ -50,10 +49,7 @@ QList<DragFormats::Format> contentFormats(const QList<QUrl> &urls, const QByteAr
         for (const char *type : utf8Types)
             formats.append({ QLatin1String(type), {}, path });
     } else if (!path.isEmpty()) {
-        const QString type
-            = QMimeDatabase()
-                  .mimeTypeForFile(FilePath::display(path), QMimeDatabase::MatchExtension)
-                  .name();
+        const QString type = FilePath::typeByName(path).name();
         if (type.startsWith(QLatin1String("image/")))
             formats.append({ type, {}, path });
     }

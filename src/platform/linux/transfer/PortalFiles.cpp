@@ -11,9 +11,6 @@
 #include <QVariantMap>
 
 #include <fcntl.h>
-#include <unistd.h>
-
-#include <algorithm>
 
 namespace {
 
