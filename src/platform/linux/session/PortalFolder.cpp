@@ -23,11 +23,14 @@ void PortalFolder::ask(const QDBusConnection &bus, QWidget &window, const QStrin
 {
     if (window.findChild<PortalFolder *>())
         return;
-    (new PortalFolder(bus, window, std::move(chosen), std::move(unavailable)))->call(handle, title);
+    // The window owns it.
+    new PortalFolder(bus, window, handle, title, std::move(chosen), std::move(unavailable));
 }
 
-PortalFolder::PortalFolder(QDBusConnection bus, QWidget &window,
-                           std::function<void(const QUrl &)> chosen,
+/// The answer may come before the call returns: it is listened for at the place that the
+/// portal derives from our name and token.
+PortalFolder::PortalFolder(QDBusConnection bus, QWidget &window, const QString &handle,
+                           const QString &title, std::function<void(const QUrl &)> chosen,
                            std::function<void()> unavailable)
     : QObject(&window)
     , m_bus(std::move(bus))
@@ -38,19 +41,13 @@ PortalFolder::PortalFolder(QDBusConnection bus, QWidget &window,
                                            QDBusServiceWatcher::WatchForUnregistration, this);
     connect(portal, &QDBusServiceWatcher::serviceUnregistered, this,
             [this] { end(m_unavailable); });
-}
-
-/// The answer may come before the call returns: it is listened for at the place that the
-/// portal derives from our name and token.
-void PortalFolder::call(const QString &window, const QString &title)
-{
     const QString token = QStringLiteral("vantle") + QUuid::createUuid().toString(QUuid::Id128);
     listenAt(portalPath + QStringLiteral("/request/")
              + m_bus.baseService().mid(1).replace(u'.', u'_') + u'/' + token);
     auto message = QDBusMessage::createMethodCall(
         service, portalPath, QStringLiteral("org.freedesktop.portal.FileChooser"),
         QStringLiteral("OpenFile"));
-    message << window << title
+    message << handle << title
             << QVariantMap { { QStringLiteral("handle_token"), token },
                              { QStringLiteral("directory"), true },
                              { QStringLiteral("modal"), true } };

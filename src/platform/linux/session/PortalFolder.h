@@ -26,9 +26,8 @@ public:
                     std::function<void()> unavailable);
 
 private:
-    PortalFolder(QDBusConnection bus, QWidget &window, std::function<void(const QUrl &)> chosen,
-                 std::function<void()> unavailable);
-    void call(const QString &window, const QString &title);
+    PortalFolder(QDBusConnection bus, QWidget &window, const QString &handle, const QString &title,
+                 std::function<void(const QUrl &)> chosen, std::function<void()> unavailable);
     void answered(QDBusPendingCallWatcher *call);
     void listenAt(const QString &path);
     Q_SLOT void respond(uint response, const QVariantMap &results);
