@@ -57,7 +57,7 @@ private:
     /// What the walks of one search have read.
     struct Walked
     {
-        bool holdsFor(const Volume &volume, const Mounts &mounts);
+        bool holdsFor(const Volume &volume, const Mounts &now);
 
         QList<QByteArray> roots;
         QList<QByteArray> covered; // By other mounts.

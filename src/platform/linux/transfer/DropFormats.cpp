@@ -57,10 +57,10 @@ std::optional<Charset> urlCharsetOf(const QString &type)
 /// The byte order that a mark at the beginning tells; none without a mark.
 std::optional<QStringConverter::Encoding> markedUtf16(QByteArrayView data)
 {
-    const auto encoding = QStringConverter::encodingForData(data);
-    const bool isUtf16
-        = encoding == QStringConverter::Utf16BE || encoding == QStringConverter::Utf16LE;
-    return isUtf16 ? encoding : std::nullopt;
+    const auto encoding = QStringConverter::encodingForData(data).value_or(QStringConverter::Utf8);
+    if (encoding != QStringConverter::Utf16BE && encoding != QStringConverter::Utf16LE)
+        return std::nullopt;
+    return encoding;
 }
 
 QString fromUtf16(QByteArrayView data)
