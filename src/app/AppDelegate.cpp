@@ -110,6 +110,7 @@ void AppDelegate::connectPanel()
     m_panel->onKey = [this](const KeyEvent &event) { return handleKey(event); };
     m_panel->beginPress = [this] { m_store.pressedID.reset(); };
     m_panel->dragURLs = [this] { return m_store.dragURLs(); };
+    m_panel->onDragBegan = [this] { m_view->cancelPress(); };
     connectDock();
     m_panel->onDraggedOut = [this](const QList<QUrl> &urls) { draggedOut(urls); };
     m_view->onDraggedOut = m_panel->onDraggedOut;

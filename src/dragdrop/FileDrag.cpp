@@ -72,6 +72,8 @@ bool RowDrag::dragged(const QPointF &location)
     if (!isDrag(m_pressPoint, location))
         return true;
     m_dragStarted = true;
+    if (onBegan)
+        onBegan();
     FileDrag::begin(*urls, m_session, m_icons, m_pressPoint,
                     [this, alive = std::weak_ptr(m_alive), urls = *urls](bool accepted) {
                         if (accepted && alive.lock() && onDraggedOut)

@@ -36,6 +36,7 @@ public:
 
     std::function<void()> beginPress; // Forgets the row of the press before.
     std::function<std::optional<QList<QUrl>>()> dragURLs; // None while no row is pressed.
+    std::function<void()> onBegan; // The press has become a drag, and is no click any more.
     std::function<void(const QList<QUrl> &)> onDraggedOut; // Only what a target took.
 
 private:

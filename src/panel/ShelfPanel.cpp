@@ -86,6 +86,10 @@ void ShelfPanel::connectWindow()
             beginPress();
     };
     m_rowDrag.dragURLs = [this] { return dragURLs ? dragURLs() : std::nullopt; };
+    m_rowDrag.onBegan = [this] {
+        if (onDragBegan)
+            onDragBegan();
+    };
     m_rowDrag.onDraggedOut = [this](const QList<QUrl> &urls) {
         if (onDraggedOut)
             onDraggedOut(urls);

@@ -44,6 +44,7 @@ public:
     // A press on a row that becomes a drag, as RowDrag tells them.
     std::function<void()> beginPress;
     std::function<std::optional<QList<QUrl>>()> dragURLs;
+    std::function<void()> onDragBegan;
     std::function<void(const QList<QUrl> &)> onDraggedOut;
     // What the idle watch asks before it docks the panel, as PanelDocking tells them.
     std::function<bool()> canDock;

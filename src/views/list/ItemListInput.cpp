@@ -113,6 +113,12 @@ void ItemListView::beginPress(QMouseEvent *event, Press::Count count)
     m_store.pressedID = id;
 }
 
+void ItemListView::cancelPress()
+{
+    m_press.reset();
+    m_lastClicked.reset();
+}
+
 void ItemListView::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint at = event->position().toPoint();

@@ -59,6 +59,9 @@ public:
     /// The keyboard came to that widget.
     void keyboardCame() { m_accessible.focusChanged(); }
 
+    /// The press has become a drag: its release, wherever it falls, is no click.
+    void cancelPress();
+
     /// For the keyboard: the row that has the focus, brought into view.
     void askForMenu();
 

@@ -241,6 +241,11 @@ void ShelfView::setMotion(Motion motion)
     m_toast->setMotion(motion);
 }
 
+void ShelfView::cancelPress()
+{
+    m_list->cancelPress();
+}
+
 void ShelfView::setThumbnails(Thumbnails &thumbnails)
 {
     m_list->setThumbnails(thumbnails);

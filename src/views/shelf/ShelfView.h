@@ -60,6 +60,8 @@ public:
     void activate(const ShelfItem &item);
     /// Brings what the preview would show in line with the store.
     void syncQL();
+    /// A press on a row has become a drag.
+    void cancelPress();
     void setMotion(Motion motion);
     /// Rows show pictures of their files from now on. It outlives the view.
     void setThumbnails(Thumbnails &thumbnails);
