@@ -50,6 +50,7 @@ ItemListView::ItemListView(ShelfStore &store, const Localizer &texts, Icons &ico
     };
     m_rows.onFrame = [this] { viewport()->update(); };
     m_model.update(m_store.items.value());
+    m_shelf = m_store.currentID.value();
     m_subscriptions.push_back(m_store.items.subscribe(
         [this](const QList<ShelfItem> &next) { change(next); }, Deliver::ChangesOnly));
     m_subscriptions.push_back(m_store.selection.subscribe(
@@ -149,6 +150,8 @@ void ItemListView::showEvent(QShowEvent *event)
     QListView::showEvent(event);
     QEvent layOut(QEvent::LayoutRequest);
     QCoreApplication::sendEvent(this, &layOut);
+    if (std::exchange(m_endLanded, false))
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
 /// Nothing is decoded for a panel that nobody sees.
@@ -210,6 +213,8 @@ void ItemListView::focusChanged()
 void ItemListView::change(const QList<ShelfItem> &next)
 {
     const auto before = m_model.items();
+    const QUuid shelf = m_store.currentID.value();
+    const bool isSameShelf = std::exchange(m_shelf, shelf) == shelf;
     const double scrolledBefore = verticalOffset();
     const auto changes = m_model.update(next);
     doItemsLayout();
@@ -226,7 +231,8 @@ void ItemListView::change(const QList<ShelfItem> &next)
         m_rows.stop();
     else
         animate(before, *changes, scrolledBefore);
-    if (replaced || before.isEmpty())
+    m_endLanded = before.isEmpty() && isSameShelf && !isVisible();
+    if (replaced || !isSameShelf)
         return;
     // What was dropped or pasted lands at the end, which may lie below what shows.
     for (const RowChange &change : *changes) {

@@ -132,6 +132,8 @@ private:
     Motion m_motion = Motion::Full;
 
     std::optional<QPoint> m_pointer; // In the viewport, while it is there.
+    QUuid m_shelf; // The one on show.
+    bool m_endLanded = false; // On an empty shelf, whose list was not on show.
     std::optional<QUuid> m_near; // The row that onNear told last.
     std::optional<Press> m_press;
     std::optional<QUuid> m_lastClicked; // A double click counts where both clicks hit one row.

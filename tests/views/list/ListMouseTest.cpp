@@ -159,6 +159,17 @@ TEST(ListMouseTest, FocusBringsItsRowIntoView)
     w.store().undoRemove();
     w.world.queue.advance(0.5);
     EXPECT_EQ(bar->value(), 0) << "One that comes back above stays there.";
+
+    const auto files = w.world.files(39);
+    w.store().newShelf();
+    w.settle();
+    w.store().add(files);
+    w.settle();
+    EXPECT_EQ(bar->value(), bar->maximum()) << "Also on a shelf that was empty.";
+    w.store().newShelf();
+    w.store().switchToIndex(1);
+    w.settle();
+    EXPECT_EQ(bar->value(), 0) << "Another shelf shows its head.";
 }
 
 TEST(ListMouseTest, ARowThatCutsItsNameTellsItWhole)
