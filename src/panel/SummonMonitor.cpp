@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -51,6 +52,7 @@ void SummonMonitor::stop()
     if (!m_monitor)
         return;
     m_selection.onAnswer = nullptr;
+    m_frontState = Front::Unknown;
     m_identifying.reset();
     m_monitor.reset();
 }
@@ -83,7 +85,7 @@ void SummonMonitor::press(const std::optional<QPointF> &at)
     m_dragBaselineChange = m_selection.changeCount();
     m_downLocation = at;
     m_dragIgnored = false;
-    m_frontTold = false;
+    m_frontState = Front::Unknown;
     m_identifying.reset();
 }
 
@@ -130,10 +132,13 @@ void SummonMonitor::judgeDrag(const QPointF &at)
         return;
     if (mayBeIgnored())
         return;
-    // Nothing is given up here: the modifier may still be pressed during the drag.
+    // Nothing is given up here: the modifier may still be pressed during the drag, and another
+    // application may have come to the front by then.
     if (requiredModifier != 0
-        && (m_pointer.modifiers() & requiredModifier & EventModifier::All) != requiredModifier)
+        && (m_pointer.modifiers() & requiredModifier & EventModifier::All) != requiredModifier) {
+        m_frontState = Front::Unknown;
         return;
+    }
     begin();
 }
 
@@ -143,16 +148,15 @@ bool SummonMonitor::isNewFileDrag() const
 }
 
 /// Telling the front application costs more than all the rest, so it is asked about
-/// last and once a press; its answer holds for the whole press, whoever comes to the
-/// front during it.
+/// last. That it is ignored holds for the whole press, whoever comes to the front during it.
 bool SummonMonitor::mayBeIgnored()
 {
-    if (ignoredBundleIDs.isEmpty() || m_frontTold)
+    if (ignoredBundleIDs.isEmpty() || m_frontState == Front::Told)
         return false;
-    if (m_identifying)
+    if (std::exchange(m_frontState, Front::Asked) == Front::Asked)
         return true;
     m_identifying = m_front.identify([this](const QString &identifier) {
-        m_frontTold = true;
+        m_frontState = Front::Told;
         m_dragIgnored = !identifier.isEmpty() && ignoredBundleIDs.contains(identifier);
         handle(PointerEvent::LeftDragged); // The pointer may rest by now.
     });

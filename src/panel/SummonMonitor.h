@@ -46,6 +46,8 @@ public:
     void stop();
 
 private:
+    enum class Front { Unknown, Asked, Told }; // Which application is in front.
+
     void handle(PointerEvent event);
     void press(const std::optional<QPointF> &at);
     void endDrag();
@@ -68,7 +70,7 @@ private:
     double m_lastFire = 0; // Uptime at which the corner gesture last fired.
     bool m_dragActive = false; // A recognised drag goes on, and onDragEnd is owed.
     bool m_dragIgnored = false; // The drag gesture gave this press up.
-    bool m_frontTold = false; // Which application is in front, in this press.
+    Front m_frontState = Front::Unknown;
     Ticket m_identifying;
     std::optional<QPointF> m_downLocation; // None while no press is open.
     int m_dragBaselineChange; // The selection's change count at the last press.

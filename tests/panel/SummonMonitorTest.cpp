@@ -45,7 +45,8 @@ struct World
 /// One word of a story: p presses in the middle, a announces a drag of files and answers,
 /// n announces alone, y and t answer that it holds files or text, d and c drag to that many points
 /// beside the middle or the corner, q presses there, m reports a move with those buttons, u a drag
-/// to a place that is not told, r releases; f is "p a d"; in front of a story stand settings.
+/// to a place that is not told, r releases; f is "p a d"; "." waits; in front of a story stand
+/// settings.
 void play(World &w, const QString &word)
 {
     const QChar verb = word.front();
@@ -72,6 +73,8 @@ void play(World &w, const QString &word)
         return w.dragFiles(by);
     case 'r':
         return w.pointer.release();
+    case '.':
+        return w.queue.settle();
     case 'm':
         w.pointer.buttons = numbers.value(0).toUInt();
         w.pointer.at = middle + QPointF(50, 0);
@@ -139,6 +142,8 @@ TEST(SummonMonitorTest, TheGesturesTellTheBeginningAndTheEndOfADragOfFiles)
         { "pressed during the drag, another held besides", "!option f50,0 +both d51,0", "s" },
         { "the front application changes during the press", "!ignored =thunar f50,0 =firefox d90,0",
           "" },
+        { "an ignored one comes to the front before the modifier is pressed",
+          "!ignored !option =firefox f50,0 . =thunar +both d51,0 .", "" },
         { "the next press is free again", "!ignored =thunar f50,0 =firefox f50,0", "s" },
         { "no front application", "!ignored f50,0", "s" },
 
