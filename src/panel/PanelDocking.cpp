@@ -170,7 +170,7 @@ void PanelDocking::dock()
     stopTimer();
     m_tab->show(m_edge, *on, home.center().y());
     // The screens may have changed meanwhile, and the home with them.
-    m_motion.leaveTowards(home, slide(), dockDuration, [this] { m_window.setFrame(*m_home); });
+    m_motion.leaveTowards(home, slide(), dockDuration, [this] { goHome(); });
 }
 
 void PanelDocking::undock(double seconds)
@@ -181,7 +181,7 @@ void PanelDocking::undock(double seconds)
     m_tab->dismiss();
     if (onWillShow)
         onWillShow();
-    m_window.setFrame(*m_home);
+    goHome();
     m_motion.appear(slide(), undockDuration);
     hold(seconds);
     startTimer();
@@ -192,7 +192,14 @@ void PanelDocking::drop()
     m_docked = false;
     m_tab->dismiss();
     m_motion.vanish();
+    goHome();
+}
+
+void PanelDocking::goHome()
+{
     m_window.setFrame(*m_home);
+    if (onMoved)
+        onMoved();
 }
 
 void PanelDocking::relayout()

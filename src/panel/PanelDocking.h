@@ -30,6 +30,7 @@ public:
     std::function<bool()> hasModalWindow; // A dialog waits for the user.
     std::function<bool()> isPreviewVisible;
     std::function<void()> onWillShow;
+    std::function<void()> onMoved; // The panel lies, or will come back, at its home.
 
     void attach(DockTab &tab);
     void setEnabled(bool enabled);
@@ -63,6 +64,7 @@ private:
     QRectF homeOn(const Screen &screen, const QRectF &frame) const;
     QPointF slide() const;
     void relayout();
+    void goHome();
 
     PanelWindow &m_window;
     PanelMotion &m_motion;

@@ -73,7 +73,7 @@ ShelfPanel::ShelfPanel(PanelWindow &window, Screens &screens, PointerMonitor &po
     , m_docking(window, m_motion, screens, pointer, queue)
 {
     m_window.setFrame(QRectF(m_window.frame().topLeft(), defaultSize));
-    moveTo(topRightOrigin());
+    m_window.setFrame(QRectF(topRightOrigin(), defaultSize));
     restoreFrame();
     connectWindow();
     connectDocking();
@@ -99,8 +99,7 @@ void ShelfPanel::connectWindow()
     };
     m_window.onKey = [this](const KeyEvent &event) { return routeKey(event); };
     m_window.onClose = [this] { hide(); };
-    m_window.onUserFrame
-        = [this] { m_pendingStore = m_queue.after(storeDelay, [this] { storeFrame(); }); };
+    m_window.onUserFrame = [this] { storeFrameSoon(); };
 }
 
 void ShelfPanel::connectDocking()
@@ -108,6 +107,7 @@ void ShelfPanel::connectDocking()
     m_docking.canDock = [this] { return canDock && canDock(); };
     m_docking.hasModalWindow = [this] { return hasModalWindow && hasModalWindow(); };
     m_docking.isPreviewVisible = [this] { return isPreviewVisible && isPreviewVisible(); };
+    m_docking.onMoved = [this] { storeFrameSoon(); };
     m_docking.onWillShow = [this] {
         if (onWillShow)
             onWillShow();
@@ -165,8 +165,7 @@ QPointF ShelfPanel::cursorOrigin() const
 QPointF ShelfPanel::lastOrigin() const
 {
     const QRectF frame = m_window.frame();
-    const auto screen = m_screens.showing(frame);
-    return screen ? reachableOrigin(frame, screen->visibleFrame) : topRightOrigin();
+    return m_screens.showing(frame) ? frame.topLeft() : topRightOrigin();
 }
 
 QPointF ShelfPanel::originFor(const QString &mode) const
@@ -220,19 +219,21 @@ void ShelfPanel::setTextScale(double scale)
 {
     if (scale == m_textScale)
         return;
-    m_textScale = scale;
     const QSizeF smallest = PanelWindow::smallestSize * scale;
-    const bool isChosen = storedFrame(m_preferences.value(frameKey())).has_value();
     const QRectF frame = m_window.frame();
+    const bool isChosen = frame.size().toSize() != (defaultSize * m_textScale).toSize();
+    m_textScale = scale;
     const QSizeF size = isChosen ? frame.size().expandedTo(smallest) : defaultSize * scale;
     m_window.setSmallestSize(smallest);
     // It grows to where there is room: it mostly stands at the right.
     m_window.setFrame(QRectF(QPointF(frame.right() - size.width(), frame.top()), size));
+    storeFrameSoon();
 }
 
 void ShelfPanel::moveTo(const QPointF &origin)
 {
     m_window.setFrame(QRectF(origin, m_window.frame().size()));
+    storeFrameSoon();
 }
 
 /// Over the place that was just set. A size that no longer fits is cut, and a
@@ -248,12 +249,15 @@ void ShelfPanel::restoreFrame()
     if (screen)
         size = size.boundedTo(screen->visibleFrame.size());
     size = size.expandedTo(PanelWindow::smallestSize);
-    m_window.setFrame(
-        QRectF(shown ? reachableOrigin(QRectF(stored->topLeft(), size), shown->visibleFrame)
-                     : m_window.frame().topLeft(),
-               size));
-    if (!shown)
-        moveTo(topRightOrigin());
+    m_window.setFrame(QRectF(stored->topLeft(), size));
+    m_window.setFrame(QRectF(
+        shown ? reachableOrigin(m_window.frame(), shown->visibleFrame) : topRightOrigin(), size));
+}
+
+/// Once it rests: while a user drags it, it has another frame with every move.
+void ShelfPanel::storeFrameSoon()
+{
+    m_pendingStore = m_queue.after(storeDelay, [this] { storeFrame(); });
 }
 
 void ShelfPanel::storeFrame()

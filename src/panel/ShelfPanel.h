@@ -90,6 +90,7 @@ private:
 
     void restoreFrame();
     void storeFrame();
+    void storeFrameSoon();
     void moveTo(const QPointF &origin);
     bool routeKey(const KeyEvent &event);
 

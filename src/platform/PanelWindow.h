@@ -19,11 +19,12 @@ class PanelWindow
 public:
     virtual ~PanelWindow() = default;
 
-    static constexpr QSizeF smallestSize { 210, 240 }; // At plain text.
+    /// At plain text: 210 by 240 for the view, and a border of one point around it.
+    static constexpr QSizeF smallestSize { 212, 242 };
     /// The user cannot make it smaller, and it does not stay smaller.
     virtual void setSmallestSize(const QSizeF &size) = 0;
 
-    /// What the window shows; it fills the frame and stays its owner's.
+    /// What the window shows; it fills the frame but for its border, and stays its owner's.
     virtual void setRootView(QWidget *view) = 0;
 
     virtual QRectF frame() const = 0;

@@ -160,6 +160,9 @@ TEST(DockTest, ThePanelGoesToTheNearestSideAtItsHeight)
         EXPECT_EQ(w.window.currentFrame, QRectF(c.home, c.frame.size()));
         EXPECT_FALSE(w.window.visible);
         EXPECT_EQ(w.window.slide, QPointF());
+        w.queue.advance(0.5);
+        EXPECT_EQ(w.preferences.object[QStringLiteral("ShelfPanelFrame")][0].toDouble(),
+                  c.home.x());
     }
     DockWorld low; // A screen of less than the tab with its margins: its head stays inside.
     low.summonAndWait();
