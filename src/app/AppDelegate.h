@@ -70,7 +70,6 @@ private:
     void connectRows();
     void connectPreview();
     void showPreview();
-    void previewWalked(int index);
     void previewItemsChanged();
     void connectDock();
     void connectStatusItem();
@@ -125,6 +124,7 @@ private:
     std::unique_ptr<ShelfPanel> m_panel;
     std::unique_ptr<SettingsView> m_settingsWindow; // Made when it is first opened.
     std::unique_ptr<PreviewWindow> m_preview; // Made when it is first opened.
+    QSet<QUuid> m_previewSelection; // When the preview was last told what to show.
     std::unique_ptr<WelcomeView> m_welcomeWindow; // Made anew whenever it opens.
     std::unique_ptr<AboutView> m_aboutWindow;
     PopupWatch m_popups;

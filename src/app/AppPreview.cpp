@@ -6,6 +6,8 @@
 #include "views/look/ProgramIcon.h"
 #include "views/preview/PreviewWindow.h"
 
+#include <utility>
+
 void AppDelegate::connectPreview()
 {
     m_panel->onPreview = [this] {
@@ -37,7 +39,6 @@ void AppDelegate::showPreview()
         m_preview->onOpen = [this](const QUrl &url) {
             FileOps::open({ url }, m_desktop.applications, m_desktop.workers);
         };
-        m_preview->onIndexChanged = [this](int index) { previewWalked(index); };
         m_preview->onKeyboardFree = [this] {
             if (m_panel->isVisible())
                 m_desktop.panelWindow.focus();
@@ -47,20 +48,15 @@ void AppDelegate::showPreview()
     m_preview->open(m_desktop.panelWindow.frame().toRect());
 }
 
-/// The selection goes along, unless it is the selection that is walked through.
-void AppDelegate::previewWalked(int index)
-{
-    const QList<ShelfItem> &items = m_store.items.value();
-    if (m_store.selectedItems().size() < 2 && index < items.size())
-        m_store.click(items.at(index).id, 0);
-}
-
+/// Follows the selection, but stays where the user has walked when something else changes.
 void AppDelegate::previewItemsChanged()
 {
     using Shown = PreviewWindow::Shown;
+    const auto selection = m_store.selection.value();
+    const bool isChosenAnew
+        = std::exchange(m_previewSelection, selection) != selection && selection.size() == 1;
     if (m_preview && m_preview->isUp())
-        m_preview->reloadData(m_store.selectedItems().size() == 1 ? Shown::StartIndex
-                                                                  : Shown::Same);
-    else if (m_panel && m_panel->isVisible() && !m_store.selection.value().isEmpty())
+        m_preview->reloadData(isChosenAnew ? Shown::StartIndex : Shown::Same);
+    else if (m_panel && m_panel->isVisible() && !selection.isEmpty())
         m_previewCache.prepare({ m_ql.urls.value(m_ql.startIndex) });
 }

@@ -159,8 +159,6 @@ void PreviewWindow::walk(int step)
     if (next < 0 || next >= numberOfPreviewItems())
         return;
     showItem(next);
-    if (onIndexChanged)
-        onIndexChanged(next);
 }
 
 void PreviewWindow::showItem(int index)

@@ -24,8 +24,6 @@ public:
 
     /// Shows the window in front, with the keyboard.
     std::function<void(QWidget &)> bringToFront;
-    /// The user walked to that place of the list.
-    std::function<void(int)> onIndexChanged;
     std::function<void(const QUrl &)> onOpen;
     /// It was closed while it had the keyboard.
     std::function<void()> onKeyboardFree;
