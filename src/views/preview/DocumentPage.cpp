@@ -5,7 +5,6 @@
 #include "views/look/AccessibleRole.h"
 #include "views/look/Look.h"
 
-#include <QLocale>
 #include <QPainter>
 #include <QScrollBar>
 #include <QWheelEvent>
@@ -212,11 +211,10 @@ QString DocumentPage::place() const
 {
     if (m_count < 2)
         return {};
-    const QLocale locale(m_services.texts.currentCode());
     const int middle
         = std::clamp(static_cast<int>((m_bar->value() + height() / 2.0) / (cell().height() + gap)),
                      0, m_count - 1);
-    return QStringLiteral("%1 / %2").arg(locale.toString(middle + 1), locale.toString(m_count));
+    return QStringLiteral("%1 / %2").arg(middle + 1).arg(m_count);
 }
 
 void DocumentPage::resizeEvent(QResizeEvent *)

@@ -23,7 +23,6 @@
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLocale>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -280,10 +279,8 @@ void PreviewWindow::refreshHeader()
         = isAddress ? m_services.icons.forWebLocation() : m_services.icons.forFile(m_url);
     const int points = qRound(iconSize * Look::textScale);
     m_icon->setPixmap(icon.pixmap(QSize(points, points), devicePixelRatio()));
-    const QLocale locale(m_services.texts.currentCode());
     const int count = numberOfPreviewItems();
-    m_position->setText(
-        QStringLiteral("%1 / %2").arg(locale.toString(m_index + 1), locale.toString(count)));
+    m_position->setText(QStringLiteral("%1 / %2").arg(m_index + 1).arg(count));
     m_position->setVisible(count > 1);
     m_facts->setText(m_shown && m_shown == m_page ? m_shown->facts() : QString());
     m_facts->setVisible(!m_facts->text().isEmpty());

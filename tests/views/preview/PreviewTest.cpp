@@ -163,8 +163,10 @@ TEST(PreviewTest, TheKeysWalkTheListUpToItsEnds)
     w.key(Qt::Key_Up);
     w.key(Qt::Key_Left);
     EXPECT_EQ(w.window.windowTitle(), u"c.txt"_s);
-    w.open(urls, 7);
+    urls.resize(1200);
+    w.open(urls, 1200);
     EXPECT_EQ(w.window.windowTitle(), u"a.txt"_s);
+    EXPECT_TRUE(w.says(u"1 / 1200"_s));
     w.key(Qt::Key_Space);
     EXPECT_FALSE(w.window.isVisible());
     EXPECT_EQ(w.closed, 1);
