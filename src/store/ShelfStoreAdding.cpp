@@ -160,7 +160,7 @@ QUrl ShelfStore::makeDemoFile()
     const QByteArray path = droppedDir() + '/' + name.toUtf8();
     // One that is there stays as it is.
     NativeFile::writeNew(path, m_texts.text(QStringLiteral("demo_file_content")).toUtf8());
-    return FilePath::toUrl(path);
+    return FilePath::toUrl(FilePath::standardized(path)); // As its entry will be spelled.
 }
 
 /// Of the path of a new file of this kind, up to its random part.

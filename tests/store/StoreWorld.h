@@ -66,7 +66,7 @@ public:
     AppPaths paths() const
     {
         Directories directories;
-        directories.data = home();
+        directories.data = home() + spelling;
         return AppPaths(directories);
     }
 
@@ -154,6 +154,7 @@ public:
         return made;
     }
 
+    QByteArray spelling; // Of the folder for data: what follows the home.
     VirtualQueue queue;
     VirtualWorkers workers { queue };
     FakeBookmarks bookmarks;
