@@ -47,6 +47,10 @@ public:
     /// address stays as it is, and the next check makes the bookmark. Any thread.
     virtual Bookmarked make(const QUrl &url) = 0;
 
+    /// Whether the bookmark may be of the file at that address: false where one look
+    /// rules it out, and for bytes that are no bookmark. Any thread.
+    virtual bool mayBeOf(const QByteArray &bookmark, const QUrl &url) = 0;
+
     enum class Bound {
         Brief, // At most 0.3 seconds in all, whatever the file systems do.
         Background, // As long as one look at each file and a bounded search need.

@@ -121,19 +121,21 @@ void ShelfStore::sweepOrphans() const
     if (names.isEmpty())
         return;
     QSet<QByteArray> used;
+    QList<QByteArray> lost; // Bookmarks of files that are there no more, or under another name.
     for (const auto *list : { &shelves.value(), &closed.value() }) {
         for (const Shelf &shelf : *list) {
             for (const ShelfItem &item : shelf.items) {
                 const QByteArray path = FilePath::standardized(FilePath::fromUrl(item.url));
-                // It may be there under a name that no entry knows yet.
-                if (isManaged(item.url) && !FilePath::exists(path))
-                    return;
+                if (item.bookmark && isManaged(item.url) && !FilePath::exists(path))
+                    lost.append(*item.bookmark);
                 used.insert(FilePath::lastComponent(path));
             }
         }
     }
     for (const QByteArray &name : names) {
-        if (!used.contains(name))
+        const QUrl url = FilePath::toUrl(droppedDir() + '/' + name);
+        const auto isOf = [&](const auto &mark) { return m_bookmarks.mayBeOf(mark, url); };
+        if (!used.contains(name) && std::none_of(lost.begin(), lost.end(), isOf))
             NativeFile::removeBelow(droppedDir(), name);
     }
 }

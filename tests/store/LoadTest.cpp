@@ -154,9 +154,12 @@ TEST(LoadTest, TheSweepTakesWhatNoShelfNames)
 
     // What was renamed while the program was off, and is still searched for, is nobody's by name.
     ASSERT_EQ(rename(w.dropped("open.txt").constData(), w.dropped("renamed.txt").constData()), 0);
+    NativeFile::remove(w.dropped("closed.txt"));
+    w.write(w.dropped("orphan.txt"), "x");
     w.bookmarks.searching.insert(w.dropped("open.txt"));
+    w.bookmarks.moved.insert(w.dropped("open.txt"), w.dropped("renamed.txt"));
     w.restart();
-    EXPECT_TRUE(FilePath::exists(w.dropped("renamed.txt")));
+    EXPECT_EQ(w.droppedNames(), (QList<QByteArray> { "namesake.txt", "renamed.txt" }));
 }
 
 TEST(LoadTest, EntriesOfTheOldDataFolderFollowItsMove)

@@ -24,6 +24,11 @@ public:
                  bookmarkOf(path) };
     }
 
+    bool mayBeOf(const QByteArray &bookmark, const QUrl &url) override
+    {
+        return moved.value(bookmark.mid(12)) == FilePath::fromUrl(url);
+    }
+
     QList<BookmarkAnswer> resolve(const QList<BookmarkQuery> &queries, Bound) override
     {
         ++checks;

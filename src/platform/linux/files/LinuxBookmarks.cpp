@@ -65,6 +65,18 @@ Bookmarked LinuxBookmarks::make(const QUrl &url)
              BookmarkCoding::encode({ look.identity, added.fileSystem, path }) };
 }
 
+/// Devices are numbered anew with every start of the machine, so they tell nothing.
+bool LinuxBookmarks::mayBeOf(const QByteArray &bookmark, const QUrl &url)
+{
+    const auto record = BookmarkCoding::decode(bookmark);
+    if (!record)
+        return false;
+    const FileLook look = lookAt(FilePath::fromUrl(url));
+    FileIdentity identity = look.identity;
+    identity.device = record->identity.device;
+    return look.state == FileLook::State::Unknown || identity == record->identity;
+}
+
 QList<BookmarkAnswer> LinuxBookmarks::resolve(const QList<BookmarkQuery> &queries, Bound bound)
 {
     const auto parts = m_parts; // A check that hangs in a dead disk may outlive the program's rest.

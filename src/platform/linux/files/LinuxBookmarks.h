@@ -52,6 +52,7 @@ public:
     LinuxBookmarks &operator=(const LinuxBookmarks &) = delete;
 
     Bookmarked make(const QUrl &url) override;
+    bool mayBeOf(const QByteArray &bookmark, const QUrl &url) override;
     QList<BookmarkAnswer> resolve(const QList<BookmarkQuery> &queries, Bound bound) override;
 
 private:
