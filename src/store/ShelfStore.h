@@ -69,7 +69,7 @@ public:
     void addImageData(const QByteArray &data, const QMimeType &type,
                       std::function<void()> onAdded = {});
     /// The host without "www." and the path; at most 80 characters.
-    static QString linkTitle(const QUrl &url);
+    static QString linkTitle(const WebAddress &address);
     /// The sample file of the tour; made where it is missing.
     QUrl makeDemoFile();
 

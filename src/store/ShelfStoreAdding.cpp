@@ -9,6 +9,8 @@
 #include "store/DroppedImage.h"
 #include "store/WebLocation.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <cerrno>
 
@@ -98,14 +100,20 @@ void ShelfStore::addLink(const WebAddress &address)
         return;
     if (const auto path = writeManaged(fileStart(QStringLiteral("dropped_link")),
                                        QStringLiteral("webloc"), WebLocation::encode(address)))
-        insertDropped(*path, linkTitle(address.url()), address);
+        insertDropped(*path, linkTitle(address), address);
 }
 
-QString ShelfStore::linkTitle(const QUrl &url)
+/// The host as it was typed; the letters of one that was encoded.
+QString ShelfStore::linkTitle(const WebAddress &address)
 {
-    QString title = url.host();
+    static const QRegularExpression hostOf(
+        QStringLiteral("^[^:/?#]+://(?:[^/?#]*@)?\\[?((?<=\\[)[^\\]/?#]*|[^:/?#]*)"));
+    const QUrl url = address.url();
+    QString title = hostOf.match(address.text()).captured(1);
+    if (title.contains(QLatin1String("xn--"), Qt::CaseInsensitive))
+        title = url.host();
     if (title.isEmpty())
-        title = QString::fromLatin1(url.toEncoded());
+        title = address.text();
     if (title.startsWith(QLatin1String("www.")))
         title.remove(0, 4);
     QString path = url.path(QUrl::FullyDecoded);
