@@ -169,7 +169,6 @@ TEST(SaveOrderTest, EverySaveIsWrittenThenSyncedThenRenamedThenItsFolderSynced)
         [&] { w.store().add(w.files(20)); },
         [&] { w.store().addText(QStringLiteral("x")); },
         [&] { w.store().closeShelf(w.store().currentID.value()); },
-        [&] { w.restart(); },
         [&] {
             w.store().add(w.files(3));
             w.queue.advance(100);
@@ -189,6 +188,9 @@ TEST(SaveOrderTest, EverySaveIsWrittenThenSyncedThenRenamedThenItsFolderSynced)
         EXPECT_EQ(w.saved(), memoryOf(w.store()));
         EXPECT_EQ(w.read(former), before); // Replaced, never written to.
     }
+    tape.start(w.paths().dataDir);
+    w.restart();
+    EXPECT_EQ(tape.stop(), ""); // Nothing has changed.
 }
 
 TEST(SaveOrderTest, WhicheverCallFailsTheFileIsWholeAndTheNextSaveWorks)

@@ -58,6 +58,8 @@ void StorePair::restart(ModelStore::StateFile file)
     store->onRemoved = [this](const QList<ShelfItem> &items) { m_removed += items; };
     store->onRestored = [this](const QList<ShelfItem> &items) { m_restored += items; };
     model.restart(file);
+    if (model.effects.saved)
+        m_file = {}; // Written, or already as it should be: it is compared in either case.
     learn(model.shelves, store->shelves.value());
 }
 

@@ -44,23 +44,32 @@ ShelfItem Stage::link()
     return result;
 }
 
+/// As those of a shelf that is opened, which shows its head; what lands would be scrolled to.
+void Stage::setItems(const QList<ShelfItem> &items)
+{
+    const QUuid current = store.currentID.value();
+    store.currentID.set({});
+    store.items.set(items);
+    store.currentID.set(current);
+}
+
 void Stage::fill(const QStringList &paths)
 {
     QList<ShelfItem> items;
     for (const auto &path : paths)
         items.append(item(path));
-    store.items.set(items);
+    setItems(items);
 }
 
 void Stage::fillUsual()
 {
     auto text = item(QStringLiteral("/home/ada/.local/share/Vantle/dropped/Text snippet.txt"));
     text.preview = QStringLiteral("Remember to ask about the train tickets");
-    store.items.set({ item(QStringLiteral("/home/ada/Documents/Annual report 2023.pdf")),
-                      item(QStringLiteral("/home/ada/Pictures/Lisbon/IMG_4471.jpg")),
-                      item(QStringLiteral("/home/ada/Projects/website/")), link(), text,
-                      item(QStringLiteral("/home/ada/Music/Quartet in C minor.flac")),
-                      item(QStringLiteral("/home/ada/Downloads/backup-2024-05-01.tar.gz")) });
+    setItems({ item(QStringLiteral("/home/ada/Documents/Annual report 2023.pdf")),
+               item(QStringLiteral("/home/ada/Pictures/Lisbon/IMG_4471.jpg")),
+               item(QStringLiteral("/home/ada/Projects/website/")), link(), text,
+               item(QStringLiteral("/home/ada/Music/Quartet in C minor.flac")),
+               item(QStringLiteral("/home/ada/Downloads/backup-2024-05-01.tar.gz")) });
 }
 
 void Stage::fillShelves()

@@ -43,6 +43,8 @@ public:
     QString text(const char *key, const QVariantList &arguments = {}) const;
 
 private:
+    void setItems(const QList<ShelfItem> &items);
+
     QTemporaryDir m_home;
     FakePreferences m_preferences;
     FakeAutostart m_autostart;
