@@ -116,8 +116,10 @@ void AppDelegate::connectPanel()
     m_view->onDraggedOut = m_panel->onDraggedOut;
     m_view->onClose = [this] { m_panel->hide(); };
     connectPreview();
+    m_view->onNeedsKeyboard = [this] { m_desktop.panelWindow.focus(); };
     m_view->onMoveWindow = [this] { m_desktop.panelWindow.performDrag(); };
     connectRows();
+    m_desktop.dropTarget.mayTake = [this] { return !m_view->isAsking(); };
     m_desktop.dropTarget.onTargeted = [this](bool targeted) { m_view->setTargeted(targeted); };
     m_desktop.dropTarget.onDrop
         = [this](const ItemProviders &providers) { m_view->handleDrop(providers); };
@@ -144,7 +146,8 @@ void AppDelegate::connectDock()
     m_desktop.tabWindow.setRootView(m_dockTabView.get());
     m_panel->attachDock(*m_dockTab);
     m_panel->canDock = [this] { return !m_store.items.value().isEmpty(); };
-    m_panel->hasModalWindow = [] { return QGuiApplication::modalWindow() != nullptr; };
+    m_panel->hasModal
+        = [this] { return m_view->isAsking() || QGuiApplication::modalWindow() != nullptr; };
     m_popups.onOpened = [this] { m_panel->menuOpened(); };
     m_popups.onClosed = [this] { m_panel->menuClosed(); };
 }

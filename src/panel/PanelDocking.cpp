@@ -113,7 +113,7 @@ void PanelDocking::judge(const PointerMonitor::Look &pointer)
 
 bool PanelDocking::isBusy(const PointerMonitor::Look &pointer) const
 {
-    return m_menuOpen || pointer.pressedButtons != 0 || (hasModalWindow && hasModalWindow())
+    return m_menuOpen || pointer.pressedButtons != 0 || (hasModal && hasModal())
         || (isPreviewVisible && isPreviewVisible());
 }
 

@@ -27,7 +27,7 @@ public:
     PanelDocking &operator=(const PanelDocking &) = delete;
 
     std::function<bool()> canDock; // Asked when the panel has been idle long enough.
-    std::function<bool()> hasModalWindow; // A dialog waits for the user.
+    std::function<bool()> hasModal; // A question waits for the user.
     std::function<bool()> isPreviewVisible;
     std::function<void()> onWillShow;
     std::function<void()> onMoved; // The panel lies, or will come back, at its home.

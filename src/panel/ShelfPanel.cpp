@@ -105,7 +105,7 @@ void ShelfPanel::connectWindow()
 void ShelfPanel::connectDocking()
 {
     m_docking.canDock = [this] { return canDock && canDock(); };
-    m_docking.hasModalWindow = [this] { return hasModalWindow && hasModalWindow(); };
+    m_docking.hasModal = [this] { return hasModal && hasModal(); };
     m_docking.isPreviewVisible = [this] { return isPreviewVisible && isPreviewVisible(); };
     m_docking.onMoved = [this] { storeFrameSoon(); };
     m_docking.onWillShow = [this] {
@@ -269,9 +269,11 @@ void ShelfPanel::storeFrame()
 
 /// With Command the key commands come first, because a space then is no space;
 /// without it the preview's space comes before them. Each key is offered to
-/// onKey once at most.
+/// onKey once at most. A question that stands gets them all.
 bool ShelfPanel::routeKey(const KeyEvent &event)
 {
+    if (hasModal && hasModal())
+        return false;
     const bool command = (event.modifiers & EventModifier::Command) != 0;
     if (command && onKey && onKey(event))
         return true;

@@ -48,7 +48,7 @@ public:
     std::function<void(const QList<QUrl> &)> onDraggedOut;
     // What the idle watch asks before it docks the panel, as PanelDocking tells them.
     std::function<bool()> canDock;
-    std::function<bool()> hasModalWindow;
+    std::function<bool()> hasModal;
     std::function<bool()> isPreviewVisible;
 
     /// Brings the panel up; the front application keeps the keyboard. One that is

@@ -41,6 +41,8 @@ class DropTarget
 {
 public:
     virtual ~DropTarget() = default;
+    /// Asked at each move of a drag, and at the drop; without it everything may come.
+    std::function<bool()> mayTake;
     /// A drag that would be taken hovers over the window, or no longer does.
     std::function<void(bool)> onTargeted;
     /// A drop, once it is known what objects it holds.

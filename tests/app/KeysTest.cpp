@@ -5,6 +5,9 @@
 #include "store/DroppedImage.h"
 #include "store/StateCoding.h"
 
+#include <QLineEdit>
+#include <QTest>
+
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -127,6 +130,12 @@ TEST(KeysTest, EachKeyDoesWhatTheTableSays)
     app.delegate.activate();
     app.queue.advance(1);
     EXPECT_EQ(app.window.calls.last(), QStringLiteral("focus"));
+    // A question has the keys, and the rows stay as they are.
+    auto &view = static_cast<ShelfView &>(*app.window.rootView);
+    view.rename();
+    EXPECT_FALSE(app.press(0, command, "a") || app.press(Escape) || app.dropTarget.mayTake());
+    QTest::keyClick(view.findChild<QLineEdit *>(), Qt::Key_Escape);
+    EXPECT_TRUE(app.dropTarget.mayTake());
     for (const Step &step : steps) {
         SCOPED_TRACE(step.what);
         app.applications.opened.clear();

@@ -181,7 +181,8 @@ def test_other_windows_are_named_and_speak_the_language_that_is_picked(desktop, 
     desktop.keys("Escape")
     RowMenu(program, "keyboard").use(0, 1, ONE, "rename")
     question = "Rename the file"
-    assert "focused" in reader.find(question, "text", question)["states"]
-    for button in ("Rename", "Cancel"):
-        reader.find(question, "push button", button)
-    reader.do(question, "push button", "Cancel", "Press")
+    assert "modal" in reader.find("Vantle", "dialog", question)["states"]
+    assert "focused" in reader.find("Vantle", "text", question)["states"]
+    assert "sensitive" not in reader.find("Vantle", "push button", "Clear shelf")["states"]
+    reader.find("Vantle", "push button", "Rename")
+    reader.do("Vantle", "push button", "Cancel", "Press")

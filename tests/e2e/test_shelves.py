@@ -16,14 +16,10 @@ def current(program):
     return next(s for s in state["shelves"] if s["id"] == state["current"])
 
 
-def prompt(program):
-    return next((w for w in program.desktop.windows("Rename", program.process.pid)), None)
-
-
 def type_name(program, name):
-    """Into the prompt, which must have got the keyboard."""
-    window = wait_for(lambda: prompt(program), 5, "the prompt")
-    wait_for(lambda: program.desktop.active_window() == window.id, 5, "the keyboard in the prompt")
+    """Into the question in the panel, which must have got the keyboard."""
+    program.wait_for_keyboard()
+    assert not program.desktop.windows("Rename", program.process.pid), "a window of its own"
     program.desktop.type(*name)
 
 
@@ -85,9 +81,15 @@ def test_by_pointer_and_by_keyboard(desktop, shelf):
     choose(*TAIL, "Up", "Up", "Up", "Return")
     type_name(shelf, "x")
     desktop.keys("Escape")
-    wait_for(lambda: not prompt(shelf), 3, "the prompt to go")
-    assert "x" not in names(shelf) and shelf.panel_is_up()
+    choose(*TAIL, "Up", "Up", "Up", "Return")
+    type_name(shelf, "x")
+    shelf.act("toggle")  # The question goes with the panel, and the keyboard to who had it.
+    shelf.wait_until_hidden()
+    desktop.keys("Return")
+    desktop.wait_for_focus(desktop.title(rival))
+    shelf.summon()
     choose("Escape")
+    assert "x" not in names(shelf)
     assert shelf.panel_is_up()
     choose(*TAIL, "Return")
     desktop.window("Vantle Settings")

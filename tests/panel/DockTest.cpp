@@ -16,7 +16,7 @@ struct DockWorld : PanelWorld
         panel->attachDock(tab);
         panel->setDockEnabled(true);
         panel->canDock = [this] { return items > 0; };
-        panel->hasModalWindow = [this] {
+        panel->hasModal = [this] {
             ++checks;
             return modal;
         };

@@ -29,7 +29,7 @@ struct ExhibitEntry
 };
 
 std::vector<ExhibitEntry> panelExhibits();
-std::vector<ExhibitEntry> menuExhibits(); // And prompts.
+std::vector<ExhibitEntry> menuExhibits();
 std::vector<ExhibitEntry> windowExhibits(); // Settings, recorder, about, and the tab.
 std::vector<ExhibitEntry> welcomeExhibits();
 std::vector<ExhibitEntry> previewExhibits();

@@ -124,11 +124,17 @@ bool scrollsSideways(const QWidget &widget)
     return field && !field->text().isEmpty();
 }
 
-/// A toast lies over the rows, and has a ground of its own.
+/// A toast and a question lie over the rows, and have a ground of their own.
+bool liesAbove(const QWidget *widget)
+{
+    while (widget && !dynamic_cast<const Toast *>(widget) && widget->objectName() != u"prompt")
+        widget = widget->parentWidget();
+    return widget;
+}
+
 bool mayOverlap(const DrawnText &one, const DrawnText &other)
 {
-    return (dynamic_cast<const Toast *>(one.widget) == nullptr)
-        != (dynamic_cast<const Toast *>(other.widget) == nullptr);
+    return liesAbove(one.widget) != liesAbove(other.widget);
 }
 
 void findClipped(const QList<DrawnText> &texts, const QWidget &window, QStringList &faults)

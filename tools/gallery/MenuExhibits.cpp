@@ -2,12 +2,9 @@
 #include "gallery/Stage.h"
 
 #include "views/list/RowMenu.h"
-#include "views/shelf/Prompt.h"
-#include "views/shelf/RenamePrompt.h"
 #include "views/shelf/ShelfMenu.h"
 
 #include <QApplication>
-#include <QDialog>
 #include <QMenu>
 
 namespace {
@@ -88,37 +85,6 @@ private:
     QMenu *m_shown = &m_menu;
 };
 
-class PromptExhibit final : public Exhibit
-{
-public:
-    enum class Subject { Shelf, File };
-
-    PromptExhibit(const Surroundings &surroundings, Subject subject)
-        : m_stage(surroundings)
-    {
-        m_window.setAttribute(Qt::WA_DontShowOnScreen);
-        if (subject == Subject::File) {
-            FileOps::promptRename(&m_window,
-                                  QUrl(QStringLiteral("file:///home/ada/Annual%20report.pdf")),
-                                  m_stage.texts, [](const QString &) {});
-        } else {
-            Prompt::ask(&m_window,
-                        { .message = m_stage.text("shelf_rename_title"),
-                          .text = m_stage.store.currentTitle(),
-                          .accept = m_stage.text("rename_action"),
-                          .cancel = m_stage.text("cancel") },
-                        [](const std::optional<QString> &) {});
-        }
-        QApplication::processEvents();
-    }
-
-    QWidget &widget() override { return *m_window.findChild<QDialog *>(); }
-
-private:
-    Stage m_stage;
-    QWidget m_window;
-};
-
 template<typename Kind, typename Case>
 ExhibitEntry entry(const char *name, Case which)
 {
@@ -142,7 +108,5 @@ std::vector<ExhibitEntry> menuExhibits()
         entry<RowMenuExhibit>("row-menu-selection", RowCase::Selection),
         entry<RowMenuExhibit>("row-menu-open-with", RowCase::OpenWith),
         entry<RowMenuExhibit>("row-menu-shelves", RowCase::Shelves),
-        entry<PromptExhibit>("rename-shelf", PromptExhibit::Subject::Shelf),
-        entry<PromptExhibit>("rename-file", PromptExhibit::Subject::File),
     };
 }

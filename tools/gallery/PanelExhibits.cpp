@@ -5,6 +5,7 @@
 #include "platform/fake/FakePictureDecoder.h"
 #include "platform/fake/FakeThumbnailGenerator.h"
 #include "store/QuickLookController.h"
+#include "views/look/Look.h"
 #include "views/shelf/ShelfView.h"
 
 #include <QApplication>
@@ -177,6 +178,23 @@ std::vector<State> toastStates()
     };
 }
 
+std::vector<State> promptStates()
+{
+    return {
+        { "rename-shelf",
+          [](PanelExhibit &s) {
+              usual(s);
+              s.view.rename();
+          } },
+        { "rename-file",
+          [](PanelExhibit &s) {
+              usual(s);
+              s.view.resize(s.view.minimumSize() * Look::textScale);
+              s.view.rename(s.stage.store.items.value().first());
+          } },
+    };
+}
+
 std::vector<State> listStates()
 {
     return {
@@ -251,7 +269,8 @@ std::vector<State> listStates()
 std::vector<ExhibitEntry> panelExhibits()
 {
     std::vector<ExhibitEntry> result;
-    for (const auto &states : { emptyStates(), listStates(), titleStates(), toastStates() }) {
+    for (const auto &states :
+         { emptyStates(), listStates(), titleStates(), toastStates(), promptStates() }) {
         for (const State &state : states) {
             result.push_back({ QLatin1String(state.name), ExhibitEntry::Frame::Panel,
                                [state](const Surroundings &surroundings) {

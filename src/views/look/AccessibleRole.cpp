@@ -36,6 +36,7 @@ public:
     QAccessible::State state() const override
     {
         QAccessible::State state = QAccessibleWidget::state();
+        state.modal = role() == QAccessible::Dialog;
         state.hasPopup = role() == QAccessible::ButtonMenu;
         if (const auto *control = button(); control && role() == QAccessible::RadioButton) {
             state.checkable = true;

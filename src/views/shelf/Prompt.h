@@ -7,8 +7,9 @@
 
 class QWidget;
 
-/// A question that is answered by a line of text. While it stands, the window
-/// below takes no input, and the program goes on. Main thread.
+/// A question that is answered by a line of text. It stands inside the view that it
+/// belongs to and covers all of it: what lies below takes neither keys nor presses
+/// meanwhile, and the program goes on. Main thread.
 class Prompt
 {
 public:
@@ -19,12 +20,12 @@ public:
         qsizetype selectionLength = -1; // Selected from the start; all of it if negative.
         QString accept; // Texts of the two buttons.
         QString cancel;
-        int fieldWidth = 260; // Points.
+        int fieldWidth = 260; // Points, where there is room.
     };
 
-    /// Shows the prompt over the widget's window; `done` gets the text, or none
-    /// if it was cancelled or the window went from the screen. One at a time for a
-    /// window: a request while one stands only gives that one the keyboard.
+    /// `done` gets the text, or none if it was cancelled or the view went from the screen. One
+    /// at a time for a view: a request while one stands only gives that one the keyboard.
     static void ask(QWidget *over, const Request &request,
                     std::function<void(std::optional<QString>)> done);
+    static bool stands(const QWidget &over);
 };

@@ -112,6 +112,8 @@ void ShelfView::rename()
                     if (name && alive.lock())
                         m_store.renameShelf(id, *name);
                 });
+    if (onNeedsKeyboard)
+        onNeedsKeyboard();
 }
 
 void ShelfView::connectRows()
@@ -141,6 +143,13 @@ void ShelfView::rename(const ShelfItem &item)
                     showToast(m_texts.text(QStringLiteral("rename_failed"), { reason }));
             });
         });
+    if (onNeedsKeyboard)
+        onNeedsKeyboard();
+}
+
+bool ShelfView::isAsking() const
+{
+    return Prompt::stands(*this);
 }
 
 void ShelfView::activate(const ShelfItem &item)

@@ -56,6 +56,8 @@ public:
     void rename();
     /// Asks for another name of the entry's file.
     void rename(const ShelfItem &item);
+    /// A question stands over the rows, which nothing may change until it is answered.
+    bool isAsking() const;
     /// Opens the entry in the way that the user prefers.
     void activate(const ShelfItem &item);
     /// Brings what the preview would show in line with the store.
@@ -67,6 +69,8 @@ public:
     void setThumbnails(Thumbnails &thumbnails);
 
     std::function<void()> onClose;
+    /// It asks for something that is typed.
+    std::function<void()> onNeedsKeyboard;
     /// The background was dragged: the window is to follow the pointer.
     std::function<void()> onMoveWindow;
     /// What a target took from the header's handle.

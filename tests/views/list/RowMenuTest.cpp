@@ -169,7 +169,7 @@ TEST(RowMenuTest, RenamingKeepsTheExtensionSelectedOutAndTellsWhyItFailed)
     w.settle();
     const auto answer = [&](const QString &name) {
         w.choose(0, u"rename_menu"_s);
-        auto *field = w.view->findChild<QLineEdit *>();
+        auto *field = qobject_cast<QLineEdit *>(w.view->focusWidget());
         ASSERT_TRUE(field);
         EXPECT_TRUE(field->text().startsWith(field->selectedText() + u'.'));
         field->setText(name);

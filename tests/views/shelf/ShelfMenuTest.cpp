@@ -4,7 +4,6 @@
 #include "views/look/TitleButton.h"
 #include "views/shelf/Prompt.h"
 
-#include <QDialog>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -60,15 +59,6 @@ private:
     Symbols m_symbols { resources() + u"/icons"_s };
 };
 
-QDialog *standingPrompt(const QWidget &window)
-{
-    for (auto *dialog : window.findChildren<QDialog *>()) {
-        if (dialog->isVisible())
-            return dialog;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 TEST(ShelfMenuTest, ListsShelvesCommandsAndWhatWasClosedAndActsOnThem)
@@ -102,37 +92,48 @@ TEST(ShelfMenuTest, ListsShelvesCommandsAndWhatWasClosedAndActsOnThem)
     EXPECT_TRUE(store.items.value().isEmpty());
 }
 
-TEST(PromptTest, AnswersOnceWithTheTextOrWithNone)
+TEST(PromptTest, StandsInTheViewAndAnswersOnceWithTheTextOrWithNone)
 {
-    enum End { Return, Cancel, Hidden };
-    for (const End end : { Return, Cancel, Hidden }) {
+    enum End { Return, Escape, Cancel, Hidden };
+    for (const End end : { Return, Escape, Cancel, Hidden }) {
         SCOPED_TRACE(end);
         QList<std::optional<QString>> answers;
-        QWidget window;
-        window.show();
+        QWidget view;
+        QPushButton below(&view);
+        view.resize(210, 240);
+        view.show();
+        below.setFocus();
         const auto ask = [&](const char *text) {
-            Prompt::ask(&window, { u"<b>Name"_s, QLatin1String(text), 3, u"OK"_s, u"No"_s, 260 },
+            Prompt::ask(&view, { u"<b>Name"_s, QLatin1String(text), 3, u"OK"_s, u"No"_s, 260 },
                         [&](const std::optional<QString> &answer) { answers.append(answer); });
         };
         ask("old.txt");
-        QDialog *dialog = standingPrompt(window);
-        ASSERT_NE(dialog, nullptr);
-        EXPECT_EQ(QGuiApplication::modalWindow(), dialog->windowHandle());
         ask("another");
-        EXPECT_EQ(standingPrompt(window), dialog);
-        QTest::keyClicks(dialog->findChild<QLineEdit *>(), u"new"_s);
+        EXPECT_EQ(QApplication::topLevelWidgets().count(), 1);
+        EXPECT_FALSE(below.isEnabled());
+        auto *field = view.findChild<QLineEdit *>();
+        for (int stop = 0; stop <= 3; ++stop) { // The keyboard goes round inside.
+            EXPECT_EQ(view.focusWidget() == field, stop % 3 == 0);
+            EXPECT_TRUE(view.rect().contains(
+                QRect(view.focusWidget()->mapTo(&view, QPoint()), view.focusWidget()->size())));
+            QTest::keyClick(view.focusWidget(), Qt::Key_Tab);
+        }
+        field->setSelection(0, 3);
+        QTest::keyClicks(field, u"new"_s);
         EXPECT_TRUE(answers.isEmpty());
-        if (end == Return)
-            QTest::keyClick(dialog->findChild<QLineEdit *>(), Qt::Key_Return);
+        if (end == Return || end == Escape)
+            QTest::keyClick(field, end == Return ? Qt::Key_Return : Qt::Key_Escape);
         else if (end == Hidden)
-            window.hide();
-        for (auto *button : dialog->findChildren<QPushButton *>()) {
+            view.hide();
+        for (auto *button : view.findChildren<QPushButton *>()) {
             if (end == Cancel && button->text() == u"No")
                 button->click();
         }
         ASSERT_EQ(answers.size(), 1);
         EXPECT_EQ(answers.first(), end == Return ? std::optional(u"new.txt"_s) : std::nullopt);
+        EXPECT_TRUE(below.isEnabled());
+        EXPECT_EQ(view.focusWidget(), &below);
         ask("third"); // The next question may come from the answer.
-        EXPECT_NE(standingPrompt(window), nullptr);
+        EXPECT_TRUE(Prompt::stands(view));
     }
 }

@@ -108,6 +108,8 @@ void XdndTarget::position(const quint32 *data)
         m_hover->requested = data[4];
         m_hover->action = chosenAction(data[4]);
     }
+    if (known && mayTake && !mayTake())
+        m_hover->requested = m_hover->action = Xcb::none; // Chosen anew at the next move.
     const xcb_atom_t action = known ? m_hover->action : Xcb::none;
     constexpr quint32 accept = 1;
     constexpr quint32 tellEveryMove = 2;
