@@ -49,6 +49,8 @@ TEST(LookTest, EveryPaletteCanBeRead)
     // Known values of the formula.
     EXPECT_DOUBLE_EQ(Look::contrast(Qt::white, Qt::black), 21);
     EXPECT_NEAR(Look::contrast(QColor(0x77, 0x77, 0x77), Qt::white), 4.48, 0.01);
+    for (const QColor &stop : { Brand::top, Brand::bottom })
+        EXPECT_GE(Look::contrast(Brand::onGradient(), stop), 4.5);
     for (qsizetype i = 0; i < palettes.size(); ++i) {
         SCOPED_TRACE(i);
         const QPalette &palette = palettes[i];
@@ -81,14 +83,26 @@ TEST(LookTest, EveryPaletteCanBeRead)
     }
 }
 
-TEST(LookTest, TheCapsuleOfASelectionIsNotWhiteOnTheGradientAtHighContrast)
+TEST(LookTest, TheCountOfASelectionCanBeReadAndAtHighContrastLiesOnTheHighlight)
 {
     ViewWorld w(1);
     w.click(w.row(0));
+    const auto shown = [&](DesktopLook::Scheme scheme, DesktopLook::Contrast level) {
+        w.view->setPalette(DesktopStyle::palette(scheme, level));
+        return w.handle()->grab().toImage();
+    };
     for (const auto scheme : { DesktopLook::Scheme::Light, DesktopLook::Scheme::Dark }) {
-        const QPalette palette = DesktopStyle::palette(scheme, DesktopLook::Contrast::High);
-        w.view->setPalette(palette);
-        const QImage shown = w.handle()->grab().toImage();
-        EXPECT_EQ(shown.pixelColor(shown.width() / 2, 2), palette.color(QPalette::Highlight));
+        QImage picture = shown(scheme, DesktopLook::Contrast::High);
+        EXPECT_EQ(picture.pixelColor(picture.width() / 2, 2),
+                  w.view->palette().color(QPalette::Highlight));
+        picture = shown(scheme, DesktopLook::Contrast::Normal);
+        double best = 0; // Of the symbol and the digit, against the ends of the gradient.
+        for (int x = 8; x < picture.width() - 8; ++x) {
+            const QColor color = picture.pixelColor(x, picture.height() / 2);
+            best = std::max(
+                best,
+                std::min(Look::contrast(color, Brand::top), Look::contrast(color, Brand::bottom)));
+        }
+        EXPECT_GE(best, 4.5);
     }
 }

@@ -6,6 +6,7 @@
 #include <QLinearGradient>
 #include <QRectF>
 
+#include <algorithm>
 #include <array>
 
 /// The program's own colours, in sRGB; everything else comes from the palette.
@@ -34,7 +35,16 @@ inline QLinearGradient gradient(const QRectF &rect, Qt::LayoutDirection directio
     return result;
 }
 
-/// The same for lines, where its colours can be told from what they lie on; else, and at
+/// Of texts on the gradient: black or white, whichever can be read better where it is worse.
+inline QColor onGradient()
+{
+    const auto least = [](const QColor &color) {
+        return std::min(Look::contrast(color, top), Look::contrast(color, bottom));
+    };
+    return least(Qt::white) > least(Qt::black) ? Qt::white : Qt::black;
+}
+
+/// The gradient for lines, where its colours can be told from what they lie on; else, and at
 /// high contrast, nearer to the text's.
 inline QLinearGradient line(const QRectF &rect, Qt::LayoutDirection direction,
                             const QPalette &palette)

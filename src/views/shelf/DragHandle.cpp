@@ -92,7 +92,7 @@ void DragHandle::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const bool selection = m_carries == Carries::Selection;
-    const bool isPlain = Look::isHighContrast(palette()); // White is hard to read on the gradient.
+    const bool isPlain = Look::isHighContrast(palette());
     painter.setPen(Qt::NoPen);
     if (selection && isPlain)
         painter.setBrush(palette().highlight());
@@ -104,7 +104,7 @@ void DragHandle::paintEvent(QPaintEvent *)
 
     const QColor color = !selection ? Look::text(palette())
         : isPlain                   ? palette().color(QPalette::HighlightedText)
-                                    : QColor(Qt::white);
+                                    : Brand::onGradient();
     const auto place = [&](int left, int width) {
         return QStyle::visualRect(layoutDirection(), rect(), QRect(left, 0, width, height()));
     };
