@@ -43,7 +43,9 @@ Ticket X11PointerMonitor::watch(std::function<void(PointerEvent)> handler)
     auto ticket = std::make_shared<Handler>(std::move(handler));
     m_handlers.push_back(ticket);
     if (m_listen == Listen::Nothing) {
+        m_presses = {}; // A finger may have been lifted unheard.
         learnLeftButton();
+        learnDevices();
         listen(Listen::Buttons);
         xcb_flush(m_connection.xcb());
     }
@@ -112,8 +114,10 @@ void X11PointerMonitor::handleEvent(const xcb_generic_event_t &event)
         m_leftDown = false;
         return;
     }
-    const auto happened = meaning(
-        reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event), m_leftButton);
+    const auto &raw = reinterpret_cast<const xcb_input_raw_button_press_event_t &>(event);
+    if (raw.event_type == XCB_INPUT_RAW_TOUCH_BEGIN && !m_presses.knows(raw.sourceid))
+        learnDevices(); // It has just been plugged in, and its first touch is lost.
+    const auto happened = m_presses.meaning(raw);
     if (happened == PointerEvent::Moved) {
         m_movedMeanwhile = true;
         if (m_leftDown && !m_sampling)
@@ -124,35 +128,6 @@ void X11PointerMonitor::handleEvent(const xcb_generic_event_t &event)
         m_nextSample.reset();
         m_sampling = false;
         enqueue(*happened);
-    }
-}
-
-/// A button's event that the server made of a touch is left to the touch. Raw events of all
-/// kinds are laid out alike.
-std::optional<PointerEvent>
-X11PointerMonitor::meaning(const xcb_input_raw_button_press_event_t &event, uint32_t leftButton)
-{
-    const bool isButton = event.detail == leftButton
-        && !(event.flags & XCB_INPUT_POINTER_EVENT_FLAGS_POINTER_EMULATED);
-    const bool isTouch = event.flags & XCB_INPUT_TOUCH_EVENT_FLAGS_TOUCH_EMULATING_POINTER;
-    const auto when = [](bool counts, PointerEvent meant) {
-        return counts ? std::optional(meant) : std::nullopt;
-    };
-    switch (event.event_type) {
-    case XCB_INPUT_RAW_MOTION:
-        return PointerEvent::Moved;
-    case XCB_INPUT_RAW_BUTTON_PRESS:
-        return when(isButton, PointerEvent::LeftDown);
-    case XCB_INPUT_RAW_BUTTON_RELEASE:
-        return when(isButton, PointerEvent::LeftUp);
-    case XCB_INPUT_RAW_TOUCH_BEGIN:
-        return when(isTouch, PointerEvent::LeftDown);
-    case XCB_INPUT_RAW_TOUCH_UPDATE:
-        return when(isTouch, PointerEvent::Moved);
-    case XCB_INPUT_RAW_TOUCH_END:
-        return when(isTouch, PointerEvent::LeftUp);
-    default:
-        return std::nullopt;
     }
 }
 
@@ -173,7 +148,19 @@ void X11PointerMonitor::learnLeftButton()
                 return;
             const uint8_t *map = xcb_get_pointer_mapping_map(reply);
             const uint8_t *left = std::find(map, map + reply->map_len, 1);
-            m_leftButton = left == map + reply->map_len ? 1 : static_cast<uint32_t>(left - map) + 1;
+            m_presses.setLeftButton(
+                left == map + reply->map_len ? 1 : static_cast<uint32_t>(left - map) + 1);
+        });
+}
+
+/// Raw events do not tell a finger on a screen from one on a touchpad.
+void X11PointerMonitor::learnDevices()
+{
+    m_connection.whenAnswered<xcb_input_xi_query_device_reply_t>(
+        xcb_input_xi_query_device(m_connection.xcb(), XCB_INPUT_DEVICE_ALL),
+        [this](const auto *reply) {
+            if (reply)
+                m_presses.learn(*reply);
         });
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/PointerMonitor.h"
 #include "platform/linux/x11/ModifierBits.h"
+#include "platform/linux/x11/RawPresses.h"
 #include "platform/linux/x11/WatchConnection.h"
 
 #include <QPoint>
@@ -40,10 +41,6 @@ public:
     /// That drag has left, or its drop has ended: delivers the release that waits.
     void releaseGateOpened();
 
-    /// What a raw event tells; Moved is any motion. leftButton: its physical number.
-    static std::optional<PointerEvent> meaning(const xcb_input_raw_button_press_event_t &event,
-                                               uint32_t leftButton);
-
 private:
     using Handler = std::function<void(PointerEvent)>;
     enum class Listen { Nothing, Buttons, ButtonsAndMotion };
@@ -61,6 +58,7 @@ private:
     void handleEvent(const xcb_generic_event_t &event);
     void handleBreak();
     void learnLeftButton();
+    void learnDevices();
     void enqueue(PointerEvent event);
     void findWindow(const IncomingPointer &press, xcb_window_t window, xcb_window_t child);
     void setKnown(const IncomingPointer &incoming);
@@ -79,7 +77,7 @@ private:
     std::vector<std::weak_ptr<Handler>> m_handlers;
     std::function<bool()> m_gate;
     Listen m_listen = Listen::Nothing;
-    uint32_t m_leftButton = 1; // Its physical number, which raw events carry.
+    RawPresses m_presses;
     std::deque<IncomingPointer> m_incoming; // In the order of the events.
 
     bool m_leftDown = false; // According to the last event read, delivered or not.
