@@ -110,19 +110,18 @@ int main(int argc, char **argv)
     if (const auto status
         = CommandLine::answered(QByteArrayList(argv + std::min(argc, 1), argv + argc)))
         return *status;
-    const bool isChosen = !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    constexpr const char *choice = "QT_QPA_PLATFORM";
+    const QByteArray chosen = qgetenv(choice);
     if (!LinuxDesktop::chooseWindowSystem())
         return endWithoutServer();
     QApplication application(argc, argv);
-    if (!isChosen)
-        qunsetenv("QT_QPA_PLATFORM"); // What is started from here chooses for itself.
+    // What is started from here chooses for itself.
+    chosen.isEmpty() ? qunsetenv(choice) : qputenv(choice, chosen);
     QApplication::setApplicationName(QStringLiteral("Vantle"));
     QApplication::setApplicationVersion(QStringLiteral(VANTLE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("app.vantleapp.Vantle"));
     QApplication::setQuitOnLastWindowClosed(false);
     refuseSessionRestart(application);
-    if (!LinuxDesktop::hasWindowSystem())
-        return endWithoutServer();
     const Directories directories = XdgDirectories::fromEnvironment();
     SingleInstance instance(directories.state);
     // The toolkit has taken its own arguments out by now.

@@ -22,12 +22,15 @@ def test_starts_with_questions_files_and_company(desktop, program):
     for arguments, status, out in ((["--version"], 0, b"vantle "), (["--no-such-option"], 2, b"")):
         ended = subprocess.run([program.binary, *arguments], env=desktop.environment, capture_output=True, timeout=10)
         assert ended.returncode == status and ended.stdout.startswith(out) and bool(ended.stderr) != bool(out), ended
-    ended = subprocess.run([program.binary], env=desktop.environment | {"DISPLAY": ":9999"}, capture_output=True, timeout=10)
-    assert (ended.returncode, ended.stderr) == (1, b"Vantle needs an X server: it does not run on this platform.\n")
+    for platform in ("", "wayland;xcb", "nonsense"):
+        ended = subprocess.run([program.binary], capture_output=True, timeout=10,
+                               env=desktop.environment | {"DISPLAY": ":9999", "QT_QPA_PLATFORM": platform})
+        assert (ended.returncode, ended.stderr) == (1, b"Vantle needs an X server: it does not run on this platform.\n")
     program.prefer()
     names = [b"n\xe4me.txt", b"-dash", b"b.txt"]
     files = desktop.files(*(f"from/{os.fsdecode(name)}" for name in names))
-    started = [desktop.start(f"vantle-{i}", program.binary, files[0], cwd=files[0].parent) for i in range(5)]
+    started = [desktop.start(f"vantle-{i}", program.binary, files[0], cwd=files[0].parent,
+                             environment={"QT_QPA_PLATFORM": "wayland"}) for i in range(5)]
     wait_for(lambda: sum(p.poll() is None for p in started) == 1, what="all but one to end")
     assert sorted(p.poll() for p in started if p.poll() is not None) == [0] * 4
     program.process = next(p for p in started if p.poll() is None)

@@ -33,9 +33,6 @@
 
 namespace {
 
-/// The toolkit's variable, as the user set it.
-constexpr const char *platformVariable = "QT_QPA_PLATFORM";
-
 /// Work that hangs in a disk at the end may go on at any moment, and posts to the queue:
 /// all that it uses stays, since the process ends where this stands.
 struct LastWork
@@ -56,17 +53,10 @@ struct LastWork
 }
 
 /// Under Wayland the panel can neither see drags begin nor choose its place, so the program
-/// goes through XWayland there.
+/// goes through XWayland there, whatever the desktop has its other programs choose.
 bool LinuxDesktop::chooseWindowSystem()
 {
-    if (qEnvironmentVariableIsEmpty(platformVariable))
-        qputenv(platformVariable, "xcb");
-    return !qgetenv(platformVariable).startsWith("xcb") || X11Desktop::hasServer();
-}
-
-bool LinuxDesktop::hasWindowSystem()
-{
-    return Xcb::toolkitConnection() != nullptr;
+    return X11Desktop::hasServer() && qputenv("QT_QPA_PLATFORM", "xcb");
 }
 
 struct LinuxDesktop::Parts

@@ -14,8 +14,6 @@ public:
     /// application object is made; that one's constructor ends the process where there is no
     /// such system, so false means: do not make it.
     static bool chooseWindowSystem();
-    /// After it has been made: whether it came up on that system.
-    static bool hasWindowSystem();
 
     /// resources: the folder with icons, sounds and texts. textFolder: where texts that users
     /// put on a shelf are kept.
