@@ -6,9 +6,11 @@ import sys
 
 root = pathlib.Path(__file__).resolve().parent.parent
 FORBIDDEN = re.compile(
-    r"\bsetToolTip\b|\bsetWhatsThis\b|\bQToolTip::showText\b|\bnew QLabel\b|:\s*(?:public )?QLabel\b|\bQLabel \w+[;({]"
+    r"\bsetToolTip\b|\bsetWhatsThis\b|\bQToolTip::showText\b|\bnew QLabel\b|\bmake_(?:unique|shared)<QLabel>|:\s*(?:public )?QLabel\b|\bQLabel \w+[;({]"
     r"|\bQ(?:MessageBox|ErrorMessage|ProgressDialog|InputDialog|WhatsThis|TextBrowser|TextDocument|TextEdit|GraphicsTextItem)\b"
-    r"|\b(?:set|insert|append|to)(?:Html|Markdown)\b|\bQt::(?:RichText|AutoText|MarkdownText)\b")
+    r"|\b(?:set|insert|append|to)(?:Html|Markdown)\b|\bQt::(?:RichText|AutoText|MarkdownText)\b"
+    r"|\bQt::ToolTipRole\b(?!, ToolTip::plain\()|\baddRow\((?:QString|QLatin1|tr\(|u?\"|texts?\b)"
+    r"|\bQStaticText\b(?: \w+)?[({]")
 ALLOWED = {
     "views/look/PlainText.h": {": public QLabel", ": QLabel"},
     "views/look/PlainText.cpp": {"setToolTip", "QToolTip::showText"},
@@ -16,6 +18,9 @@ ALLOWED = {
     "platform/linux/transfer/DropFormats.cpp": {"QTextDocument", "setHtml"},
     # Asks whether a widget is one.
     "platform/linux/x11/KeyRouter.cpp": {"QTextEdit"},
+    # One that is set to plain text where it is made.
+    "views/list/ItemRowDelegate.h": {"QStaticText shaped("},
+    "views/list/ItemRowDelegate.cpp": {"QStaticText result("},
     # The tray's, with the program's name.
     "platform/linux/session/TrayItem.cpp": {"setToolTip"},
 }

@@ -167,17 +167,24 @@ def test_other_windows_are_named_and_speak_the_language_that_is_picked(desktop, 
     assert "checked" not in reader.find(SETTINGS, "check box", corner)["states"]
     desktop.type(*["Tab"] * 7)
     recorder = next(n for n in reader.ask("all", SETTINGS) if "focused" in n["states"])
-    assert recorder["name"] == "Ctrl+Alt+S" and recorder["actions"], recorder
+    assert (recorder["role"], recorder["name"]) == ("push button", "Ctrl+Alt+S") and recorder["actions"], recorder
+    desktop.type("Tab", "space")
+    desktop.wait_for_focus("Add Application")
+    assert any(n["role"] == "list item" and n["name"] for n in reader.ask("all", "Add Application"))
+    desktop.keys("Escape")
 
     image = desktop.write(desktop.home / "picture.png", picture(90, 70, IMAGE_COLOUR))
     paper = desktop.write(desktop.home / "paper.pdf", picture(90, 70, LINK_COLOUR, "PDF"))
-    program.add(image, paper)
+    notes = desktop.write(desktop.home / "notes.txt", "line\n" * 500)
+    program.add(image, paper, notes)
     program.activate()
     desktop.type("Down", "space")
     reader.find(image.name, "image", image.name)
     reader.find(image.name, "push button", "Open")
     desktop.keys("Down")
     reader.find(paper.name, "document frame", paper.name)
+    desktop.keys("Down")
+    reader.find(notes.name, "scroll bar", "Vertical scroll bar")
     desktop.keys("Escape")
     RowMenu(program, "keyboard").use(0, 1, ONE, "rename")
     question = "Rename the file"

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 
 namespace {
 
@@ -203,7 +204,11 @@ TEST(SettingsViewTest, TheScreenshotFolderIsMadeAndOfferedWhileItIsNotWatched)
     WindowWorld w;
     auto *add = w.button("watch_add_screenshots");
     ASSERT_TRUE(add && add->isVisible());
+    QScrollBar &bar = *w.view.verticalScrollBar();
+    bar.setValue(bar.maximum() - 80);
+    const int place = bar.value();
     w.press(add, Qt::Key_Space);
+    EXPECT_EQ(bar.value(), place);
     EXPECT_TRUE(QDir(QString::fromUtf8(w.screenshots())).exists());
     EXPECT_EQ(w.settings.watchedFolders.value(),
               QStringList { QString::fromUtf8(w.screenshots()) });
