@@ -93,7 +93,10 @@ void AppDelegate::applicationDidFinishLaunching()
     m_desktop.queue.post([this] { m_toolkitTexts.setLanguage(m_texts.currentCode()); });
     m_cleanupTimer = m_desktop.queue.every(
         cleanupPeriod, [this] { runCleanup(); }, MainQueue::Precision::Coarse);
-    m_panel->onWillShow = [this] { watchLocations(); };
+    m_panel->onWillShow = [this] {
+        watchLocations();
+        iconsSoon();
+    };
 }
 
 void AppDelegate::connectPanel()

@@ -82,6 +82,7 @@ private:
     /// What the shelves' menu offers where no tray does.
     QList<MenuEntry> entriesWithoutTray();
     void titleWindows();
+    void iconsSoon();
     void welcomeOnce();
     void putDemoFile(const QUrl &url);
     void showAbout();
@@ -133,6 +134,7 @@ private:
     FolderWatcher m_folderWatcher;
     OpenWithCache m_openWith;
     std::vector<Ticket> m_subscriptions;
+    Ticket m_iconTimer; // From the first time that the panel comes up.
     Ticket m_cleanupTimer;
     Ticket m_trayMenuLimit; // Runs while the tray's menu is open.
     Ticket m_locationTimer; // Runs while the panel is up.

@@ -130,6 +130,19 @@ void AppDelegate::sendFeedback()
         FileOps::open({ address }, m_desktop.applications, m_desktop.workers);
 }
 
+/// For what lists windows. It is drawn in many sizes, which takes a moment: the panel is up first.
+void AppDelegate::iconsSoon()
+{
+    constexpr double afterwards = 1; // Seconds.
+    if (m_iconTimer)
+        return;
+    m_iconTimer = m_desktop.queue.after(afterwards, [this] {
+        for (const QWidget *view :
+             std::initializer_list<QWidget *> { m_view.get(), m_dockTabView.get() })
+            view->window()->setWindowIcon(programIcon(m_desktop.resources));
+    });
+}
+
 /// In the language in force.
 void AppDelegate::titleWindows()
 {

@@ -68,6 +68,8 @@ def test_an_idle_panel_docks_and_its_tab_brings_it_back(desktop, program):
     desktop.move(*place.centre)
     time.sleep(2)
     assert tab(program) is None, "it docked under the pointer"
+    assert all(desktop.property(window, "_NET_WM_ICON") is not None
+               for window in (program.panel(), *desktop.windows("Vantle Tab", hidden=True)))
     left = time.monotonic()
     rect = dock(program)
     assert 0.9 <= time.monotonic() - left <= 2.5  # It looks at the pointer four times a second.

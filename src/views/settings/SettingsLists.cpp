@@ -89,6 +89,7 @@ void SettingsView::offerApplications()
             offered.append(application);
     }
     auto *dialog = new ApplicationPicker(offered, m_texts, this);
+    dialog->setWindowIcon(windowIcon());
     dialog->onPicked = [this](const QStringList &picked) {
         auto identifiers = m_settings.ignoredApps.value();
         for (const QString &identifier : picked) {
@@ -111,6 +112,7 @@ void SettingsView::pickWatchFolder()
         if (!alive.lock())
             return;
         auto *dialog = new QFileDialog(this, title);
+        dialog->setWindowIcon(windowIcon());
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->setFileMode(QFileDialog::Directory);
         dialog->setOption(QFileDialog::ShowDirsOnly);
