@@ -31,6 +31,7 @@ constexpr double cleanupPeriod = 60; // Seconds.
 constexpr double locationPeriod = 3; // Seconds.
 constexpr double longestTrayMenu = 60; // Seconds after which a tray has forgotten to tell its end.
 constexpr double dropGrace = 0.4; // Seconds in which a drop may still land after the release.
+constexpr double refusalTime = 2; // Seconds for which the panel stays to say that it took nothing.
 
 /// The modifier that a drag must hold down to summon; 0 where none is asked for.
 Modifiers requiredModifier(const QString &setting)
@@ -309,13 +310,14 @@ void AppDelegate::watchLocations()
 
 void AppDelegate::handleDragStart()
 {
+    m_refusalRead.reset(); // The end of this drag decides.
     // A panel that is up stays as it is, and the drag must not change how it goes away.
     if (m_panel->isVisible() && !m_panel->isDocked())
         return;
     m_restoreDock = m_panel->isDocked();
     m_dropBaseline = m_store.items.value().size();
-    m_autoShown = true;
     m_panel->summon();
+    m_autoShown = true;
 }
 
 void AppDelegate::handleDragEnd()
@@ -330,7 +332,13 @@ void AppDelegate::handleDragEnd()
 
 void AppDelegate::finishDrag(qsizetype baseline)
 {
-    if (m_autoShown && m_store.items.value().size() == baseline) {
+    const bool isUnchanged = m_autoShown && m_store.items.value().size() == baseline;
+    if (isUnchanged && m_view->saysNothingTaken()) {
+        m_refusalRead
+            = m_desktop.queue.after(refusalTime, [this, baseline] { finishDrag(baseline); });
+        return;
+    }
+    if (isUnchanged) {
         if (m_restoreDock)
             m_panel->dock();
         else

@@ -143,6 +143,7 @@ private:
     bool m_autoShown = false; // The panel is up only because a drag summoned it.
     qsizetype m_dropBaseline = 0; // Entries on the shelf when that drag began.
     bool m_restoreDock = false; // The panel was docked when that drag began.
+    Ticket m_refusalRead; // Runs while the panel stays up to say that nothing was taken.
     std::deque<Ticket> m_pendingEnds; // Drag ends whose 0.4 seconds run, oldest first.
     // Results that come back later ask it first.
     std::shared_ptr<int> m_alive = std::make_shared<int>(0);

@@ -19,6 +19,8 @@ void AppDelegate::connectPreview()
     };
     m_panel->isPreviewVisible = [this] { return m_preview && m_preview->isUp(); };
     m_panel->onWillHide = [this] {
+        m_refusalRead.reset();
+        m_autoShown = false; // Whatever drag it was up for.
         if (m_preview)
             m_preview->dismiss();
     };

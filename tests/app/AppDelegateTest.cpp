@@ -4,7 +4,8 @@
 
 TEST(AppDelegateTest, APanelThatADragSummonedGoesBackUnlessSomethingWasDropped)
 {
-    for (const bool dropped : { false, true }) {
+    enum Drop { None, Refused, Taken };
+    for (const Drop dropped : { None, Refused, Taken }) {
         for (const bool docked : { false, true }) {
             SCOPED_TRACE(testing::Message() << "dropped " << dropped << ", docked " << docked);
             Application app;
@@ -17,14 +18,19 @@ TEST(AppDelegateTest, APanelThatADragSummonedGoesBackUnlessSomethingWasDropped)
             }
             app.beginFileDrag();
             EXPECT_TRUE(app.window.visible);
-            if (dropped)
+            if (dropped == Taken)
                 app.drop("a note");
+            else if (dropped == Refused)
+                app.dropTarget.onDrop({});
             app.endDrag();
             app.queue.advance(0.39);
             EXPECT_TRUE(app.window.visible);
             app.queue.advance(0.5);
-            EXPECT_EQ(app.window.visible, dropped);
-            EXPECT_EQ(app.tab.visible, docked && !dropped);
+            EXPECT_EQ(app.window.visible, dropped != None);
+            if (dropped == Refused)
+                app.queue.advance(2); // Until it has been read.
+            EXPECT_EQ(app.window.visible, dropped == Taken);
+            EXPECT_EQ(app.tab.visible, docked && dropped != Taken);
         }
     }
 }

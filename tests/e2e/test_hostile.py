@@ -10,6 +10,7 @@ from desktop import wait_for
 from peers import carry, file_list, source, uri_list
 
 main = pytest.mark.main
+TOAST = (29, 29, 29)
 
 
 def assert_takes_the_next_drop(desktop, shelf):
@@ -20,6 +21,11 @@ def assert_takes_the_next_drop(desktop, shelf):
     assert shelf.paths() == [*rows, os.fsencode(good)]
 
 
+def says_no(desktop, shelf):
+    """In words that can be read."""
+    return shelf.panel_is_up() and desktop.find_colour(TOAST, shelf.panel_rect(), 400)
+
+
 def assert_answers(desktop, shelf):
     asked = time.monotonic()
     desktop.run(shelf.binary)  # A second start is answered by the main thread.
@@ -28,13 +34,16 @@ def assert_answers(desktop, shelf):
 
 @main
 def test_sources_that_fail_in_mid_drop_or_answer_late_or_never(desktop, shelf):
-    for then in ("hang", "die"):  # Each answers the question what it carries, and then no more.
+    for then in ("die", "hang"):  # Each answers the question what it carries, and then no more.
         before = shelf.paths()
         bad = source(desktop, {"text/uri-list": {"data": uri_list("/etc/hosts"), "answers": 1, "then": then}})
         desktop.begin_drag(*bad.centre)
         busy = shelf.processor_time()
         shelf.drop()
         bad.event(then)
+        for _ in range(4 if then == "die" else 0):
+            wait_for(lambda: says_no(desktop, shelf), 1, "the words that nothing was taken")
+            time.sleep(0.4)
         assert_answers(desktop, shelf)
         assert shelf.processor_time() - busy < 0.5
         assert shelf.paths() == before
@@ -82,6 +91,11 @@ def test_a_copy_is_asked_for_and_a_move_alone_is_refused(desktop, shelf):
     both = carry(shelf, files, actions=["copy", "move", "link"])
     shelf.wait_for_items(1)
     assert both.event("end")["action"] == 2 and not both.events("delete")  # Copy.
+    for promise in ("XdndDirectSave0", "application/x-kde-ark-dndextract-service"):
+        carry(shelf, {promise: b"later"})
+        wait_for(lambda: says_no(desktop, shelf), 1, "the words")
+        shelf.summon()
+        wait_for(lambda: not says_no(desktop, shelf), 4, "the words to go")
 
 
 @main

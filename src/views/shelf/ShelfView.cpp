@@ -276,6 +276,11 @@ void ShelfView::showNothingTaken()
     showToast(m_texts.text(QStringLiteral("nothing_taken")));
 }
 
+bool ShelfView::saysNothingTaken() const
+{
+    return toastText() == m_texts.text(QStringLiteral("nothing_taken"));
+}
+
 void ShelfView::showToast(const QString &text)
 {
     m_toast->showText(text);

@@ -50,6 +50,7 @@ public:
     void showToast(const QString &text);
     /// For what came in some way and held nothing for a shelf.
     void showNothingTaken();
+    bool saysNothingTaken() const;
     /// The selected entries, or all of them where none is selected.
     QList<ShelfItem> dragOutItems() const;
     /// Asks for another name of the current shelf.

@@ -208,6 +208,12 @@ bool DropFormats::canHold(const QStringList &types)
     });
 }
 
+bool DropFormats::promisesFiles(const QStringList &types)
+{
+    return std::ranges::any_of(
+        promisedFiles, [&](const char *type) { return types.contains(QLatin1String(type)); });
+}
+
 QList<QUrl> DropFormats::urls(const QByteArray &list)
 {
     QList<QUrl> found;

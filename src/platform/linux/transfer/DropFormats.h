@@ -20,12 +20,16 @@ inline constexpr char uriList[] = "text/uri-list";
 /// Each takes its own name for it alone.
 inline constexpr const char *copiedFiles[]
     = { "x-special/gnome-copied-files", "x-special/mate-copied-files" };
-/// Promised files: the source writes them where it is told to.
-inline constexpr char promisedFiles[] = "XdndDirectSave0";
+/// Promised files: the source writes them where it is told to, or waits to be told by the bus
+/// where to unpack them.
+inline constexpr const char *promisedFiles[]
+    = { "XdndDirectSave0", "application/x-kde-ark-dndextract-service",
+        "application/x-kde-ark-dndextract-path" };
 
 /// Whether a drop that offers these types can hold anything for a shelf. Promised
 /// files are none: asking for them has effects.
 bool canHold(const QStringList &types);
+bool promisesFiles(const QStringList &types);
 
 /// The addresses of a text/uri-list in their order. Files of this machine come as
 /// FilePath spells them, with every byte of their names; those of other machines

@@ -85,8 +85,8 @@ void XdndTarget::enter(const quint32 *data)
         return;
     m_hover = Hover { data[0], offeredTypes(data) };
     // Promised files too: their user learns only by the drop that nothing comes of it.
-    m_hover->isWanted = DropFormats::canHold(m_hover->types)
-        || m_hover->types.contains(QLatin1String(DropFormats::promisedFiles));
+    m_hover->isWanted
+        = DropFormats::canHold(m_hover->types) || DropFormats::promisesFiles(m_hover->types);
 }
 
 QStringList XdndTarget::offeredTypes(const quint32 *data)
