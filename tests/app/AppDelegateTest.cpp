@@ -35,7 +35,7 @@ TEST(AppDelegateTest, APanelThatADragSummonedGoesBackUnlessSomethingWasDropped)
     }
 }
 
-TEST(AppDelegateTest, APanelThatWasUpBeforeTheDragStays)
+TEST(AppDelegateTest, APanelThatWasUpBeforeTheDragStaysAndASecondDragWithinTheGraceKeepsNone)
 {
     Application app;
     app.delegate.toggle();
@@ -47,11 +47,6 @@ TEST(AppDelegateTest, APanelThatWasUpBeforeTheDragStays)
     app.delegate.toggle();
     app.queue.advance(1);
     EXPECT_FALSE(app.window.visible);
-}
-
-TEST(AppDelegateTest, ASecondDragWithinTheGraceOfTheFirstDoesNotKeepThePanel)
-{
-    Application app;
     app.beginFileDrag();
     app.endDrag();
     app.queue.advance(0.2);

@@ -10,8 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
-
 namespace {
 
 constexpr Modifiers command = EventModifier::Command;
@@ -215,50 +213,12 @@ TEST(KeysTest, ALinkIsCopiedAsItsAddressAndASnippetAsItsFile)
     EXPECT_EQ(app.sounds.played, std::vector { Sound::Tink });
 }
 
-TEST(ServicesTest, TheServiceTakesFilesElseTextAndSummonsForNothingElse)
+TEST(ServicesTest, WhatNobodyHasMountedIsRefusedInWords)
 {
-    const QUrl path(QStringLiteral("file:///a"));
-    const QUrl address(QStringLiteral("https://example.org/"));
-    const QUrl odd(QStringLiteral("odd:x")); // A scheme of nobody's.
-    const std::tuple<QList<QUrl>, const char *, bool> cases[]
-        = { { { path }, "text", true }, { { address }, "", true }, { { odd }, "text", true },
-            { {}, "text", true },       { {}, "", false },         { { odd }, "", false } };
-    for (const auto &[urls, text, isAdded] : cases) {
-        SCOPED_TRACE(QUrl::toStringList(urls).join(u' ').toStdString() + " with " + text);
-        Application app;
-        EXPECT_EQ(app.delegate.addToShelf(urls, QLatin1String(text)), isAdded);
-        EXPECT_EQ(savedItems(app).size(), isAdded ? 1 : 0);
-        EXPECT_EQ(app.window.visible, isAdded);
-    }
-}
-
-TEST(ServicesTest, ActionsDoWhatTheyAreCalled)
-{
-    Application app({ { QStringLiteral("dockToEdge"), false } });
-    bool quit = false;
-    app.delegate.onQuit = [&] { quit = true; };
-    const auto perform = [&](const char *name) {
-        app.delegate.performAction(QLatin1String(name));
-        app.queue.advance(1);
-        return described(app);
-    };
-    app.delegate.openUrls({ FilePath::toUrl("/usr"), FilePath::toUrl("/etc") });
-    EXPECT_EQ(perform("no such action"), "shelf 1 of 1, 2 entries, up");
-    // Nobody has mounted it: refused, and said so.
+    Application app;
     app.delegate.openUrls({ QUrl(QStringLiteral("smb://nowhere/share")) });
-    EXPECT_EQ(perform("no such action"), "shelf 1 of 1, 2 entries, up");
+    app.queue.settle();
+    EXPECT_TRUE(savedItems(app).isEmpty() && app.window.visible);
     EXPECT_EQ(static_cast<ShelfView *>(app.window.rootView)->toastText(),
               app.texts.text(QStringLiteral("nothing_taken")));
-    EXPECT_EQ(perform("toggle"), "shelf 1 of 1, 2 entries, hidden");
-    EXPECT_EQ(perform("paste"), "shelf 1 of 1, 2 entries, hidden"); // The clipboard is empty.
-    const auto pasted = file("/var");
-    app.clipboard.holds = ItemProviders { pasted };
-    perform("paste");
-    pasted->answer();
-    app.queue.settle();
-    EXPECT_EQ(described(app), "shelf 1 of 1, 3 entries, up");
-    EXPECT_EQ(perform("new-shelf"), "shelf 2 of 2, 0 entries, up");
-    EXPECT_FALSE(quit);
-    perform("quit");
-    EXPECT_TRUE(quit);
 }

@@ -74,9 +74,10 @@ def test_the_bus_drives_it(desktop, shelf):
     act("paste")
     shelf.wait_for_items(1)
     added = [shelf.call(f"{BUS_NAME}.AddToShelf", "(ass)", *values)[0]
-             for values in (([file_url(a)], "ignored"), ([], "text"), ([], ""), (["odd:x"], ""))]
-    assert added == [True, True, False, False]
-    shelf.wait_for_items(3)
+             for values in (([file_url(a)], "ignored"), ([], "text"), (["odd:x"], "text"), (["https://example.org/"], ""),
+                            ([], ""), (["odd:x"], ""))]
+    assert added == [True] * 4 + [False] * 2
+    shelf.wait_for_items(5)
     [description] = shelf.call("org.freedesktop.DBus.Introspectable.Introspect")
     assert 'name="AddToShelf"' in description and 'name="ActivateAction"' in description
     act("no-such-action")

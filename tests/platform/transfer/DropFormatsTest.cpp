@@ -147,6 +147,7 @@ TEST(DropFormatsTest, TheBestTypeIsReadFirstAndUnknownOnesNever)
     EXPECT_TRUE(DropFormats::canHold(offered));
     EXPECT_TRUE(DropFormats::canHold({ u"x/y"_s, u"image/png"_s }));
     EXPECT_FALSE(DropFormats::canHold({ u"XdndDirectSave0"_s, u"application/octet-stream"_s }));
+    EXPECT_TRUE(DropFormats::promisesFiles({ u"application/x-kde-ark-dndextract-path"_s }));
     EXPECT_FALSE(DropFormats::canHold({}));
 }
 
