@@ -4,6 +4,7 @@
 #include "views/look/Look.h"
 #include "views/look/PlainText.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -127,7 +128,12 @@ private:
         m_title->setBuddy(m_field);
         m_field->setAccessibleName(request.message);
         m_field->setMinimumHeight(std::max(fieldHeight, m_field->minimumSizeHint().height()));
-        m_buttons->addButton(request.accept, QDialogButtonBox::AcceptRole)->setDefault(true);
+        auto *accept = m_buttons->addButton(request.accept, QDialogButtonBox::AcceptRole);
+        accept->setDefault(true);
+        // Return presses the button that has the keyboard, and only that one is to look so.
+        connect(qApp, &QApplication::focusChanged, this, [accept](QWidget *, QWidget *now) {
+            accept->setDefault(now == accept || !qobject_cast<QPushButton *>(now));
+        });
         m_buttons->addButton(request.cancel, QDialogButtonBox::RejectRole);
         auto *column = new QVBoxLayout(m_card);
         column->setContentsMargins(cardPadding, cardPadding, cardPadding, cardPadding);
