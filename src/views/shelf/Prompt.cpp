@@ -168,9 +168,9 @@ private:
     void arrange()
     {
         m_title->setAlignment(Qt::Alignment(Look::leading(layoutDirection())) | Qt::AlignVCenter);
-        int wanted = (m_buttons->buttons().size() - 1) * m_buttons->layout()->spacing();
+        int wanted = -m_buttons->layout()->spacing();
         for (const auto *button : m_buttons->buttons())
-            wanted += button->sizeHint().width();
+            wanted += button->sizeHint().width() + m_buttons->layout()->spacing();
         const int room
             = std::min(width() - 2 * cardMargin, m_card->maximumWidth()) - 2 * cardPadding;
         m_buttons->setOrientation(wanted <= room ? Qt::Horizontal : Qt::Vertical);
