@@ -95,7 +95,7 @@ struct LinuxDesktop::Parts
     DesktopThumbnails thumbnails { DesktopThumbnails::placesOf(directories), pictures, pictureLanes,
                                    queue };
     X11Desktop windowSystem;
-    LinuxLook look { queue, windowSystem.settings };
+    LinuxLook look { windowSystem.settings };
     TrayItem statusItem { queue, windowSystem.tray };
 };
 

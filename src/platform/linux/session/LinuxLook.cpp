@@ -1,17 +1,16 @@
 #include "platform/linux/session/LinuxLook.h"
 
-#include "base/MainQueue.h"
-
 #include <QApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
-#include <QPointer>
 #include <QStyle>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace {
@@ -97,17 +96,16 @@ DesktopLook LookSources::look() const
     return look;
 }
 
-LinuxLook::LinuxLook(MainQueue &queue, SettingsManager &manager)
+LinuxLook::LinuxLook(SettingsManager &manager)
     : m_manager(manager)
 {
     m_manager.onSettings = [this](const ManagedSettings &settings) {
         m_sources.xsettings = settings;
         update();
     };
-    queue.post([self = QPointer(this)] {
-        if (self)
-            self->start();
-    });
+    constexpr std::chrono::milliseconds afterTray(
+        1); // A start shows its icon before anything else.
+    QTimer::singleShot(afterTray, this, &LinuxLook::start);
 }
 
 void LinuxLook::start()

@@ -12,7 +12,6 @@
 
 #include <memory>
 
-class MainQueue;
 class QDBusMessage;
 
 /// What the several places say in which a Linux desktop keeps its look.
@@ -36,7 +35,7 @@ class LinuxLook final : public QObject
 
 public:
     /// The manager outlives it.
-    LinuxLook(MainQueue &queue, SettingsManager &manager);
+    explicit LinuxLook(SettingsManager &manager);
 
     Observable<DesktopLook> look;
 

@@ -1,6 +1,6 @@
 #include "platform/linux/session/SystemLanguages.h"
 
-#include <QRegularExpression>
+#include <algorithm>
 
 namespace {
 
@@ -13,15 +13,27 @@ QByteArray messagesLocale()
     return {};
 }
 
+bool isLetterOrDigit(char each)
+{
+    return (each >= '0' && each <= '9') || (each >= 'A' && each <= 'Z')
+        || (each >= 'a' && each <= 'z');
+}
+
 /// Of language[_TERRITORY][.codeset][@modifier]; empty for what is none. Modifiers tell of
 /// scripts and variants that no language of ours has, or of currencies.
 QString tag(const QByteArray &locale)
 {
+    const auto end = std::find_if(locale.begin(), locale.end(),
+                                  [](char letter) { return letter == '.' || letter == '@'; });
     // Some write the tag itself.
-    static const QRegularExpression form(
-        QStringLiteral("^([A-Za-z0-9]{2,8}(?:[_-][A-Za-z0-9]{2,8})*)(?:[.@].*)?$"));
-    const QString name = form.match(QString::fromLatin1(locale)).captured(1);
-    return name == QLatin1String("POSIX") ? QString() : QString(name).replace(u'_', u'-');
+    const QByteArray name = QByteArray(locale.begin(), end - locale.begin()).replace('_', '-');
+    const auto isWord = [](const QByteArray &word) {
+        return word.size() >= 2 && word.size() <= 8
+            && std::all_of(word.begin(), word.end(), isLetterOrDigit);
+    };
+    const auto words = name.split('-');
+    const bool isTag = name != "POSIX" && std::all_of(words.begin(), words.end(), isWord);
+    return isTag ? QString::fromLatin1(name) : QString();
 }
 
 }

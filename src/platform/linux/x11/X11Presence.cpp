@@ -3,6 +3,8 @@
 #include "platform/linux/x11/Xcb.h"
 
 #include <QAccessibleWidget>
+#include <QPixmap>
+#include <QTimer>
 #include <QWidget>
 
 #include <xcb/shape.h>
@@ -81,6 +83,16 @@ void X11Presence::map()
     applyShape();
     applyOpacity();
     m_window.show();
+    constexpr std::chrono::seconds idle(1);
+    QTimer::singleShot(idle, this, [this] { prepare(); });
+}
+
+/// The first painting loads fonts and icons, for which nobody should wait when the panel is to
+/// show.
+void X11Presence::prepare()
+{
+    if (std::exchange(m_isNew, false) && m_view)
+        m_view->grab();
 }
 
 /// The picture follows on the same connection: the server paints only what the shape lets it,
@@ -95,8 +107,7 @@ void X11Presence::show()
         m_view->show();
     if (m_focused)
         m_focused->setFocus();
-    if (std::exchange(m_isNew, false))
-        m_window.repaint(); // The first one takes long: that is over before anything shows.
+    prepare(); // The first painting takes long: that is over before anything shows.
     fit();
     applyOpacity();
     m_window.repaint();

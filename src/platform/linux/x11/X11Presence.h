@@ -57,6 +57,7 @@ private:
     void applyShape();
     void applyOpacity();
     void wipe();
+    void prepare();
     void tell(QAccessible::Event kind);
 
     QWidget &m_window;

@@ -16,22 +16,12 @@ X11TabWindow::X11TabWindow(MainQueue &queue)
               Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint
                   | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus)
     , m_connection(Xcb::toolkitConnection())
-    , m_root(createNative())
+    , m_root(X11Root::ofToolkit(m_connection))
     , m_presence(*this, m_connection, m_root,
                  [this](const QRect &whole, double ratio) { return cut(whole, ratio); })
     , m_drags(queue)
 {
-    m_drags.attach(winId());
-    m_drags.onTargeted = [this](bool targeted) {
-        if (targeted && onDragEntered)
-            onDragEntered();
-    };
-    QTimer::singleShot(X11Presence::mapDelay, this, [this] { m_presence.map(); });
-}
-
-/// A window of 32 bits in any case: a compositor may come later. The root of its screen.
-xcb_window_t X11TabWindow::createNative()
-{
+    // A window of 32 bits in any case: a compositor may come later.
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -39,8 +29,20 @@ xcb_window_t X11TabWindow::createNative()
     setWindowTitle(QStringLiteral("Vantle Tab"));
     setWindowRole(QStringLiteral("tab"));
     setGeometry(QRect(QPoint(), TabWindow::size.toSize()));
-    winId();
-    return X11Root::ofToolkit(m_connection);
+    m_drags.onTargeted = [this](bool targeted) {
+        if (targeted && onDragEntered)
+            onDragEntered();
+    };
+    QTimer::singleShot(X11Presence::mapDelay, this, [this] { map(); });
+}
+
+/// Once, when the program has started.
+void X11TabWindow::map()
+{
+    if (QWidget::isVisible())
+        return;
+    m_drags.attach(winId());
+    m_presence.map();
 }
 
 void X11TabWindow::setRootView(QWidget *view)
@@ -59,6 +61,7 @@ void X11TabWindow::place(const QRectF &frame, DockEdge edge)
 
 void X11TabWindow::orderFront()
 {
+    map();
     m_presence.show();
     raiseBelowLock();
 }

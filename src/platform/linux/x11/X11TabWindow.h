@@ -35,7 +35,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    xcb_window_t createNative();
+    void map();
     QRegion cut(const QRect &whole, double ratio) const;
     void raiseBelowLock();
 
