@@ -3,6 +3,7 @@
 #include "views/look/AccessibleRole.h"
 #include "views/look/Look.h"
 #include "views/look/PlainText.h"
+#include "views/look/TextButton.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -128,13 +129,14 @@ private:
         m_title->setBuddy(m_field);
         m_field->setAccessibleName(request.message);
         m_field->setMinimumHeight(std::max(fieldHeight, m_field->minimumSizeHint().height()));
-        auto *accept = m_buttons->addButton(request.accept, QDialogButtonBox::AcceptRole);
+        auto *accept = new TextButton(request.accept);
+        m_buttons->addButton(accept, QDialogButtonBox::AcceptRole);
         accept->setDefault(true);
         // Return presses the button that has the keyboard, and only that one is to look so.
         connect(qApp, &QApplication::focusChanged, this, [accept](QWidget *, QWidget *now) {
             accept->setDefault(now == accept || !qobject_cast<QPushButton *>(now));
         });
-        m_buttons->addButton(request.cancel, QDialogButtonBox::RejectRole);
+        m_buttons->addButton(new TextButton(request.cancel), QDialogButtonBox::RejectRole);
         auto *column = new QVBoxLayout(m_card);
         column->setContentsMargins(cardPadding, cardPadding, cardPadding, cardPadding);
         column->addWidget(m_title);
