@@ -116,7 +116,7 @@ void AppDelegate::connectPanel()
     m_panel->dragURLs = [this] { return m_store.dragURLs(); };
     m_panel->onDragBegan = [this] { m_view->cancelPress(); };
     connectDock();
-    m_panel->onDraggedOut = [this](const QList<QUrl> &urls) { draggedOut(urls); };
+    m_panel->onDraggedOut = [this](const QList<Address> &urls) { draggedOut(urls); };
     m_view->onDraggedOut = m_panel->onDraggedOut;
     m_view->onClose = [this] { m_panel->hide(); };
     connectPreview();
@@ -131,7 +131,7 @@ void AppDelegate::connectPanel()
 
 void AppDelegate::connectRows()
 {
-    m_view->actions.open = [this](const QList<QUrl> &urls, const QString &application) {
+    m_view->actions.open = [this](const QList<Address> &urls, const QString &application) {
         FileOps::open(urls, m_desktop.applications, m_desktop.workers, application);
     };
     m_view->actions.apps = [this](const QUrl &url) { return m_openWith.apps(url); };
@@ -139,7 +139,7 @@ void AppDelegate::connectRows()
         FileOps::reveal(urls, m_desktop.applications, m_desktop.workers);
     };
     m_view->actions.copyText
-        = [this](const QList<QUrl> &urls) { m_desktop.clipboard.writeText(urls); };
+        = [this](const QList<Address> &urls) { m_desktop.clipboard.writeText(urls); };
 }
 
 void AppDelegate::connectDock()
@@ -347,7 +347,7 @@ void AppDelegate::finishDrag(qsizetype baseline)
     m_autoShown = false;
 }
 
-void AppDelegate::draggedOut(const QList<QUrl> &urls)
+void AppDelegate::draggedOut(const QList<Address> &urls)
 {
     if (m_settings.removeAfterDragOut.value())
         m_store.removeUrls(urls);

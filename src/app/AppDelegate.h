@@ -51,10 +51,10 @@ public:
     /// up and takes the keyboard.
     void activate();
     /// Puts files and web addresses on the shelf and summons the panel.
-    void openUrls(const QList<QUrl> &urls);
+    void openUrls(const QList<Address> &urls);
     /// The same with text, where there is neither; false, and nothing happens, if
     /// there is nothing to add.
-    bool addToShelf(const QList<QUrl> &urls, const QString &text);
+    bool addToShelf(const QList<Address> &urls, const QString &text);
     /// "toggle", "paste", "new-shelf", "settings", "quit".
     void performAction(const QString &name);
 
@@ -93,15 +93,15 @@ private:
     void handleDragStart();
     void handleDragEnd();
     void finishDrag(qsizetype baseline);
-    void draggedOut(const QList<QUrl> &urls);
+    void draggedOut(const QList<Address> &urls);
     bool handleKey(const KeyEvent &event);
     bool handleCommandKey(const KeyEvent &event);
     bool switchToShelf(qsizetype index);
     bool openSelection();
     bool copySelection();
     bool pasteIntoShelf();
-    bool addUrls(const QList<QUrl> &urls);
-    bool addKnownUrls(const QList<QUrl> &urls);
+    bool addUrls(const QList<Address> &urls);
+    bool addKnownUrls(const QList<Address> &urls);
 
     template<typename T>
     void whenSet(Observable<T> &property, typename Observable<T>::Handler handler,

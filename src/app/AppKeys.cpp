@@ -77,7 +77,7 @@ bool AppDelegate::handleCommandKey(const KeyEvent &event)
 
 bool AppDelegate::openSelection()
 {
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const ShelfItem &item : m_store.selectedItems())
         urls.append(item.url);
     if (urls.isEmpty())

@@ -174,7 +174,7 @@ bool AppDelegate::pasteIntoShelf()
 
 bool AppDelegate::copySelection()
 {
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const ShelfItem &item : m_store.selectedItems())
         urls.append(item.target());
     if (urls.isEmpty())
@@ -184,7 +184,7 @@ bool AppDelegate::copySelection()
     return true;
 }
 
-bool AppDelegate::addToShelf(const QList<QUrl> &urls, const QString &text)
+bool AppDelegate::addToShelf(const QList<Address> &urls, const QString &text)
 {
     if (!addUrls(urls)) {
         if (text.isEmpty())
@@ -195,7 +195,7 @@ bool AppDelegate::addToShelf(const QList<QUrl> &urls, const QString &text)
     return true;
 }
 
-void AppDelegate::openUrls(const QList<QUrl> &urls)
+void AppDelegate::openUrls(const QList<Address> &urls)
 {
     addUrls(urls);
     m_panel->summon();
@@ -203,7 +203,7 @@ void AppDelegate::openUrls(const QList<QUrl> &urls)
 
 /// Whether there was anything that a shelf takes, or may take once the desktop has told
 /// where it has mounted it.
-bool AppDelegate::addUrls(const QList<QUrl> &urls)
+bool AppDelegate::addUrls(const QList<Address> &urls)
 {
     if (!std::any_of(urls.begin(), urls.end(), m_desktop.isRemote))
         return addKnownUrls(urls);
@@ -221,15 +221,15 @@ bool AppDelegate::addUrls(const QList<QUrl> &urls)
     return true;
 }
 
-bool AppDelegate::addKnownUrls(const QList<QUrl> &urls)
+bool AppDelegate::addKnownUrls(const QList<Address> &urls)
 {
     QList<QUrl> files;
     QStringList addresses;
-    for (const QUrl &url : urls) {
+    for (const Address &url : urls) {
         if (url.isLocalFile())
             files.append(url);
         else if (isWebAddress(url))
-            addresses.append(QString::fromLatin1(url.toEncoded()));
+            addresses.append(QString::fromUtf8(url.text));
     }
     if (!files.isEmpty())
         m_store.add(files);

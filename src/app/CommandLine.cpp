@@ -73,9 +73,9 @@ std::optional<int> CommandLine::answered(const QByteArrayList &arguments)
     return {};
 }
 
-QList<QUrl> CommandLine::urls(const QByteArrayList &arguments, const QByteArray &folder)
+QList<Address> CommandLine::urls(const QByteArrayList &arguments, const QByteArray &folder)
 {
-    QList<QUrl> urls;
+    QList<Address> urls;
     bool onlyFiles = false;
     for (const QByteArray &argument : arguments) {
         if (!onlyFiles && argument.startsWith('-'))

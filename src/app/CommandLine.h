@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QByteArrayList>
 #include <QList>
 #include <QUrl>
@@ -16,6 +18,6 @@ std::optional<int> answered(const QByteArrayList &arguments);
 
 /// The files and addresses among them. What begins with "-" is none, unless it comes after
 /// "--". folder: where relative paths begin.
-QList<QUrl> urls(const QByteArrayList &arguments, const QByteArray &folder);
+QList<Address> urls(const QByteArrayList &arguments, const QByteArray &folder);
 
 }

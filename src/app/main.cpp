@@ -36,7 +36,7 @@ QStringList resourcePlaces()
 }
 
 int run(QApplication &application, const Directories &directories, SingleInstance &instance,
-        const QList<QUrl> &files)
+        const QList<Address> &files)
 {
     const QStringList places = resourcePlaces();
     const auto bundle = Localizer::findBundle(places);
@@ -56,9 +56,9 @@ int run(QApplication &application, const Directories &directories, SingleInstanc
     delegate.applicationDidFinishLaunching();
     instance.deliverTo({
         .activate = [&delegate] { delegate.activate(); },
-        .open = [&delegate](const QList<QUrl> &urls) { delegate.openUrls(urls); },
+        .open = [&delegate](const QList<Address> &urls) { delegate.openUrls(urls); },
         .perform = [&delegate](const QString &action) { delegate.performAction(action); },
-        .addToShelf = [&delegate](const QList<QUrl> &urls,
+        .addToShelf = [&delegate](const QList<Address> &urls,
                                   const QString &text) { return delegate.addToShelf(urls, text); },
     });
     if (!files.isEmpty())

@@ -138,7 +138,7 @@ void Drop::take(const ItemProviders &providers)
 void Drop::takeFile(ItemProvider &provider, int index, const std::shared_ptr<Group> &group)
 {
     group->enter();
-    provider.loadUrl([self = shared_from_this(), index, group](const std::optional<QUrl> &url) {
+    provider.loadUrl([self = shared_from_this(), index, group](const std::optional<Address> &url) {
         if (url && url->isLocalFile())
             self->m_files.add(*url, index);
         group->leave();
@@ -167,12 +167,10 @@ void Drop::takeText(ItemProvider &provider)
 
 void Drop::takeUrl(ItemProvider &provider)
 {
-    provider.loadUrl([self = shared_from_this()](const std::optional<QUrl> &url) {
-        if (!url)
-            return;
-        self->gain([text = QString::fromLatin1(url->toEncoded())](ShelfStore &store) {
-            store.addText(text);
-        });
+    provider.loadUrl([self = shared_from_this()](const std::optional<Address> &url) {
+        if (url)
+            self->gain(
+                [text = QString::fromUtf8(url->text)](ShelfStore &store) { store.addText(text); });
     });
 }
 

@@ -18,14 +18,14 @@ bool isDrag(const QPointF &from, const QPointF &to)
 
 }
 
-void FileDrag::begin(const QList<QUrl> &urls, DragSession &session, Icons &icons, const QPointF &at,
-                     std::function<void(bool)> onEnd)
+void FileDrag::begin(const QList<Address> &urls, DragSession &session, Icons &icons,
+                     const QPointF &at, std::function<void(bool)> onEnd)
 {
     if (urls.isEmpty())
         return;
     QList<DraggingItem> items;
     items.reserve(urls.size());
-    for (const QUrl &url : urls) {
+    for (const Address &url : urls) {
         const auto i = items.size();
         QIcon icon;
         if (i < drawnIcons)
@@ -99,7 +99,7 @@ void HandleDrag::mouseDragged(const QPointF &location)
         return;
     const QPointF at = *m_downPoint;
     m_downPoint.reset();
-    const QList<QUrl> list = urls ? urls() : QList<QUrl>();
+    const QList<Address> list = urls ? urls() : QList<Address>();
     FileDrag::begin(list, m_session, m_icons, at,
                     [this, alive = std::weak_ptr(m_alive), list](bool accepted) {
                         if (accepted && alive.lock() && onDraggedOut)

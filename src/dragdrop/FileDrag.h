@@ -18,7 +18,7 @@ namespace FileDrag {
 
 /// Drags these addresses out of the window, from a press at that point of it.
 /// onEnd gets whether a target took them. Does nothing without an address.
-void begin(const QList<QUrl> &urls, DragSession &session, Icons &icons, const QPointF &at,
+void begin(const QList<Address> &urls, DragSession &session, Icons &icons, const QPointF &at,
            std::function<void(bool accepted)> onEnd);
 
 }
@@ -35,9 +35,9 @@ public:
     bool routeRowDrag(WindowButtonEvent event, const QPointF &location);
 
     std::function<void()> beginPress; // Forgets the row of the press before.
-    std::function<std::optional<QList<QUrl>>()> dragURLs; // None while no row is pressed.
+    std::function<std::optional<QList<Address>>()> dragURLs; // None while no row is pressed.
     std::function<void()> onBegan; // The press has become a drag, and is no click any more.
-    std::function<void(const QList<QUrl> &)> onDraggedOut; // Only what a target took.
+    std::function<void(const QList<Address> &)> onDraggedOut; // Only what a target took.
 
 private:
     bool dragged(const QPointF &location);
@@ -60,8 +60,8 @@ public:
     void mouseDragged(const QPointF &location);
     void mouseUp();
 
-    std::function<QList<QUrl>()> urls;
-    std::function<void(const QList<QUrl> &)> onDraggedOut;
+    std::function<QList<Address>()> urls;
+    std::function<void(const QList<Address> &)> onDraggedOut;
 
 private:
     DragSession &m_session;

@@ -11,10 +11,10 @@
 namespace {
 
 /// Each is looked at where its own disk is waited for, and after the one before it.
-void openNext(QList<QUrl> urls, QList<QUrl> targets, const QString &application,
+void openNext(QList<Address> urls, QList<Address> targets, const QString &application,
               Applications &applications, Workers &workers)
 {
-    const QUrl next = urls.takeFirst();
+    const Address next = urls.takeFirst();
     workers.runAt(FilePath::fromUrl(next),
                   [next, urls, targets, application, &applications, &workers]() mutable {
                       targets.append(FileOps::opened(next));
@@ -29,7 +29,7 @@ void openNext(QList<QUrl> urls, QList<QUrl> targets, const QString &application,
 
 }
 
-QUrl FileOps::opened(const QUrl &url)
+Address FileOps::opened(const Address &url)
 {
     const QByteArray path = FilePath::fromUrl(url);
     if (!path.toLower().endsWith(".webloc"))
@@ -38,7 +38,7 @@ QUrl FileOps::opened(const QUrl &url)
     return content.bytes ? WebLocation::decode(*content.bytes).value_or(url) : url;
 }
 
-void FileOps::open(const QList<QUrl> &urls, Applications &applications, Workers &workers,
+void FileOps::open(const QList<Address> &urls, Applications &applications, Workers &workers,
                    const QString &application)
 {
     if (!urls.isEmpty())

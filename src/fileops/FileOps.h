@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QList>
 #include <QString>
 #include <QUrl>
@@ -13,7 +15,7 @@ namespace FileOps {
 
 /// Opens all in that application; without one, each in its default application, in
 /// order. Of a web location file the address in it is opened.
-void open(const QList<QUrl> &urls, Applications &applications, Workers &workers,
+void open(const QList<Address> &urls, Applications &applications, Workers &workers,
           const QString &application = {});
 
 /// Shows them in the file manager.
@@ -21,6 +23,6 @@ void reveal(const QList<QUrl> &urls, Applications &applications, Workers &worker
 
 /// What is opened for the file: applications of this desktop do not know web
 /// location files. Reads the file, so on workers only.
-QUrl opened(const QUrl &url);
+Address opened(const Address &url);
 
 }

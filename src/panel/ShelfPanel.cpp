@@ -90,7 +90,7 @@ void ShelfPanel::connectWindow()
         if (onDragBegan)
             onDragBegan();
     };
-    m_rowDrag.onDraggedOut = [this](const QList<QUrl> &urls) {
+    m_rowDrag.onDraggedOut = [this](const QList<Address> &urls) {
         if (onDraggedOut)
             onDraggedOut(urls);
     };

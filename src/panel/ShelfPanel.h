@@ -43,9 +43,9 @@ public:
     std::function<bool()> onPreview;
     // A press on a row that becomes a drag, as RowDrag tells them.
     std::function<void()> beginPress;
-    std::function<std::optional<QList<QUrl>>()> dragURLs;
+    std::function<std::optional<QList<Address>>()> dragURLs;
     std::function<void()> onDragBegan;
-    std::function<void(const QList<QUrl> &)> onDraggedOut;
+    std::function<void(const QList<Address> &)> onDraggedOut;
     // What the idle watch asks before it docks the panel, as PanelDocking tells them.
     std::function<bool()> canDock;
     std::function<bool()> hasModal;

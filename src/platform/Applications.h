@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Address.h"
 #include "platform/InstalledApplication.h"
 
 #include <QList>
@@ -24,9 +25,9 @@ public:
     virtual ~Applications() = default;
     /// Opens each by itself in its default application, in order. What has no
     /// application, or fails, is passed over.
-    virtual void open(const QList<QUrl> &) { }
+    virtual void open(const QList<Address> &) { }
     /// Opens all of them together in that application, if it is still there.
-    virtual void open(const QList<QUrl> &, const QString & /*application*/) { }
+    virtual void open(const QList<Address> &, const QString & /*application*/) { }
     /// Those that can open it, the default one first; at most that many.
     virtual QList<OpenWithApp> thatOpen(const QUrl &, int /*limit*/) { return {}; }
     /// All that have a desktop entry, in no order.

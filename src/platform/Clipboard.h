@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Address.h"
 #include "platform/DropTarget.h"
 
 /// What users copy and paste. Main thread.
@@ -17,8 +18,8 @@ public:
 
     /// Puts these there together: files as copied files, everything as text. It
     /// outlives the program where the desktop has a clipboard manager.
-    virtual void write(const QList<QUrl> &urls) = 0;
+    virtual void write(const QList<Address> &urls) = 0;
 
     /// The same as text alone: a path or an address a line.
-    virtual void writeText(const QList<QUrl> &urls) = 0;
+    virtual void writeText(const QList<Address> &urls) = 0;
 };

@@ -29,6 +29,7 @@ class PictureDecoder;
 class PointerMonitor;
 class Preferences;
 class QKeyEvent;
+struct Address;
 class QUrl;
 class QWidget;
 class Screens;
@@ -77,7 +78,7 @@ struct Desktop
     /// Whether an address is one that the desktop may have mounted (sftp, smb, mtp …).
     std::function<bool(const QUrl &)> isRemote;
     /// The addresses with the local paths of those that it has mounted. For worker threads.
-    std::function<QList<QUrl>(const QList<QUrl> &)> localFiles;
+    std::function<QList<Address>(const QList<Address> &)> localFiles;
     /// Plays a sound or film, paused at first.
     std::function<std::unique_ptr<MediaPlayer>(const QUrl &)> play;
     /// The desktop's question for a folder in front of a window, with its title: the first

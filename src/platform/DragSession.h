@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QIcon>
 #include <QList>
 #include <QRectF>
@@ -13,7 +15,7 @@ class QWidget;
 /// of the window from which it is dragged.
 struct DraggingItem
 {
-    QUrl url;
+    Address url;
     QIcon icon;
     QRectF frame;
 };
@@ -25,8 +27,8 @@ class DragSession
 public:
     virtual ~DragSession() = default;
     /// Starts the drag for the press that is being handled, at that point of the
-    /// window, and returns at once. Calls onEnd once, with whether a target took it; a target that has
-    /// not said so 10 seconds after the release has not.
+    /// window, and returns at once. Calls onEnd once, with whether a target took it; a target that
+    /// has not said so 10 seconds after the release has not.
     virtual void begin(const QList<DraggingItem> &items, const QPointF &at,
                        std::function<void(bool accepted)> onEnd)
         = 0;

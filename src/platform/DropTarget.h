@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -26,7 +28,7 @@ public:
     virtual bool hasText() const = 0;
     virtual bool hasUrl() const = 0;
 
-    virtual void loadUrl(std::function<void(std::optional<QUrl>)> completion) = 0;
+    virtual void loadUrl(std::function<void(std::optional<Address>)> completion) = 0;
     virtual void loadText(std::function<void(std::optional<QString>)> completion) = 0;
     virtual void loadData(const QString &type,
                           std::function<void(std::optional<QByteArray>)> completion)

@@ -16,7 +16,7 @@ public:
     bool hasText() const override { return false; }
     bool hasUrl() const override { return true; }
 
-    void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
+    void loadUrl(std::function<void(std::optional<Address>)> completion) override
     {
         completion(m_url);
     }

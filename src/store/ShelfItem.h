@@ -24,10 +24,10 @@ struct ShelfItem
     std::optional<WebAddress> link;
 
     /// What opening, copying and dragging it are about: its web address, or its file.
-    QUrl target() const
+    Address target() const
     {
-        const QUrl web = link ? link->url() : QUrl();
-        return web.isValid() ? web : url;
+        const Address web = link ? link->url() : Address();
+        return web.isValid() ? web : Address(url);
     }
 
     bool operator==(const ShelfItem &) const = default;

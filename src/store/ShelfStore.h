@@ -77,7 +77,7 @@ public:
 
     void removeIds(const QSet<QUuid> &given);
     /// Matches an entry's file as well as its web address.
-    void removeUrls(const QList<QUrl> &urls);
+    void removeUrls(const QList<Address> &urls);
     void clear();
     /// Whether entries came back.
     bool undoRemove();
@@ -129,7 +129,7 @@ public:
     /// of one of several, else the row alone.
     QList<ShelfItem> targets(const ShelfItem &item) const;
     /// What a drag from the pressed row carries; none without such a row.
-    std::optional<QList<QUrl>> dragURLs() const;
+    std::optional<QList<Address>> dragURLs() const;
 
     /// Files of the store's own: deleted with their entry, and never any other.
     bool isManaged(const QUrl &url) const;

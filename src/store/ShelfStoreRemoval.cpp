@@ -43,7 +43,7 @@ void ShelfStore::removeIds(const QSet<QUuid> &given)
     stashForUndo(std::move(removed));
 }
 
-void ShelfStore::removeUrls(const QList<QUrl> &urls)
+void ShelfStore::removeUrls(const QList<Address> &urls)
 {
     QSet<QByteArray> wanted;
     for (const QUrl &url : urls)

@@ -82,12 +82,12 @@ QList<ShelfItem> ShelfStore::targets(const ShelfItem &item) const
     return together ? selectedItems() : QList { item };
 }
 
-std::optional<QList<QUrl>> ShelfStore::dragURLs() const
+std::optional<QList<Address>> ShelfStore::dragURLs() const
 {
     const qsizetype pressed = itemIndex(pressedID);
     if (pressed < 0)
         return std::nullopt;
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const ShelfItem &item : targets(items.value().at(pressed)))
         urls.append(item.target());
     return urls;

@@ -45,7 +45,7 @@ std::optional<WebAddress> WebAddress::typed(const QString &text)
     return plain.match(trimmed).hasMatch() ? WebAddress(trimmed) : WebAddress(url);
 }
 
-QUrl WebAddress::url() const
+Address WebAddress::url() const
 {
-    return parsed(m_text);
+    return { parsed(m_text), m_text.toUtf8() };
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
@@ -29,7 +31,7 @@ public:
 
     const QString &text() const { return m_text; }
     /// For programs that take no text; not valid for some that were stored.
-    QUrl url() const;
+    Address url() const;
 
     bool operator==(const WebAddress &) const = default;
 

@@ -132,12 +132,15 @@ QByteArray WebLocation::encode(const WebAddress &address)
         + QByteArrayLiteral("</string>\n</dict>\n</plist>\n");
 }
 
-std::optional<QUrl> WebLocation::decode(const QByteArray &bytes)
+std::optional<Address> WebLocation::decode(const QByteArray &bytes)
 {
     if (bytes.size() > largest)
         return std::nullopt;
     const auto address
         = bytes.startsWith("bplist00") ? BinaryList(bytes).addressInRoot() : addressInXml(bytes);
-    const QUrl url(address.value_or(QString()).trimmed());
-    return url.isValid() && !url.isRelative() ? std::optional(url) : std::nullopt;
+    const QString text = address.value_or(QString()).trimmed();
+    if (const auto web = WebAddress::typed(text))
+        return web->url();
+    const QUrl url(text);
+    return url.isValid() && !url.isRelative() ? std::optional<Address>(url) : std::nullopt;
 }

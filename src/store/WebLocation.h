@@ -3,7 +3,6 @@
 #include "store/WebAddress.h"
 
 #include <QByteArray>
-#include <QUrl>
 
 #include <optional>
 
@@ -15,6 +14,6 @@ QByteArray encode(const WebAddress &address);
 
 /// The absolute address under "URL" in the root dictionary, of the XML form or
 /// the binary one; none for anything else.
-std::optional<QUrl> decode(const QByteArray &bytes);
+std::optional<Address> decode(const QByteArray &bytes);
 
 }

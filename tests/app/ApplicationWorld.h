@@ -146,7 +146,7 @@ public:
                              {},
                              {},
                              [](const QUrl &url) { return url.scheme() == u"smb"_s; },
-                             [](const QList<QUrl> &urls) { return urls; },
+                             [](const QList<Address> &urls) { return urls; },
                              {},
                              {} },
                            texts };

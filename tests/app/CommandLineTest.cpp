@@ -32,20 +32,17 @@ TEST(CommandLineTest, QuestionsAndMistakesAreAnsweredAndNothingElseIs)
 
 TEST(CommandLineTest, FilesAndAddressesAreTold)
 {
-    const struct
-    {
-        QByteArrayList arguments;
-        QByteArrayList urls;
-    } cases[] = {
+    const std::pair<QByteArrayList, QByteArrayList> cases[] = {
         { { "a", "/b/../c", "n\xE4me", "a:b" },
           { "file:///d/a", "file:///c", "file:///d/n%E4me", "file:///d/a:b" } },
-        { { "file:///a%20b", "https://x.org/" }, { "file:///a%20b", "https://x.org/" } },
+        { { "file:///a%20b", "https://X.org/%7e", "https://X.org/ ä" },
+          { "file:///a%20b", "https://X.org/%7e", "https://x.org/%20%C3%A4" } },
         { { "-x", "--gapplication-service", "", "--", "-x" }, { "file:///d/-x" } },
     };
-    for (const auto &c : cases) {
+    for (const auto &[arguments, expected] : cases) {
         QByteArrayList urls;
-        for (const QUrl &url : CommandLine::urls(c.arguments, "/d"))
-            urls.append(url.toEncoded());
-        EXPECT_EQ(urls, c.urls);
+        for (const Address &url : CommandLine::urls(arguments, "/d"))
+            urls.append(url.text);
+        EXPECT_EQ(urls, expected);
     }
 }

@@ -122,8 +122,9 @@ TEST(KeysTest, EachKeyDoesWhatTheTableSays)
         { "Escape, the selection", Escape, 0, "", true, "shelf 1 of 2, 3 entries, up" },
         { "Escape, the panel", Escape, 0, "", true, "shelf 1 of 2, 3 entries, hidden" },
     };
+    const Address link({}, "https://Example.org/%7e");
     Application app({ { QStringLiteral("dockToEdge"), false } }); // The story takes its time.
-    for (const char *text : { "one", "two", "three" })
+    for (const char *text : { "one", link.text.constData(), "three" })
         app.drop(text);
     app.delegate.activate();
     app.queue.advance(1);
@@ -142,10 +143,15 @@ TEST(KeysTest, EachKeyDoesWhatTheTableSays)
         app.queue.advance(1);
         EXPECT_EQ(described(app), step.after);
         EXPECT_EQ(app.applications.opened.size(), step.opened);
-        if (app.window.visible) {
-            EXPECT_EQ(app.press(8, command, "c"), step.copied > 0);
-        }
+        app.sounds.played.clear();
+        EXPECT_EQ(app.window.visible && app.press(8, command, "c"), step.copied > 0);
+        EXPECT_EQ(app.sounds.played, std::vector(step.copied > 0 ? 1U : 0U, Sound::Tink));
         EXPECT_EQ(app.clipboard.written.size(), step.copied);
+        // A link goes out as its address, a snippet as its file.
+        for (const auto &sent : { app.applications.opened, app.clipboard.written }) {
+            EXPECT_TRUE(sent.isEmpty() || sent.first().isLocalFile());
+            EXPECT_EQ(sent.value(1, link).text, link.text);
+        }
     }
 }
 
@@ -197,20 +203,6 @@ TEST(KeysTest, APasteTakesFilesThenTextThenAPicture)
         for (qsizetype i = 0; i < items.size(); ++i)
             EXPECT_TRUE(items.at(i).url.toEncoded().endsWith(c.endings.at(i)));
     }
-}
-
-TEST(KeysTest, ALinkIsCopiedAsItsAddressAndASnippetAsItsFile)
-{
-    Application app;
-    app.drop("https://example.org/a");
-    app.drop("a note");
-    app.press(0, command, "a");
-    app.sounds.played.clear();
-    EXPECT_TRUE(app.press(8, command, "c"));
-    ASSERT_EQ(app.clipboard.written.size(), 2);
-    EXPECT_EQ(app.clipboard.written.first(), QUrl(QStringLiteral("https://example.org/a")));
-    EXPECT_TRUE(app.clipboard.written.last().isLocalFile());
-    EXPECT_EQ(app.sounds.played, std::vector { Sound::Tink });
 }
 
 TEST(ServicesTest, WhatNobodyHasMountedIsRefusedInWords)

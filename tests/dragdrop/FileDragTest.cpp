@@ -6,23 +6,23 @@
 
 namespace {
 
-const QUrl fileUrl(QStringLiteral("file:///a"));
-const QUrl webUrl(QStringLiteral("https://example.org/"));
+const Address fileUrl(QUrl(QStringLiteral("file:///a")));
+const Address webUrl(QUrl(QStringLiteral("https://example.org/")));
 
 struct RowWorld
 {
     FakeDragSession session;
     FakeIcons icons;
     RowDrag drag { session, icons };
-    std::optional<QList<QUrl>> pressed = QList { fileUrl, webUrl };
+    std::optional<QList<Address>> pressed = QList { fileUrl, webUrl };
     int presses = 0;
-    QList<QUrl> out;
+    QList<Address> out;
 
     RowWorld()
     {
         drag.beginPress = [this] { ++presses; };
         drag.dragURLs = [this] { return pressed; };
-        drag.onDraggedOut = [this](const QList<QUrl> &urls) { out = urls; };
+        drag.onDraggedOut = [this](const QList<Address> &urls) { out = urls; };
     }
     bool down(double x, double y)
     {
@@ -43,7 +43,7 @@ TEST(FileDragTest, IconsFanOutDownAndRightAndOnlyEightAreDrawn)
     FakeIcons icons;
     FileDrag::begin({}, session, icons, { 100, 50 }, [](bool) { FAIL(); });
     EXPECT_TRUE(session.begun.empty());
-    FileDrag::begin(QList<QUrl>(10, fileUrl), session, icons, { 100, 50 }, [](bool) {});
+    FileDrag::begin(QList<Address>(10, fileUrl), session, icons, { 100, 50 }, [](bool) {});
     const auto &items = session.begun.at(0).items;
     ASSERT_EQ(items.size(), 10);
     EXPECT_EQ(items[0].frame, QRectF(80, 30, 40, 40));
@@ -67,16 +67,10 @@ TEST(RowDragTest, ADragBeginsThreePointsFromThePressAndIsTheOnlyOne)
     EXPECT_FALSE(w.up());
     w.down(0, 0);
     w.move(0, 5);
-    EXPECT_EQ(w.session.begun.size(), 2U);
-}
-
-TEST(RowDragTest, APressOutsideAllRowsDragsNothing)
-{
-    RowWorld w;
-    w.pressed.reset();
+    w.pressed.reset(); // Outside all rows.
     w.down(10, 10);
     EXPECT_FALSE(w.move(200, 200));
-    EXPECT_TRUE(w.session.begun.empty());
+    EXPECT_EQ(w.session.begun.size(), 2U);
 }
 
 TEST(RowDragTest, OnlyWhatATargetTookCountsAsDraggedOutAlsoAfterThePanelsEnd)
@@ -87,10 +81,10 @@ TEST(RowDragTest, OnlyWhatATargetTookCountsAsDraggedOutAlsoAfterThePanelsEnd)
     w->pressed = QList { webUrl }; // Another selection by the time the drag ends.
     const auto end = w->session.begun.at(0).onEnd;
     end(false);
-    EXPECT_EQ(w->out, QList<QUrl>());
+    EXPECT_EQ(w->out, QList<Address>());
     end(true);
     EXPECT_EQ(w->out, QList({ fileUrl, webUrl }));
-    w->drag.onDraggedOut = [](const QList<QUrl> &) { FAIL(); };
+    w->drag.onDraggedOut = [](const QList<Address> &) { FAIL(); };
     w.reset();
     end(true);
 }
@@ -100,7 +94,7 @@ TEST(HandleDragTest, OneDragForEachPressWithWhatIsThereWhenItBegins)
     FakeDragSession session;
     FakeIcons icons;
     HandleDrag handle(session, icons);
-    QList<QUrl> list { fileUrl };
+    QList<Address> list { fileUrl };
     handle.urls = [&] { return list; };
     handle.mouseDragged({ 50, 50 }); // No press before it.
     handle.mouseDown({ 0, 0 });

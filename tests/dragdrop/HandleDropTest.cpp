@@ -99,7 +99,7 @@ TEST(HandleDropTest, OneFormIsTakenOfEachObjectTheFirstThatApplies)
         { "an image by another of its names", "image/x-bmp", false, false, "image/x-bmp" },
         { "an image that cannot be decoded", "image/tiff", true, false, "image/tiff" },
         { "text before address", "text/plain", true, true, "", "two words" },
-        { "address alone", "x", false, true, "", "example.org/a", true },
+        { "address alone", "x", false, true, "", "Example.org/a", true },
         { "nothing that is known", "application/x-color", false, false, "" },
     };
     for (const auto &c : cases) {
@@ -111,7 +111,7 @@ TEST(HandleDropTest, OneFormIsTakenOfEachObjectTheFirstThatApplies)
         if (c.hasText)
             provider->text = QStringLiteral("two words");
         if (c.hasUrl)
-            provider->url = QUrl(QStringLiteral("https://www.example.org/a"));
+            provider->url = Address({}, "https://Example.org/a");
         drop.handle({ provider });
         provider->answer();
         drop.urls();

@@ -153,7 +153,7 @@ const std::array kinds {
         x.s.addText(q(text.c_str()));
         if (const auto address = WebAddress::typed(q(text.c_str())))
             x.m.addLink(address->text().toStdString(),
-                        ShelfStore::linkTitle(address->url()).toStdString());
+                        ShelfStore::linkTitle(*address).toStdString());
         else
             x.m.addText(text); } },
     Kind { "Image", 2, {}, [](const Call &x) { // Two files on their way cannot have one name.

@@ -276,7 +276,7 @@ std::string StorePair::differenceOfSelection()
 {
     const auto carried = store->dragURLs();
     const auto dragged = model.dragged();
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const auto &entry : dragged.value_or(ModelState::Entries()))
         urls.append(item(entry).target());
     const auto focus = store->focus.value();

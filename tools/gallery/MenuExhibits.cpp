@@ -47,9 +47,9 @@ public:
         : m_stage(surroundings)
         , m_rows(m_stage.store, m_stage.texts, m_actions)
     {
-        m_actions = { [](const QList<QUrl> &, const QString &) {},
+        m_actions = { [](const QList<Address> &, const QString &) {},
                       [](const QUrl &) { return applications(); }, [] {},
-                      [](const QList<QUrl> &) {}, [](const QList<QUrl> &) {} };
+                      [](const QList<QUrl> &) {}, [](const QList<Address> &) {} };
         m_stage.fillShelves();
         m_stage.fillUsual();
         if (which == RowCase::Selection)

@@ -5,8 +5,8 @@
 class FakeApplications final : public Applications
 {
 public:
-    void open(const QList<QUrl> &urls) override { opened += urls; }
-    void open(const QList<QUrl> &urls, const QString &application) override
+    void open(const QList<Address> &urls) override { opened += urls; }
+    void open(const QList<Address> &urls, const QString &application) override
     {
         opened += urls;
         openedWith = application;
@@ -21,7 +21,7 @@ public:
 
     QList<OpenWithApp> installed;
     QList<QUrl> asked;
-    QList<QUrl> opened;
+    QList<Address> opened;
     QString openedWith;
     QList<QUrl> revealed;
 };

@@ -13,10 +13,10 @@ public:
             completion(*holds);
         return holds.has_value();
     }
-    void write(const QList<QUrl> &urls) override { written = urls; }
-    void writeText(const QList<QUrl> &urls) override { writtenAsText = urls; }
+    void write(const QList<Address> &urls) override { written = urls; }
+    void writeText(const QList<Address> &urls) override { writtenAsText = urls; }
 
     std::optional<ItemProviders> holds;
-    QList<QUrl> written;
-    QList<QUrl> writtenAsText;
+    QList<Address> written;
+    QList<Address> writtenAsText;
 };

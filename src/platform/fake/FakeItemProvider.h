@@ -14,7 +14,7 @@ public:
     bool hasText() const override { return text.has_value(); }
     bool hasUrl() const override { return url.has_value(); }
 
-    void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
+    void loadUrl(std::function<void(std::optional<Address>)> completion) override
     {
         pending.push_back([this, completion = std::move(completion)] { completion(url); });
     }
@@ -38,7 +38,7 @@ public:
 
     QStringList types;
     bool isFile = false;
-    std::optional<QUrl> url;
+    std::optional<Address> url;
     std::optional<QString> text;
     std::optional<QByteArray> data;
     QStringList asked;

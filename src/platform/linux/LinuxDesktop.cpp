@@ -147,7 +147,7 @@ Desktop LinuxDesktop::interfaces()
              .screenshotFolder = [directories = parts.directories,
                                   desktops] { return screenshotFolder(directories, desktops); },
              .isRemote = LocalFiles::isRemote,
-             .localFiles = [](const QList<QUrl> &urls) { return LocalFiles::examined(urls); },
+             .localFiles = [](const QList<Address> &urls) { return LocalFiles::examined(urls); },
              .play =
                  [&parts](const QUrl &url) {
                      return std::make_unique<PlayerProcess>(

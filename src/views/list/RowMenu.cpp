@@ -40,9 +40,9 @@ QIcon iconOf(const OpenWithApp &app)
     return QDir::isAbsolutePath(app.icon) ? QIcon(app.icon) : QIcon::fromTheme(app.icon);
 }
 
-QList<QUrl> urlsOf(const QList<ShelfItem> &items)
+QList<Address> urlsOf(const QList<ShelfItem> &items)
 {
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const ShelfItem &item : items)
         urls.append(item.url);
     return urls;
@@ -116,7 +116,7 @@ void RowMenu::add(Entry entry, QMenu &menu, const ShelfItem &item, const QList<S
     const auto offer = [&menu](const QString &text, auto action) {
         menu.addAction(text, &menu, std::move(action));
     };
-    const QList<QUrl> urls = urlsOf(targets);
+    const QList<Address> urls = urlsOf(targets);
     switch (entry) {
     case Entry::Open:
         if (m_actions.open)
@@ -132,7 +132,7 @@ void RowMenu::add(Entry entry, QMenu &menu, const ShelfItem &item, const QList<S
     case Entry::Reveal:
         if (m_actions.reveal)
             offer(m_texts.text(QStringLiteral("reveal_finder")),
-                  [this, urls] { m_actions.reveal(urls); });
+                  [this, urls] { m_actions.reveal(QList<QUrl>(urls.begin(), urls.end())); });
         break;
     case Entry::Rename:
         offer(m_texts.text(QStringLiteral("rename_menu")), [this, item] { onRename(item); });
@@ -155,7 +155,7 @@ void RowMenu::add(Entry entry, QMenu &menu, const ShelfItem &item, const QList<S
     }
 }
 
-void RowMenu::addOpenWith(QMenu &menu, const ShelfItem &item, const QList<QUrl> &urls)
+void RowMenu::addOpenWith(QMenu &menu, const ShelfItem &item, const QList<Address> &urls)
 {
     const auto apps
         = m_actions.apps && m_actions.open ? m_actions.apps(item.url) : QList<OpenWithApp>();
@@ -193,7 +193,7 @@ void RowMenu::addRemove(QMenu &menu, const QList<ShelfItem> &targets)
 
 void RowMenu::copy(const QList<ShelfItem> &targets) const
 {
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const ShelfItem &item : targets)
         urls.append(item.target());
     m_actions.copyText(urls);

@@ -18,13 +18,13 @@ class ShelfStore;
 struct RowActions
 {
     /// In that application; without one, each in its default application.
-    std::function<void(const QList<QUrl> &, const QString &application)> open;
+    std::function<void(const QList<Address> &, const QString &application)> open;
     /// Those that open such a file, as far as they are known by now; the first
     /// question makes them known soon.
     std::function<QList<OpenWithApp>(const QUrl &)> apps;
     std::function<void()> preview;
     std::function<void(const QList<QUrl> &)> reveal;
-    std::function<void(const QList<QUrl> &)> copyText;
+    std::function<void(const QList<Address> &)> copyText;
 };
 
 /// The menu of one row: everything that can be done with its entry, or with the
@@ -71,7 +71,7 @@ public:
 
 private:
     void add(Entry entry, QMenu &menu, const ShelfItem &item, const QList<ShelfItem> &targets);
-    void addOpenWith(QMenu &menu, const ShelfItem &item, const QList<QUrl> &urls);
+    void addOpenWith(QMenu &menu, const ShelfItem &item, const QList<Address> &urls);
     void addShelves(QMenu &menu, const QList<ShelfItem> &targets);
     void addRemove(QMenu &menu, const QList<ShelfItem> &targets);
     void copy(const QList<ShelfItem> &targets) const;

@@ -77,12 +77,12 @@ void ShelfView::connectHeader()
     };
     connect(&m_header->title(), &TitleButton::pressed, this, [this] { openShelfMenu(); });
     m_header->drag().urls = [this] {
-        QList<QUrl> urls;
+        QList<Address> urls;
         for (const auto &item : dragOutItems())
             urls.append(item.target());
         return urls;
     };
-    m_header->drag().onDraggedOut = [this](const QList<QUrl> &urls) {
+    m_header->drag().onDraggedOut = [this](const QList<Address> &urls) {
         if (onDraggedOut)
             onDraggedOut(urls);
     };

@@ -75,7 +75,7 @@ public:
     /// The background was dragged: the window is to follow the pointer.
     std::function<void()> onMoveWindow;
     /// What a target took from the header's handle.
-    std::function<void(const QList<QUrl> &)> onDraggedOut;
+    std::function<void(const QList<Address> &)> onDraggedOut;
     /// What the preview would show has changed.
     std::function<void()> onPreviewItems;
     /// What the shelves' menu ends with, at the moment when it opens.

@@ -16,7 +16,7 @@ public:
     explicit MenuWorld(int count)
         : ViewWorld(count)
     {
-        view->actions.open = [this](const QList<QUrl> &urls, const QString &application) {
+        view->actions.open = [this](const QList<Address> &urls, const QString &application) {
             opened = urls;
             openedWith = application;
         };
@@ -25,7 +25,7 @@ public:
             return apps;
         };
         view->actions.reveal = [this](const QList<QUrl> &urls) { revealed = urls; };
-        view->actions.copyText = [](const QList<QUrl> &) {};
+        view->actions.copyText = [](const QList<Address> &) {};
         m_rowMenu.onRename = [this](const ShelfItem &item) { view->rename(item); };
         m_rowMenu.onToast = [this](const QString &text) { view->showToast(text); };
     }
@@ -54,7 +54,8 @@ public:
 
     QList<OpenWithApp> apps { { u"a.desktop"_s, u"Cut & Paste"_s, {} },
                               { u"b.desktop"_s, u"Other"_s, {} } };
-    QList<QUrl> asked, opened, revealed;
+    QList<QUrl> asked, revealed;
+    QList<Address> opened;
     QString openedWith;
 
 private:
@@ -114,14 +115,14 @@ TEST(RowMenuTest, ARowOutsideTheSelectionStandsForItselfAlone)
     EXPECT_EQ(w.entries(0),
               u"open|open_with|reveal_finder|rename_menu|-|copy_path|save_to_shelf|-|-|remove"_s);
     w.choose(0, u"open"_s);
-    EXPECT_EQ(w.opened, QList<QUrl> { w.item(0).url });
+    EXPECT_EQ(w.opened, QList<Address> { w.item(0).url });
     EXPECT_EQ(w.selectedRows(), QList<int>({ 1, 2 }));
 
     EXPECT_EQ(w.entries(2),
               u"open|open_with|reveal_finder|-|copy_path|save_to_shelf|-|-|remove_n"_s);
     EXPECT_EQ(w.entries(2, u"open_with"_s), u"Cut && Paste|Other"_s);
     w.choose(2, u"Other"_s);
-    EXPECT_EQ(w.opened, QList<QUrl>({ w.item(1).url, w.item(2).url }));
+    EXPECT_EQ(w.opened, QList<Address>({ w.item(1).url, w.item(2).url }));
     EXPECT_EQ(w.openedWith, u"b.desktop"_s);
     w.choose(2, u"remove_n"_s);
     EXPECT_EQ(w.store().items.value().size(), 2);
@@ -142,23 +143,23 @@ TEST(RowMenuTest, ADoubleClickDoesWhatTheSettingSays)
     MenuWorld w(3);
     int previews = 0;
     w.view->actions.preview = [&] { ++previews; };
-    const QList<QUrl> url { w.item(1).url };
+    const QUrl url = w.item(1).url;
     w.settings.doubleClickAction.set(u"open"_s);
     w.doubleClick(w.row(1));
-    EXPECT_EQ(w.opened, url);
+    EXPECT_EQ(w.opened, QList<Address> { url });
     w.settings.doubleClickAction.set(u"reveal"_s);
     w.doubleClick(w.row(1));
-    EXPECT_EQ(w.revealed, url);
+    EXPECT_EQ(w.revealed, QList { url });
     EXPECT_EQ(w.selectedRows(), QList<int> { 1 });
     w.settings.doubleClickAction.set(u"anything"_s);
     w.view->activate(w.item(1));
     EXPECT_EQ(previews, 1);
     EXPECT_EQ(w.ql.startIndex, 1);
 
-    w.store().addLink(QUrl(u"https://example.org/a"_s));
+    w.store().addText(u"https://Example.org/a"_s);
     w.settle();
     w.view->activate(w.item(3)); // An address is opened whatever the setting says.
-    EXPECT_EQ(w.opened, QList<QUrl> { QUrl(u"https://example.org/a"_s) });
+    EXPECT_EQ(w.opened.first().text, "https://Example.org/a");
     EXPECT_EQ(previews, 1);
 }
 

@@ -36,7 +36,7 @@ QUrl mounted(const QUrl &url)
 }
 
 /// A directory's address ends with a slash, whatever the source wrote.
-QUrl withSlashOfKind(const QUrl &url)
+Address withSlashOfKind(const Address &url)
 {
     const QByteArray path = FilePath::fromUrl(url);
     struct stat status;
@@ -60,18 +60,18 @@ bool LocalFiles::isRemote(const QUrl &url)
 
 /// A file system, or the service of a virtual one, may take for ever to answer: the
 /// thread that hangs is left behind.
-QList<QUrl> LocalFiles::examined(const QList<QUrl> &urls, std::chrono::milliseconds limit)
+QList<Address> LocalFiles::examined(const QList<Address> &urls, std::chrono::milliseconds limit)
 {
     struct Look
     {
         std::mutex mutex;
         std::condition_variable changed;
-        QList<QUrl> done;
+        QList<Address> done;
     };
     auto look = std::make_shared<Look>();
     const bool begun = startDetached([look, urls] {
-        for (const QUrl &url : urls) {
-            const QUrl known = withSlashOfKind(isRemote(url) ? mounted(url) : url);
+        for (const Address &url : urls) {
+            const Address known = withSlashOfKind(isRemote(url) ? Address(mounted(url)) : url);
             const std::lock_guard guard(look->mutex);
             look->done.append(known);
             if (look->done.size() == urls.size())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QList>
 #include <QUrl>
 
@@ -15,7 +17,7 @@ bool isRemote(const QUrl &url);
 /// The same addresses, as local ones where the desktop has mounted what they name, and
 /// those of directories with a slash at the end. What has not been answered by the limit
 /// stands as it was. Waits that long at most: worker threads only.
-QList<QUrl> examined(const QList<QUrl> &urls,
-                     std::chrono::milliseconds limit = std::chrono::seconds(2));
+QList<Address> examined(const QList<Address> &urls,
+                        std::chrono::milliseconds limit = std::chrono::seconds(2));
 
 }

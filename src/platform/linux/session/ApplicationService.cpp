@@ -10,7 +10,7 @@
 namespace {
 
 /// What is no address, or a file of another machine, is left out.
-QList<QUrl> urlsOf(const QVariant &uris)
+QList<Address> urlsOf(const QVariant &uris)
 {
     return DropFormats::urls(uris.toStringList().join(u'\n').toUtf8());
 }

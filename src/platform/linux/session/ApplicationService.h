@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QDBusVirtualObject>
 #include <QList>
 #include <QString>
@@ -13,10 +15,10 @@
 struct ServiceRequests
 {
     std::function<void()> activate;
-    std::function<void(const QList<QUrl> &)> open;
+    std::function<void(const QList<Address> &)> open;
     std::function<void(const QString &action)> perform;
     /// Files, else text; whether there was anything to add.
-    std::function<bool(const QList<QUrl> &, const QString &text)> addToShelf;
+    std::function<bool(const QList<Address> &, const QString &text)> addToShelf;
 };
 
 /// The object that the program's interfaces are served from. Requests that come

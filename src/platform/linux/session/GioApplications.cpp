@@ -96,8 +96,8 @@ public:
         : m_userTime(std::move(userTime))
     {
     }
-    void open(const QList<QUrl> &urls) override;
-    void open(const QList<QUrl> &urls, const QString &application) override;
+    void open(const QList<Address> &urls) override;
+    void open(const QList<Address> &urls, const QString &application) override;
     QList<OpenWithApp> thatOpen(const QUrl &url, int limit) override;
     QList<InstalledApplication> all() override;
     void reveal(const QList<QUrl> &urls) override;
@@ -108,23 +108,23 @@ private:
 
 }
 
-void GioApplications::open(const QList<QUrl> &urls)
+void GioApplications::open(const QList<Address> &urls)
 {
     const quint32 time = m_userTime();
-    for (const QUrl &url : urls) {
+    for (const Address &url : urls) {
         g_autoptr(GAppLaunchContext) context = newContext(time);
-        g_app_info_launch_default_for_uri(url.toEncoded().constData(), context, nullptr);
+        g_app_info_launch_default_for_uri(url.text.constData(), context, nullptr);
     }
 }
 
-void GioApplications::open(const QList<QUrl> &urls, const QString &application)
+void GioApplications::open(const QList<Address> &urls, const QString &application)
 {
     g_autoptr(GDesktopAppInfo) info = g_desktop_app_info_new(application.toUtf8().constData());
     if (!info)
         return;
     QByteArrayList addresses;
-    for (const QUrl &url : urls)
-        addresses.append(url.toEncoded());
+    for (const Address &url : urls)
+        addresses.append(url.text);
     g_autoptr(GList) list = nullptr;
     for (QByteArray &address : addresses)
         list = g_list_append(list, address.data());
@@ -168,7 +168,7 @@ QList<InstalledApplication> GioApplications::all()
 void GioApplications::reveal(const QList<QUrl> &urls)
 {
     QStringList addresses;
-    QList<QUrl> folders;
+    QList<Address> folders;
     for (const QUrl &url : urls) {
         addresses.append(QString::fromLatin1(url.toEncoded()));
         const QUrl folder

@@ -16,8 +16,8 @@ public:
     /// window system's time, told to what is started, because window managers keep behind
     /// what does not know it. Called on any thread.
     LateApplications(QString module, std::function<quint32()> userTime);
-    void open(const QList<QUrl> &urls) override { loaded().open(urls); }
-    void open(const QList<QUrl> &urls, const QString &application) override
+    void open(const QList<Address> &urls) override { loaded().open(urls); }
+    void open(const QList<Address> &urls, const QString &application) override
     {
         loaded().open(urls, application);
     }

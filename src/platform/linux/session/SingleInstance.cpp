@@ -47,7 +47,7 @@ SingleInstance::~SingleInstance()
         busNamed(m_connection).unregisterObject(objectPath);
 }
 
-SingleInstance::Result SingleInstance::acquire(const QList<QUrl> &files)
+SingleInstance::Result SingleInstance::acquire(const QList<Address> &files)
 {
     const bool canAsk = busNamed(m_connection).isConnected();
     const QDeadlineTimer deadline(canAsk ? startLimit : endLimit);
@@ -109,7 +109,7 @@ bool SingleInstance::serve()
     return false;
 }
 
-SingleInstance::HandOver SingleInstance::handOver(const QList<QUrl> &files) const
+SingleInstance::HandOver SingleInstance::handOver(const QList<Address> &files) const
 {
     const QDBusConnection bus = busNamed(m_connection);
     if (!bus.isConnected())
@@ -120,8 +120,8 @@ SingleInstance::HandOver SingleInstance::handOver(const QList<QUrl> &files) cons
     // The bus must not start yet another process.
     message.setAutoStartService(false);
     QStringList uris;
-    for (const QUrl &file : files)
-        uris.append(QString::fromLatin1(file.toEncoded()));
+    for (const Address &file : files)
+        uris.append(QString::fromUtf8(file.text));
     if (!uris.isEmpty())
         message << uris;
     message << QVariantMap();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Descriptor.h"
+#include "platform/Address.h"
 
 #include <QByteArray>
 #include <QList>
@@ -33,7 +34,7 @@ public:
 
     /// To be called before anything else touches a file. Waits for the bus and
     /// for a first process that is just starting, 2 seconds at most for each.
-    Result acquire(const QList<QUrl> &files = {});
+    Result acquire(const QList<Address> &files = {});
 
     /// Sets who answers requests of other programs, those that came earlier included.
     void deliverTo(ServiceRequests requests);
@@ -43,7 +44,7 @@ private:
 
     bool isHeldByOthers();
     bool serve();
-    HandOver handOver(const QList<QUrl> &files) const;
+    HandOver handOver(const QList<Address> &files) const;
 
     QByteArray m_folder;
     QString m_connection;

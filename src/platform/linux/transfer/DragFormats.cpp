@@ -11,9 +11,9 @@ constexpr const char *utf8Types[] = { "text/plain;charset=utf-8", "UTF8_STRING",
 
 /// Without a directory's slash: toolkits take the name behind the last one, and
 /// would find a directory without a name.
-QByteArray lineFor(const QUrl &url)
+QByteArray lineFor(const Address &url)
 {
-    QByteArray line = url.toEncoded();
+    QByteArray line = url.text;
     if (url.isLocalFile() && line.endsWith('/') && url.path() != QLatin1String("/"))
         line.chop(1);
     return line;
@@ -27,7 +27,7 @@ void appendLinks(QList<DragFormats::Format> &formats, const QByteArrayList &link
     // Without a mark at its beginning, as browsers write it.
     QStringEncoder utf16(QStringConverter::Utf16LE);
     formats.append(
-        { QStringLiteral("text/x-moz-url"), utf16(QString::fromLatin1(titled.join('\n'))), {} });
+        { QStringLiteral("text/x-moz-url"), utf16(QString::fromUtf8(titled.join('\n'))), {} });
     formats.append({ QStringLiteral("_NETSCAPE_URL"), titled.first(), {} });
 }
 
@@ -41,7 +41,7 @@ void appendText(QList<DragFormats::Format> &formats, const QString &text)
 
 /// What a single entry says or shows. Judged by name and place: nobody waits for the
 /// disk when a drag begins.
-QList<DragFormats::Format> contentFormats(const QList<QUrl> &urls, const QByteArray &textFolder)
+QList<DragFormats::Format> contentFormats(const QList<Address> &urls, const QByteArray &textFolder)
 {
     const QByteArray path = urls.size() == 1 ? FilePath::fromUrl(urls.first()) : QByteArray();
     QList<DragFormats::Format> formats;
@@ -58,12 +58,12 @@ QList<DragFormats::Format> contentFormats(const QList<QUrl> &urls, const QByteAr
 
 }
 
-QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls,
+QList<DragFormats::Format> DragFormats::formatsFor(const QList<Address> &urls,
                                                    const QByteArray &textFolder)
 {
     QByteArray list;
     QByteArrayList links;
-    for (const QUrl &url : urls) {
+    for (const Address &url : urls) {
         const QByteArray line = lineFor(url);
         list += line + "\r\n";
         if (!url.isLocalFile())
@@ -77,16 +77,16 @@ QList<DragFormats::Format> DragFormats::formatsFor(const QList<QUrl> &urls,
     if (links.isEmpty())
         return formats + contentFormats(urls, textFolder);
     appendLinks(formats, links);
-    appendText(formats, QString::fromLatin1(links.join('\n')));
+    appendText(formats, QString::fromUtf8(links.join('\n')));
     return formats;
 }
 
-QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &urls,
+QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<Address> &urls,
                                                             const QByteArray &textFolder)
 {
     QByteArrayList files;
     QByteArrayList links;
-    for (const QUrl &url : urls)
+    for (const Address &url : urls)
         (url.isLocalFile() ? files : links).append(lineFor(url));
     QList<Format> formats;
     if (!files.isEmpty()) {
@@ -104,12 +104,12 @@ QList<DragFormats::Format> DragFormats::clipboardFormatsFor(const QList<QUrl> &u
     return hasText ? formats : formats + textFormatsFor(urls);
 }
 
-QList<DragFormats::Format> DragFormats::textFormatsFor(const QList<QUrl> &urls)
+QList<DragFormats::Format> DragFormats::textFormatsFor(const QList<Address> &urls)
 {
     QStringList lines;
-    for (const QUrl &url : urls)
+    for (const Address &url : urls)
         lines.append(url.isLocalFile() ? FilePath::display(FilePath::fromUrl(url))
-                                       : QString::fromLatin1(lineFor(url)));
+                                       : QString::fromUtf8(lineFor(url)));
     QList<Format> formats;
     if (!lines.isEmpty())
         appendText(formats, lines.join(u'\n'));

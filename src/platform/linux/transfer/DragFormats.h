@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -21,14 +23,14 @@ inline constexpr qsizetype contentCap = 32 << 20; // Bytes of a file that are of
 /// for a single text of ours, which lies in that folder: many targets take text
 /// before files, and a path is not what they want. A single picture offers its bytes
 /// after its file. Links without files are offered as a browser offers them.
-QList<Format> formatsFor(const QList<QUrl> &urls, const QByteArray &textFolder);
+QList<Format> formatsFor(const QList<Address> &urls, const QByteArray &textFolder);
 
 /// The same for the clipboard, where text is what an editor pastes: a path or an
 /// address a line, or the single text itself. The forms that file managers take hold the files
 /// alone, marked as copied.
-QList<Format> clipboardFormatsFor(const QList<QUrl> &urls, const QByteArray &textFolder);
+QList<Format> clipboardFormatsFor(const QList<Address> &urls, const QByteArray &textFolder);
 
 /// A path or an address a line, alone.
-QList<Format> textFormatsFor(const QList<QUrl> &urls);
+QList<Format> textFormatsFor(const QList<Address> &urls);
 
 }

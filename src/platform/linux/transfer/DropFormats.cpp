@@ -167,7 +167,7 @@ std::optional<QUrl> fileUrl(QByteArrayView rest)
     return FilePath::toUrl(FilePath::standardized(path), kind);
 }
 
-std::optional<QUrl> addressOfLine(QByteArrayView line)
+std::optional<Address> addressOfLine(QByteArrayView line)
 {
     line = line.trimmed();
     if (line.isEmpty() || line.startsWith('#') || line.contains('\0'))
@@ -178,7 +178,7 @@ std::optional<QUrl> addressOfLine(QByteArrayView line)
     const QUrl url = QUrl::fromEncoded(line.toByteArray());
     if (!url.isValid() || url.scheme().isEmpty())
         return std::nullopt;
-    return url;
+    return Address(url, line.toByteArray());
 }
 
 QByteArrayView withoutZeros(QByteArrayView data)
@@ -214,9 +214,9 @@ bool DropFormats::promisesFiles(const QStringList &types)
         promisedFiles, [&](const char *type) { return types.contains(QLatin1String(type)); });
 }
 
-QList<QUrl> DropFormats::urls(const QByteArray &list)
+QList<Address> DropFormats::urls(const QByteArray &list)
 {
-    QList<QUrl> found;
+    QList<Address> found;
     const QByteArrayView all = withoutZeros(list);
     for (const QByteArray &line : all.toByteArray().replace('\r', '\n').split('\n')) {
         if (const auto url = addressOfLine(line))
@@ -261,7 +261,7 @@ std::optional<QString> DropFormats::text(const QString &type, const QByteArray &
     return text;
 }
 
-std::optional<QUrl> DropFormats::url(const QString &type, const QByteArray &data)
+std::optional<Address> DropFormats::url(const QString &type, const QByteArray &data)
 {
     const QString lines
         = urlCharsetOf(type) == Charset::Utf16 ? fromUtf16(data) : fromBytes(withoutZeros(data));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Address.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -34,7 +36,7 @@ bool promisesFiles(const QStringList &types);
 /// The addresses of a text/uri-list in their order. Files of this machine come as
 /// FilePath spells them, with every byte of their names; those of other machines
 /// and what is no address are left out.
-QList<QUrl> urls(const QByteArray &list);
+QList<Address> urls(const QByteArray &list);
 
 /// The types among these that hold text or an address, the best first.
 QStringList textTypes(const QStringList &types);
@@ -42,6 +44,6 @@ QStringList urlTypes(const QStringList &types);
 
 /// None where the data holds no text, or no address.
 std::optional<QString> text(const QString &type, const QByteArray &data);
-std::optional<QUrl> url(const QString &type, const QByteArray &data);
+std::optional<Address> url(const QString &type, const QByteArray &data);
 
 }

@@ -44,7 +44,8 @@ class DroppedObject final : public ItemProvider
 {
 public:
     /// The reading's thread goes on while an object holds it.
-    DroppedObject(std::shared_ptr<DropReading> reading, QStringList types, std::optional<QUrl> url)
+    DroppedObject(std::shared_ptr<DropReading> reading, QStringList types,
+                  std::optional<Address> url)
         : m_reading(std::move(reading))
         , m_types(std::move(types))
         , m_url(std::move(url))
@@ -55,7 +56,7 @@ public:
     bool hasText() const override { return !DropFormats::textTypes(m_types).isEmpty(); }
     bool hasUrl() const override { return m_url || !DropFormats::urlTypes(m_types).isEmpty(); }
 
-    void loadUrl(std::function<void(std::optional<QUrl>)> completion) override
+    void loadUrl(std::function<void(std::optional<Address>)> completion) override
     {
         if (m_url) {
             // A file that has no local path counts as one that could not be had.
@@ -63,9 +64,9 @@ public:
                 m_reading->gained();
             return completion(m_url);
         }
-        m_reading->load<QUrl>(
+        m_reading->load<Address>(
             [types = DropFormats::urlTypes(m_types)](SelectionReader &reader) {
-                return readFirst<QUrl>(reader, types, DropFormats::url);
+                return readFirst<Address>(reader, types, DropFormats::url);
             },
             std::move(completion));
     }
@@ -91,12 +92,12 @@ public:
 private:
     std::shared_ptr<DropReading> m_reading;
     QStringList m_types;
-    std::optional<QUrl> m_url;
+    std::optional<Address> m_url;
 };
 
 /// What the portal hands over for a sandboxed source, whose own list would name
 /// places inside its sandbox.
-std::optional<QList<QUrl>> portalUrls(SelectionReader &reader, const QStringList &types)
+std::optional<QList<Address>> portalUrls(SelectionReader &reader, const QStringList &types)
 {
     const auto type = std::find_if(types.begin(), types.end(), [](const QString &name) {
         return name == QLatin1String(DropFormats::portalTransfer)
@@ -110,13 +111,13 @@ std::optional<QList<QUrl>> portalUrls(SelectionReader &reader, const QStringList
     const auto paths = key.isEmpty() ? std::nullopt : PortalFiles::retrieve(key);
     if (!paths)
         return std::nullopt;
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const QByteArray &path : *paths)
         urls.append(FilePath::toUrl(FilePath::standardized(path)));
     return urls;
 }
 
-QList<QUrl> listedUrls(SelectionReader &reader, const QStringList &types)
+QList<Address> listedUrls(SelectionReader &reader, const QStringList &types)
 {
     if (const auto urls = portalUrls(reader, types))
         return *urls;
@@ -190,7 +191,7 @@ ItemProviders DropReading::objects(SelectionReader &reader)
         return { std::make_shared<DroppedObject>(
             hold, types, urls.isEmpty() ? std::nullopt : std::optional(urls.first())) };
     ItemProviders objects;
-    for (const QUrl &url : hasFiles ? LocalFiles::examined(urls) : urls)
+    for (const Address &url : hasFiles ? LocalFiles::examined(urls) : urls)
         objects.append(std::make_shared<DroppedObject>(
             hold, QStringList { QLatin1String(DropFormats::uriList) }, url));
     return objects;

@@ -59,12 +59,12 @@ bool X11Clipboard::read(std::function<void(const ItemProviders &)> completion)
     return true;
 }
 
-void X11Clipboard::write(const QList<QUrl> &urls)
+void X11Clipboard::write(const QList<Address> &urls)
 {
     offer(DragFormats::clipboardFormatsFor(urls, m_textFolder));
 }
 
-void X11Clipboard::writeText(const QList<QUrl> &urls)
+void X11Clipboard::writeText(const QList<Address> &urls)
 {
     offer(DragFormats::textFormatsFor(urls));
 }

@@ -22,8 +22,8 @@ public:
     ~X11Clipboard() override;
 
     bool read(std::function<void(const ItemProviders &)> completion) override;
-    void write(const QList<QUrl> &urls) override;
-    void writeText(const QList<QUrl> &urls) override;
+    void write(const QList<Address> &urls) override;
+    void writeText(const QList<Address> &urls) override;
 
 private:
     bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;

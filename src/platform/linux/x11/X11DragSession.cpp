@@ -27,7 +27,7 @@ QPoint native(const QPointF &at)
 }
 
 /// The paths of a drag that holds nothing but files.
-QByteArrayList portalPaths(const QList<QUrl> &urls)
+QByteArrayList portalPaths(const QList<Address> &urls)
 {
     QByteArrayList paths;
     for (const QUrl &url : urls) {
@@ -70,7 +70,7 @@ void X11DragSession::beginFrom(QWidget &source, const QList<DraggingItem> &items
     if (m_drag)
         m_drag->cancel(); // A drop before this one that was never answered.
     letPointerGo();
-    QList<QUrl> urls;
+    QList<Address> urls;
     for (const DraggingItem &item : items)
         urls.append(item.url);
 
