@@ -46,12 +46,12 @@ void ShelfStore::removeIds(const QSet<QUuid> &given)
 void ShelfStore::removeUrls(const QList<Address> &urls)
 {
     QSet<QByteArray> wanted;
-    for (const QUrl &url : urls)
-        wanted.insert(Addresses::key(url));
+    for (const Address &url : urls)
+        wanted.insert(url.isLocalFile() ? Addresses::key(url) : url.text);
     QSet<QUuid> ids;
     for (const ShelfItem &item : items.value()) {
         if (wanted.contains(Addresses::key(item.url))
-            || (item.link && wanted.contains(Addresses::key(item.link->url()))))
+            || (item.link && wanted.contains(item.link->url().text)))
             ids.insert(item.id);
     }
     removeIds(ids);

@@ -103,6 +103,11 @@ TEST(AddTest, TextBecomesASnippetOrALink)
         EXPECT_EQ(w.restart().items.value(), QList { item });
     }
     EXPECT_EQ(ShelfStore::linkTitle(QUrl(q("https://d/") + many + many)).size(), 80);
+    World w; // Links that only QUrl takes for one.
+    for (const char *text : { "https://a.org/%7e", "https://A.org/%7e", "https://a.org/~" })
+        w.store().addText(q(text));
+    w.store().removeUrls({ w.store().items.value().first().target() });
+    EXPECT_EQ(w.urls().size(), 2);
 }
 
 /// Whatever "dropped" is, the main thread comes back, and nothing is lost.
